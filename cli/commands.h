@@ -1,0 +1,16 @@
+// The corvane program's subcommands. Each lives in its own file and adds itself to the
+// command line; main() only wires them together.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace corvane::cli {
+
+// A subcommand's action, run after the command line has been parsed; returns the exit code.
+using Action = std::function<int()>;
+
+void addDemoCommand(CLI::App& app, Action& action);
+
+}  // namespace corvane::cli

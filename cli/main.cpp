@@ -1,0 +1,29 @@
+#include <cstdio>
+#include <exception>
+
+#include "commands.h"
+
+int main(int argc, char** argv) {
+  CLI::App app{"corvane - live fields for drawings: formulas, table cells, areas, lengths, block counts, "
+               "Excel cells, text files and objects of other drawings"};
+  app.set_version_flag("--version", std::string("corvane ") + CORVANE_VERSION);
+  app.require_subcommand(1);
+  app.fallthrough(false);
+
+  corvane::cli::Action action;
+  corvane::cli::addDemoCommand(app, action);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    const int code = app.exit(e);
+    // Usage mistakes exit with 2, as command-line tools commonly do; --help and --version with 0.
+    return code == 0 ? 0 : 2;
+  }
+  try {
+    return action ? action() : 0;
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "corvane: %s\n", e.what());
+    return 1;
+  }
+}

@@ -1,0 +1,36 @@
+// Wide-text helpers. Case folding is ordinal and independent of the process locale: a fixed
+// one-to-one mapping of ASCII, Latin-1, Latin Extended-A, Greek and Cyrillic letters, so that
+// the same text compares the same way on every machine.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane::core {
+
+wchar_t toUpperChar(wchar_t c) noexcept;
+wchar_t toLowerChar(wchar_t c) noexcept;
+std::wstring toUpper(std::wstring_view text);
+std::wstring toLower(std::wstring_view text);
+
+// Like _wcsicmp: both sides folded to lower case, then compared by code unit.
+int compareNoCase(std::wstring_view a, std::wstring_view b) noexcept;
+bool equalsNoCase(std::wstring_view a, std::wstring_view b) noexcept;
+bool startsWithNoCase(std::wstring_view text, std::wstring_view prefix) noexcept;
+// First position at or after `from` where `what` occurs, ignoring case; npos when none.
+std::size_t findNoCase(std::wstring_view text, std::wstring_view what, std::size_t from = 0) noexcept;
+
+// White space as the C runtime's iswspace sees it in the "C" locale (blank, \t \n \v \f \r).
+bool isSpace(wchar_t c) noexcept;
+std::wstring trim(std::wstring_view text);
+std::wstring trimLeft(std::wstring_view text);
+std::wstring trimRight(std::wstring_view text);
+
+// Replaces every non-overlapping occurrence of `from`, scanning left to right. An empty
+// `from` leaves the text as it is.
+std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wstring_view to);
+std::vector<std::wstring> split(std::wstring_view text, wchar_t separator);
+
+}  // namespace corvane::core
