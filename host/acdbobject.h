@@ -1,0 +1,125 @@
+// Objects of a drawing database as the plug-in sees them.
+//
+// Objects are owned by their database. Access goes through an open: a read open may be shared,
+// a write open is exclusive, and every open is matched by a close. AcDbObjectPointer does that
+// on every path. Changing an object needs it open for write; a read open can be upgraded.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include "host/errorstatus.h"
+#include "host/objectid.h"
+#include "host/resbuf.h"
+
+namespace corvane::host {
+
+class AcDbDatabase;
+class AcDbHostApplicationServices;
+
+namespace AcDb {
+enum OpenMode : int { kForRead = 0, kForWrite = 1, kForNotify = 2 };
+}
+
+class AcDbObject {
+ public:
+  virtual ~AcDbObject() = default;
+
+  virtual AcDbObjectId objectId() const = 0;
+  virtual AcDbObjectId ownerId() const = 0;
+  virtual AcDbHandle handle() const = 0;
+  virtual AcDbDatabase* database() const = 0;
+  // The DXF record name ("LINE", "FIELD", "DICTIONARY", ...) and the host class name
+  // ("AcDbLine", "AcDbField", ...).
+  virtual std::wstring dxfName() const = 0;
+  virtual std::wstring className() const = 0;
+
+  virtual bool isErased() const = 0;
+  virtual bool isReadEnabled() const = 0;
+  virtual bool isWriteEnabled() const = 0;
+  virtual Acad::ErrorStatus upgradeOpen() = 0;
+  virtual Acad::ErrorStatus downgradeOpen() = 0;
+  virtual Acad::ErrorStatus erase(bool erasing = true) = 0;
+  virtual Acad::ErrorStatus close() = 0;
+
+  virtual AcDbObjectId extensionDictionary() const = 0;
+  virtual Acad::ErrorStatus createExtensionDictionary() = 0;
+
+  // Extended data: the groups of one application ("1001 name" first), or all when the name is
+  // empty. Setting a list that is just the application name removes that application's data.
+  virtual ResBufList xData(std::wstring_view appName = {}) const = 0;
+  virtual Acad::ErrorStatus setXData(const ResBufList& data) = 0;
+};
+
+class AcDbEntity : public AcDbObject {
+ public:
+  virtual std::wstring layer() const = 0;
+  virtual bool visible() const = 0;
+  virtual AcDbObjectId blockId() const = 0;  // the block table record that holds the entity
+};
+
+// Opens an object of a type for the scope of the pointer and closes it on every path.
+template <typename T>
+class AcDbObjectPointer {
+ public:
+  AcDbObjectPointer() = default;
+  AcDbObjectPointer(AcDbHostApplicationServices& services, AcDbObjectId id, AcDb::OpenMode mode,
+                    bool openErased = false);
+  explicit AcDbObjectPointer(T* alreadyOpen) : object_(alreadyOpen), status_(alreadyOpen ? Acad::eOk : Acad::eNullObjectPointer) {}
+  AcDbObjectPointer(const AcDbObjectPointer&) = delete;
+  AcDbObjectPointer& operator=(const AcDbObjectPointer&) = delete;
+  AcDbObjectPointer(AcDbObjectPointer&& other) noexcept
+      : object_(std::exchange(other.object_, nullptr)), status_(other.status_) {}
+  AcDbObjectPointer& operator=(AcDbObjectPointer&& other) noexcept {
+    if (this != &other) {
+      close();
+      object_ = std::exchange(other.object_, nullptr);
+      status_ = other.status_;
+    }
+    return *this;
+  }
+  ~AcDbObjectPointer() { close(); }
+
+  Acad::ErrorStatus openStatus() const noexcept { return status_; }
+  T* object() const noexcept { return object_; }
+  T* operator->() const noexcept { return object_; }
+  explicit operator bool() const noexcept { return object_ != nullptr; }
+
+  Acad::ErrorStatus close() {
+    if (!object_) return Acad::eNullObjectPointer;
+    const Acad::ErrorStatus es = object_->close();
+    object_ = nullptr;
+    return es;
+  }
+
+ private:
+  T* object_ = nullptr;
+  Acad::ErrorStatus status_ = Acad::eNullObjectId;
+};
+
+}  // namespace corvane::host
+
+#include "host/hostservices.h"
+
+namespace corvane::host {
+
+template <typename T>
+AcDbObjectPointer<T>::AcDbObjectPointer(AcDbHostApplicationServices& services, AcDbObjectId id,
+                                        AcDb::OpenMode mode, bool openErased) {
+  AcDbObject* raw = nullptr;
+  status_ = services.openObject(raw, id, mode, openErased);
+  if (status_ != Acad::eOk) return;
+  if constexpr (std::is_same_v<T, AcDbObject>) {
+    object_ = raw;
+  } else {
+    object_ = dynamic_cast<T*>(raw);
+    if (!object_) {
+      raw->close();
+      status_ = Acad::eNotThatKindOfClass;
+    }
+  }
+}
+
+}  // namespace corvane::host

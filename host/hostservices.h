@@ -1,0 +1,50 @@
+// The host application as the plug-in reaches it: the working database, object ids across
+// every open database, the field engine and the command line.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/errorstatus.h"
+#include "host/objectid.h"
+
+namespace corvane::host {
+
+class AcDbDatabase;
+class AcDbObject;
+class AcFdFieldEngine;
+namespace AcDb {
+enum OpenMode : int;
+}
+
+class AcDbHostApplicationServices {
+ public:
+  virtual ~AcDbHostApplicationServices() = default;
+
+  // The drawing commands work on; null when no drawing is open.
+  virtual AcDbDatabase* workingDatabase() const = 0;
+  // The process's field engine, or null.
+  virtual AcFdFieldEngine* fieldEngine() = 0;
+
+  // Ids are unique across every database of the process.
+  virtual bool isValid(AcDbObjectId id) const = 0;
+  virtual bool isErased(AcDbObjectId id) const = 0;
+  virtual AcDbHandle handle(AcDbObjectId id) const = 0;
+  virtual AcDbDatabase* database(AcDbObjectId id) const = 0;
+  virtual Acad::ErrorStatus openObject(AcDbObject*& object, AcDbObjectId id, AcDb::OpenMode mode,
+                                       bool openErased = false) = 0;
+
+  // Start and end (one past the closing marker) of the first field code at or after `from`,
+  // nested fields included; nullopt when the text holds none.
+  struct FieldSpan {
+    std::size_t start = 0;
+    std::size_t end = 0;
+  };
+  virtual std::optional<FieldSpan> findField(std::wstring_view text, std::size_t from = 0) const = 0;
+
+  // Command-line output (the host's acutPrintf).
+  virtual void print(std::wstring_view text) = 0;
+};
+
+}  // namespace corvane::host
