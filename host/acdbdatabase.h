@@ -23,7 +23,6 @@ class AcDbDatabase {
   // Handle to id, never creating an object: eUnknownHandle when no object has the handle.
   virtual Acad::ErrorStatus getAcDbObjectId(AcDbObjectId& id, AcDbHandle handle) const = 0;
   virtual AcDbObjectId namedObjectsDictionaryId() const = 0;
-  virtual AcDbObjectId blockTableId() const = 0;
   virtual AcDbObjectId currentSpaceId() const = 0;
 
   // System variables kept with the drawing (LUNITS, LUPREC, DIMZIN, ...) and those of the

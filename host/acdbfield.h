@@ -74,6 +74,8 @@ class AcDbField : public AcDbObject {
   virtual std::wstring getFormat() const = 0;
   // The value as displayed: formatted with the field's format, "####" after a failure.
   virtual std::wstring getDisplayText() const = 0;
+  // The current value formatted with the field's format, as the host shows values.
+  virtual Acad::ErrorStatus formatValue(std::wstring& text) const = 0;
 
   virtual int evaluationOption() const = 0;
   virtual Acad::ErrorStatus setEvaluationOption(int option) = 0;

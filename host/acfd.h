@@ -32,9 +32,15 @@ class AcFdFieldEvaluator {
                                      AcFdFieldResult* /*result*/) {
     return Acad::eOk;
   }
-  // The field's value as text; the host formats values itself when this fails.
-  virtual Acad::ErrorStatus format(AcDbField* /*field*/, std::wstring& /*text*/) { return Acad::eNotImplementedYet; }
+  // The field's value as text. The host's own version formats the value with the field's
+  // format; the engine asks for the allocated form, which it frees with acutDelString.
+  virtual Acad::ErrorStatus format(AcDbField* field, wchar_t*& text);
+  virtual Acad::ErrorStatus format(AcDbField* field, std::wstring& text);
 };
+
+// A copy of a text that the receiver frees with acutDelString.
+Acad::ErrorStatus acutNewString(const wchar_t* source, wchar_t*& destination);
+void acutDelString(wchar_t*& text);
 
 class AcFdFieldEvaluatorLoader {
  public:

@@ -39,6 +39,7 @@ const wchar_t* acadErrorStatusText(Acad::ErrorStatus status) noexcept {
     CORVANE_STATUS(eWasOpenForWrite)
     CORVANE_STATUS(eNotAnEntity)
     CORVANE_STATUS(eWasNotOpenForWrite)
+    CORVANE_STATUS(eWasNotErased)
     CORVANE_STATUS(eNoDatabase)
     CORVANE_STATUS(eRegappIdNotFound)
     CORVANE_STATUS(eNotInDatabase)

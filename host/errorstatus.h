@@ -38,6 +38,7 @@ struct Acad {
     eWasOpenForWrite = 83,
     eNotAnEntity = 93,
     eWasNotOpenForWrite = 100,
+    eWasNotErased = 107,
     eNoDatabase = 124,
     eRegappIdNotFound = 126,
     eNotInDatabase = 137,

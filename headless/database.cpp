@@ -1,0 +1,122 @@
+#include "headless/database.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "core/textutil.h"
+#include "headless/blocktablerecord.h"
+#include "headless/dictionary.h"
+#include "headless/fieldlist.h"
+#include "headless/hostapplication.h"
+#include "headless/objectimpl.h"
+#include "headless/sysvars.h"
+
+namespace corvane::headless {
+
+using host::Acad;
+
+Database::Database(HostApplication& host) : host_(host) {
+  for (const auto& var : initialSysVars()) sysvars_.emplace(var.name, var.value);
+  regApps_.emplace_back(L"ACAD");
+  namedObjects_ = addObject(std::make_unique<Dictionary>(), {});
+  fieldList_ = addObject(std::make_unique<FieldList>(), namedObjects_);
+  get<Dictionary>(namedObjects_)->put(L"ACAD_FIELDLIST", fieldList_);
+  modelSpace_ = addObject(std::make_unique<BlockTableRecord>(L"*Model_Space"), {});
+  paperSpace_ = addObject(std::make_unique<BlockTableRecord>(L"*Paper_Space"), {});
+}
+
+Database::~Database() {
+  for (const auto& object : objects_) {
+    if (object) host_.unregisterObject(object->objectId());
+  }
+  if (host_.workingDatabase() == this) host_.setWorkingDatabase(nullptr);
+}
+
+host::AcDbHostApplicationServices& Database::services() { return host_; }
+
+Acad::ErrorStatus Database::getAcDbObjectId(host::AcDbObjectId& id, host::AcDbHandle handle) const {
+  if (handle.isNull()) return Acad::eNullHandle;
+  const auto it = byHandle_.find(handle.value());
+  if (it == byHandle_.end()) return Acad::eUnknownHandle;
+  id = it->second;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Database::getSysVar(std::wstring_view name, host::ResBuf& value) const {
+  const auto it = sysvars_.find(core::toUpper(name));
+  if (it == sysvars_.end()) return Acad::eInvalidInput;
+  value = it->second;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Database::setSysVar(std::wstring_view name, const host::ResBuf& value) {
+  const auto it = sysvars_.find(core::toUpper(name));
+  if (it == sysvars_.end()) return Acad::eInvalidInput;
+  if (it->second.value.index() != value.value.index()) return Acad::eInvalidInput;
+  it->second.value = value.value;
+  return Acad::eOk;
+}
+
+bool Database::isRegApp(std::wstring_view name) const {
+  return std::any_of(regApps_.begin(), regApps_.end(),
+                     [name](const std::wstring& app) { return core::equalsNoCase(app, name); });
+}
+
+Acad::ErrorStatus Database::registerApp(std::wstring_view name) {
+  if (name.empty()) return Acad::eInvalidInput;
+  if (!isRegApp(name)) regApps_.emplace_back(name);
+  return Acad::eOk;
+}
+
+host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object, host::AcDbObjectId owner,
+                                       host::AcDbHandle handle) {
+  auto* headless = dynamic_cast<HeadlessObject*>(object.get());
+  if (!headless) throw std::invalid_argument("only headless objects can be added to a headless database");
+  if (handle.isNull()) {
+    handle = handseed_;
+  } else if (byHandle_.count(handle.value()) != 0) {
+    throw std::invalid_argument("handle already in use");
+  }
+  if (handle.value() >= handseed_.value()) handseed_ = host::AcDbHandle(handle.value() + 1);
+
+  ObjectRecord& record = headless->record();
+  record.database = this;
+  record.handle = handle;
+  record.owner = owner;
+  record.id = host_.registerObject(*this, *object, *headless);
+  byHandle_.emplace(handle.value(), record.id);
+  const host::AcDbObjectId id = record.id;
+  objects_.push_back(std::move(object));
+  return id;
+}
+
+void Database::destroyObject(host::AcDbObjectId id) {
+  const auto it = std::find_if(objects_.begin(), objects_.end(),
+                               [id](const auto& object) { return object && object->objectId() == id; });
+  if (it == objects_.end()) return;
+  byHandle_.erase((*it)->handle().value());
+  host_.unregisterObject(id);
+  objects_.erase(it);
+}
+
+host::AcDbObject* Database::lookup(host::AcDbObjectId id) const {
+  return host_.database(id) == this ? host_.lookup(id) : nullptr;
+}
+
+std::vector<host::AcDbObjectId> Database::objectIds() const {
+  std::vector<host::AcDbObjectId> ids;
+  ids.reserve(objects_.size());
+  for (const auto& object : objects_) ids.push_back(object->objectId());
+  return ids;
+}
+
+host::AcDbObjectId Database::appendEntity(std::unique_ptr<host::AcDbObject> entity, host::AcDbObjectId block) {
+  if (block.isNull()) block = modelSpace_;
+  auto* record = get<BlockTableRecord>(block);
+  if (!record) throw std::invalid_argument("entities go into a block table record");
+  const host::AcDbObjectId id = addObject(std::move(entity), block);
+  record->append(id);
+  return id;
+}
+
+}  // namespace corvane::headless

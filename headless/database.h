@@ -1,0 +1,89 @@
+// An in-memory drawing database.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "host/acdbdatabase.h"
+#include "host/acdbobject.h"
+
+namespace corvane::headless {
+
+class HostApplication;
+class HeadlessObject;
+
+class Database : public host::AcDbDatabase {
+ public:
+  // A new drawing: the named objects dictionary with its field list, model and paper space,
+  // the "ACAD" application and the host's initial system variables.
+  explicit Database(HostApplication& host);
+  ~Database() override;
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  host::AcDbHostApplicationServices& services() override;
+  HostApplication& host() const noexcept { return host_; }
+  std::wstring getFilename() const override { return fileName_; }
+  void setFilename(std::wstring name) { fileName_ = std::move(name); }
+
+  host::Acad::ErrorStatus getAcDbObjectId(host::AcDbObjectId& id, host::AcDbHandle handle) const override;
+  host::AcDbObjectId namedObjectsDictionaryId() const override { return namedObjects_; }
+  host::AcDbObjectId currentSpaceId() const override { return modelSpace_; }
+  host::AcDbObjectId modelSpaceId() const noexcept { return modelSpace_; }
+  host::AcDbObjectId fieldListId() const noexcept { return fieldList_; }
+
+  host::Acad::ErrorStatus getSysVar(std::wstring_view name, host::ResBuf& value) const override;
+  host::Acad::ErrorStatus setSysVar(std::wstring_view name, const host::ResBuf& value) override;
+  bool isRegApp(std::wstring_view name) const override;
+  host::Acad::ErrorStatus registerApp(std::wstring_view name) override;
+  const std::vector<std::wstring>& regApps() const noexcept { return regApps_; }
+
+  // Adds an object (which must be a headless object) with the given owner. A null handle
+  // takes the next one from the handle seed; a given handle must be free and raises the seed
+  // past itself.
+  host::AcDbObjectId addObject(std::unique_ptr<host::AcDbObject> object, host::AcDbObjectId owner,
+                               host::AcDbHandle handle = {});
+  template <typename T, typename... Args>
+  T* create(host::AcDbObjectId owner, Args&&... args) {
+    auto object = std::make_unique<T>(std::forward<Args>(args)...);
+    T* raw = object.get();
+    addObject(std::move(object), owner);
+    return raw;
+  }
+  // Removes an object for good (the id becomes invalid); used for objects that were never
+  // saved, such as a field whose code was replaced.
+  void destroyObject(host::AcDbObjectId id);
+
+  // Direct access without opening, for the headless host's own code.
+  template <typename T>
+  T* get(host::AcDbObjectId id) const {
+    return dynamic_cast<T*>(lookup(id));
+  }
+  host::AcDbObject* lookup(host::AcDbObjectId id) const;
+  std::vector<host::AcDbObjectId> objectIds() const;
+
+  host::AcDbHandle handseed() const noexcept { return handseed_; }
+
+  // Puts an entity into model space (or the given block) and makes it owned there.
+  host::AcDbObjectId appendEntity(std::unique_ptr<host::AcDbObject> entity, host::AcDbObjectId block = {});
+
+ private:
+  HostApplication& host_;
+  std::wstring fileName_;
+  std::vector<std::unique_ptr<host::AcDbObject>> objects_;  // in creation order
+  std::map<std::uint64_t, host::AcDbObjectId> byHandle_;
+  host::AcDbHandle handseed_{1};
+  host::AcDbObjectId namedObjects_;
+  host::AcDbObjectId fieldList_;
+  host::AcDbObjectId modelSpace_;
+  host::AcDbObjectId paperSpace_;
+  std::map<std::wstring, host::ResBuf> sysvars_;  // key: upper-case name
+  std::vector<std::wstring> regApps_;
+};
+
+}  // namespace corvane::headless

@@ -1,0 +1,69 @@
+// A field object of the headless database.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "headless/objectimpl.h"
+#include "host/acdbfield.h"
+
+namespace corvane::headless {
+
+class Field : public ObjectImpl<host::AcDbField> {
+ public:
+  std::wstring dxfName() const override { return L"FIELD"; }
+  std::wstring className() const override { return L"AcDbField"; }
+
+  std::wstring evaluatorId() const override { return evaluatorId_; }
+  std::wstring getFieldCode(int flags) const override;
+  host::Acad::ErrorStatus setFieldCode(std::wstring_view code) override;
+  int childCount() const override { return static_cast<int>(children_.size()); }
+  host::AcDbObjectId getChild(int index) const override;
+
+  host::Acad::ErrorStatus getData(std::wstring_view key, host::AcValue& value) const override;
+  host::Acad::ErrorStatus setData(std::wstring_view key, const host::AcValue& value) override;
+  host::Acad::ErrorStatus getValue(host::AcValue& value) const override;
+  std::wstring getFormat() const override;
+  std::wstring getDisplayText() const override { return displayText_; }
+  host::Acad::ErrorStatus formatValue(std::wstring& text) const override;
+
+  int evaluationOption() const override { return evaluationOption_; }
+  host::Acad::ErrorStatus setEvaluationOption(int option) override;
+  EvalStatus evaluationStatus(int* errorCode = nullptr, std::wstring* message = nullptr) const override;
+  int state() const override { return state_; }
+
+  // The headless host's own access, with no open needed (the engine and the file layer).
+  // Sets the code, replacing the children by new field objects made from the code.
+  void assignCode(std::wstring_view code);
+  const std::wstring& ownCode() const noexcept { return ownCode_; }
+  const std::vector<host::AcDbObjectId>& children() const noexcept { return children_; }
+  const std::vector<host::AcDbObjectId>& objectIds() const noexcept { return objectIds_; }
+  const std::vector<std::pair<std::wstring, host::AcValue>>& dataSet() const noexcept { return data_; }
+  void putData(std::wstring_view key, const host::AcValue& value);
+  void storeValue(const host::AcValue& value);
+  void storeStatus(int status, int errorCode, std::wstring message);
+  void storeDisplayText(std::wstring text) { displayText_ = std::move(text); }
+  void setState(int state) noexcept { state_ = state; }
+  // Restores a stored field as it was read from a file, children and object ids as given.
+  void restore(std::wstring evaluatorId, std::wstring ownCode, std::vector<host::AcDbObjectId> children,
+               std::vector<host::AcDbObjectId> objectIds);
+
+ private:
+  std::wstring expandedCode(int flags) const;
+
+  std::wstring evaluatorId_;
+  std::wstring ownCode_;
+  std::vector<host::AcDbObjectId> children_;
+  std::vector<host::AcDbObjectId> objectIds_;
+  std::vector<std::pair<std::wstring, host::AcValue>> data_;
+  host::AcValue value_;
+  std::wstring displayText_;
+  int evaluationOption_ = kAutomatic;
+  int state_ = kInitialized;
+  int status_ = kNotYetEvaluated;
+  int errorCode_ = 0;
+  std::wstring message_;
+};
+
+}  // namespace corvane::headless

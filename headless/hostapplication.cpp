@@ -1,0 +1,95 @@
+#include "headless/hostapplication.h"
+
+#include <cstdio>
+
+#include "core/utf8.h"
+#include "headless/database.h"
+#include "headless/fieldcode.h"
+#include "headless/fieldengine.h"
+#include "headless/objectimpl.h"
+
+namespace corvane::headless {
+
+using host::Acad;
+
+HostApplication::HostApplication() : engine_(std::make_unique<FieldEngine>(*this)) {}
+
+HostApplication::~HostApplication() = default;
+
+host::AcDbDatabase* HostApplication::workingDatabase() const { return working_; }
+
+host::AcFdFieldEngine* HostApplication::fieldEngine() { return engine_.get(); }
+
+const HostApplication::Slot* HostApplication::slot(host::AcDbObjectId id) const noexcept {
+  if (id.asOldId() < kFirstId) return nullptr;
+  const std::uint64_t index = id.asOldId() - kFirstId;
+  if (index >= slots_.size() || !slots_[index].object) return nullptr;
+  return &slots_[index];
+}
+
+bool HostApplication::isValid(host::AcDbObjectId id) const { return slot(id) != nullptr; }
+
+bool HostApplication::isErased(host::AcDbObjectId id) const {
+  const Slot* s = slot(id);
+  return s && s->headless->record().erased;
+}
+
+host::AcDbHandle HostApplication::handle(host::AcDbObjectId id) const {
+  const Slot* s = slot(id);
+  return s ? s->headless->record().handle : host::AcDbHandle();
+}
+
+host::AcDbDatabase* HostApplication::database(host::AcDbObjectId id) const {
+  const Slot* s = slot(id);
+  return s ? s->db : nullptr;
+}
+
+Acad::ErrorStatus HostApplication::openObject(host::AcDbObject*& object, host::AcDbObjectId id,
+                                              host::AcDb::OpenMode mode, bool openErased) {
+  object = nullptr;
+  if (id.isNull()) return Acad::eNullObjectId;
+  const Slot* s = slot(id);
+  if (!s) return Acad::eInvalidObjectId;
+  const Acad::ErrorStatus es = openRecord(s->headless->record(), mode, openErased);
+  if (es == Acad::eOk) object = s->object;
+  return es;
+}
+
+std::optional<host::AcDbHostApplicationServices::FieldSpan> HostApplication::findField(std::wstring_view text,
+                                                                                       std::size_t from) const {
+  const auto span = findFieldCode(text, from);
+  if (!span) return std::nullopt;
+  return FieldSpan{span->first, span->second};
+}
+
+void HostApplication::print(std::wstring_view text) {
+  if (output_) {
+    output_(text);
+    return;
+  }
+  const std::string utf8 = core::toUtf8(text);
+  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
+}
+
+host::AcDbObjectId HostApplication::registerObject(Database& db, host::AcDbObject& object, HeadlessObject& headless) {
+  slots_.push_back(Slot{&db, &object, &headless});
+  return host::AcDbObjectId(kFirstId + slots_.size() - 1);
+}
+
+void HostApplication::unregisterObject(host::AcDbObjectId id) noexcept {
+  if (id.asOldId() < kFirstId) return;
+  const std::uint64_t index = id.asOldId() - kFirstId;
+  if (index < slots_.size()) slots_[index] = Slot{};
+}
+
+host::AcDbObject* HostApplication::lookup(host::AcDbObjectId id) const noexcept {
+  const Slot* s = slot(id);
+  return s ? s->object : nullptr;
+}
+
+HeadlessObject* HostApplication::lookupHeadless(host::AcDbObjectId id) const noexcept {
+  const Slot* s = slot(id);
+  return s ? s->headless : nullptr;
+}
+
+}  // namespace corvane::headless

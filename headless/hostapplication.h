@@ -1,0 +1,67 @@
+// The headless host application: the id table shared by every open database, the working
+// database, the field engine and the command line.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/acdbobject.h"
+#include "host/hostservices.h"
+
+namespace corvane::headless {
+
+class Database;
+class FieldEngine;
+class HeadlessObject;
+
+class HostApplication : public host::AcDbHostApplicationServices {
+ public:
+  HostApplication();
+  ~HostApplication() override;
+  HostApplication(const HostApplication&) = delete;
+  HostApplication& operator=(const HostApplication&) = delete;
+
+  host::AcDbDatabase* workingDatabase() const override;
+  void setWorkingDatabase(Database* db) noexcept { working_ = db; }
+  host::AcFdFieldEngine* fieldEngine() override;
+  FieldEngine& engine() noexcept { return *engine_; }
+
+  bool isValid(host::AcDbObjectId id) const override;
+  bool isErased(host::AcDbObjectId id) const override;
+  host::AcDbHandle handle(host::AcDbObjectId id) const override;
+  host::AcDbDatabase* database(host::AcDbObjectId id) const override;
+  host::Acad::ErrorStatus openObject(host::AcDbObject*& object, host::AcDbObjectId id, host::AcDb::OpenMode mode,
+                                     bool openErased = false) override;
+  std::optional<FieldSpan> findField(std::wstring_view text, std::size_t from = 0) const override;
+  void print(std::wstring_view text) override;
+
+  // Where command-line output goes; stdout (UTF-8) unless set.
+  void setOutput(std::function<void(std::wstring_view)> sink) { output_ = std::move(sink); }
+
+  // The id table. Databases register each object they hold and drop it when it goes away.
+  host::AcDbObjectId registerObject(Database& db, host::AcDbObject& object, HeadlessObject& headless);
+  void unregisterObject(host::AcDbObjectId id) noexcept;
+  // The object behind an id without opening it (headless code only); null for invalid ids.
+  host::AcDbObject* lookup(host::AcDbObjectId id) const noexcept;
+  HeadlessObject* lookupHeadless(host::AcDbObjectId id) const noexcept;
+
+ private:
+  struct Slot {
+    Database* db = nullptr;
+    host::AcDbObject* object = nullptr;
+    HeadlessObject* headless = nullptr;
+  };
+  const Slot* slot(host::AcDbObjectId id) const noexcept;
+
+  // Ids start high so that an id is never mistaken for a handle or an index, and stay below
+  // 2^31 because the host's own id texts are read back with 32-bit conversions.
+  static constexpr std::uint64_t kFirstId = 0x10000000;
+  std::vector<Slot> slots_;
+  Database* working_ = nullptr;
+  std::unique_ptr<FieldEngine> engine_;
+  std::function<void(std::wstring_view)> output_;
+};
+
+}  // namespace corvane::headless

@@ -1,0 +1,10 @@
+#include "plugin/formula/asdkexprevaluator.h"
+
+namespace corvane {
+
+int AsdkExprEvaluator::evaluateField(host::AcDbField* /*field*/, host::AcDbDatabase* /*db*/, host::AcFdFieldValue& /*value*/) {
+  // Not computed yet: the field reports "other error" and keeps the value it had.
+  return host::AcDbField::kOtherError;
+}
+
+}  // namespace corvane

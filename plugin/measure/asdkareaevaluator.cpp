@@ -1,0 +1,10 @@
+#include "plugin/measure/asdkareaevaluator.h"
+
+namespace corvane {
+
+int AsdkAreaEvaluator::evaluateField(host::AcDbField* /*field*/, host::AcDbDatabase* /*db*/, host::AcFdFieldValue& /*value*/) {
+  // Not computed yet: the field reports "other error" and keeps the value it had.
+  return host::AcDbField::kOtherError;
+}
+
+}  // namespace corvane

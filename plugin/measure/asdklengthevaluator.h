@@ -1,0 +1,14 @@
+#pragma once
+
+#include "plugin/fields/asdkfieldevaluator.h"
+
+namespace corvane {
+
+// The evaluator of length fields: the total length of a set of drawing objects.
+class AsdkLengthEvaluator : public AsdkFieldEvaluator<AsdkLengthEvaluator> {
+ public:
+  static constexpr std::size_t kRow = kLengthRow;
+  int evaluateField(host::AcDbField* field, host::AcDbDatabase* db, host::AcFdFieldValue& value);
+};
+
+}  // namespace corvane
