@@ -12,6 +12,7 @@ namespace corvane::headless {
 // A single-line text (TEXT).
 class Text : public EntityImpl<host::AcDbEntity>, public TextHost {
  public:
+  using Point = std::array<double, 3>;
   Text() = default;
   Text(std::array<double, 3> position, double height, std::wstring text)
       : position_(position), height_(height), text_(std::move(text)) {}
