@@ -46,7 +46,7 @@ std::wstring Field::getFieldCode(int flags) const {
   return code;
 }
 
-void Field::assignCode(std::wstring_view code) {
+void Field::assignCode(std::wstring_view code, bool asText) {
   Database& db = *record_.database;
   for (const auto child : children_) {
     if (auto* old = db.get<Field>(child)) old->assignCode(L"");  // drops grandchildren first
@@ -56,20 +56,22 @@ void Field::assignCode(std::wstring_view code) {
   children_.clear();
   objectIds_.clear();
 
-  ParsedFieldCode parsed = parseFieldCode(code);
+  ParsedFieldCode parsed = parseFieldCode(code, asText);
   evaluatorId_ = std::move(parsed.evaluatorId);
   ownCode_ = std::move(parsed.ownCode);
   for (const auto id : parsed.objectIds) objectIds_.emplace_back(id);
-  for (const auto& childCode : parsed.childCodes) {
-    auto child = std::make_unique<Field>();
-    Field* raw = child.get();
-    const host::AcDbObjectId childId = db.addObject(std::move(child), record_.id);
-    db.get<FieldList>(db.fieldListId())->add(childId);
-    raw->assignCode(childCode);
-    children_.push_back(childId);
-  }
+  for (const auto& childCode : parsed.childCodes) children_.push_back(create(db, childCode, record_.id));
   state_ = kInitialized | kModified;
   status_ = kNotYetEvaluated;
+}
+
+host::AcDbObjectId Field::create(Database& db, std::wstring_view code, host::AcDbObjectId owner, bool asText) {
+  auto field = std::make_unique<Field>();
+  Field* raw = field.get();
+  const host::AcDbObjectId id = db.addObject(std::move(field), owner);
+  db.get<FieldList>(db.fieldListId())->add(id);
+  raw->assignCode(code, asText);
+  return id;
 }
 
 Acad::ErrorStatus Field::setFieldCode(std::wstring_view code) {

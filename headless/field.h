@@ -33,9 +33,14 @@ class Field : public ObjectImpl<host::AcDbField> {
   EvalStatus evaluationStatus(int* errorCode = nullptr, std::wstring* message = nullptr) const override;
   int state() const override { return state_; }
 
+  // A new field made from the code, in the field list, owned by `owner` (none for a field
+  // that is not placed yet).
+  static host::AcDbObjectId create(Database& db, std::wstring_view code, host::AcDbObjectId owner = {},
+                                   bool asText = false);
+
   // The headless host's own access, with no open needed (the engine and the file layer).
   // Sets the code, replacing the children by new field objects made from the code.
-  void assignCode(std::wstring_view code);
+  void assignCode(std::wstring_view code, bool asText = false);
   const std::wstring& ownCode() const noexcept { return ownCode_; }
   const std::vector<host::AcDbObjectId>& children() const noexcept { return children_; }
   const std::vector<host::AcDbObjectId>& objectIds() const noexcept { return objectIds_; }

@@ -57,10 +57,10 @@ void extractChildren(std::wstring_view body, ParsedFieldCode& parsed) {
 
 }  // namespace
 
-ParsedFieldCode parseFieldCode(std::wstring_view code) {
+ParsedFieldCode parseFieldCode(std::wstring_view code, bool asText) {
   ParsedFieldCode parsed;
   const auto span = findFieldCode(code, 0);
-  if (span && span->first == 0 && span->second == code.size() && code.size() > 4 && code[2] == L'\\') {
+  if (!asText && span && span->first == 0 && span->second == code.size() && code.size() > 4 && code[2] == L'\\') {
     const std::wstring_view inner = code.substr(2, code.size() - 4);
     parsed.evaluatorId = splitEvaluatorId(inner).first;
     // Nested fields live after the id; the id itself never holds one.

@@ -26,7 +26,8 @@ struct ParsedFieldCode {
   std::vector<std::wstring> childCodes;      // complete codes, markers included
   std::vector<std::uint64_t> objectIds;      // the ids of the "%<\_ObjId N>%" references
 };
-ParsedFieldCode parseFieldCode(std::wstring_view code);
+// A field kept by a text is always a text field ("_text"), even when the text is one field.
+ParsedFieldCode parseFieldCode(std::wstring_view code, bool asText = false);
 
 // The format option of a field's own code: the trailing ` \f "..."`. Returns the code without
 // it and the format text (empty when there is none).

@@ -47,12 +47,9 @@ host::AcDbObjectId attachField(Database& db, host::AcDbObjectId object, std::wst
     db.destroyObject(oldId);
   }
 
-  auto field = std::make_unique<Field>();
-  Field* raw = field.get();
-  const host::AcDbObjectId fieldId = db.addObject(std::move(field), fieldDictId);
+  const host::AcDbObjectId fieldId = Field::create(db, code, fieldDictId, true);
   fieldDict->put(std::wstring(key), fieldId);
-  fieldList->add(fieldId);
-  raw->assignCode(code);
+  Field* raw = db.get<Field>(fieldId);
   if (auto* text = dynamic_cast<TextHost*>(db.lookup(object))) text->setHostText(raw->getFieldCode(host::AcDbField::kFieldCode));
   return fieldId;
 }

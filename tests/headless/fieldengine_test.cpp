@@ -18,7 +18,7 @@ TEST(Field, GetFieldCodeHonoursTheFlags) {
   const auto circle = d.addCircle(2);
   const std::wstring ref = TestDrawing::idReference(circle);
   const std::wstring code = L"%<\\VxExpr (%<\\AcObjProp Object(" + ref + L").Radius \\f \"%lu2\">% * %<\\AcVar LUPREC>%) \\f \"%lu2%pr1\">%";
-  auto& field = d.field(d.addFieldText(code));
+  auto& field = d.field(d.addField(code));
   d.evaluateAll();
 
   // Raw code with markers gives back exactly what was set, nested options included.
@@ -29,7 +29,7 @@ TEST(Field, GetFieldCodeHonoursTheFlags) {
   EXPECT_EQ(field.evaluatorId(), L"VxExpr");
 
   // Evaluated children, own option stripped: what a compiled record holds.
-  auto& plain = d.field(d.addFieldText(L"%<\\VxExpr (%<\\AcObjProp Object(" + ref +
+  auto& plain = d.field(d.addField(L"%<\\VxExpr (%<\\AcObjProp Object(" + ref +
                                        L").Radius>% * %<\\AcVar LUPREC>%) \\f \"%lu2%pr1\">%"));
   d.evaluateAll();
   EXPECT_EQ(plain.getFieldCode(AcDbField::kEvaluatedChildren | AcDbField::kStripOptions),
@@ -68,20 +68,25 @@ TEST(FieldEngine, HostEvaluatorsAndHostText) {
        L"R=1.500000 on 0"},
   };
   for (const auto& c : cases) {
-    const auto text = d.addText();
-    const auto id = attachField(d.db, text, c.code);
+    const auto id = d.addField(c.code);
     d.host.engine().evaluateFields(&d.db, {id}, AcDbField::kDemand);
     const auto& field = d.field(id);
     EXPECT_EQ(field.evaluationStatus(), c.status) << std::string(c.code.begin(), c.code.end());
     EXPECT_EQ(field.getDisplayText(), c.display);
-    // The text entity shows what the field shows.
+
+    // In a text the field is wrapped in a text field, and the text shows what it shows.
+    const auto text = d.addText(L"old");
+    const auto wrapper = attachField(d.db, text, c.code);
+    d.host.engine().evaluateFields(&d.db, {wrapper}, AcDbField::kDemand);
+    EXPECT_EQ(d.field(wrapper).evaluatorId(), L"_text");
+    EXPECT_EQ(d.field(wrapper).evaluationStatus(), AcDbField::kSuccess);
     EXPECT_EQ(d.db.get<Text>(text)->hostText(), c.display);
   }
 }
 
 TEST(FieldEngine, ContextAgainstEvaluationOption) {
   TestDrawing d;
-  auto& field = d.field(d.addFieldText(L"%<\\AcVar LUNITS>%"));
+  auto& field = d.field(d.addField(L"%<\\AcVar LUNITS>%"));
   field.record().writeOpen = true;
   ASSERT_EQ(field.setEvaluationOption(AcDbField::kOnOpen), host::Acad::eOk);
   field.record().writeOpen = false;
@@ -149,8 +154,8 @@ TEST(FieldEngine, EveryBatchIsBracketedByEachReactor) {
   ASSERT_EQ(engine.addFieldReactor(&second), host::Acad::eOk);
   EXPECT_EQ(engine.addFieldReactor(&first), host::Acad::eDuplicateKey);
   ASSERT_EQ(engine.registerEvaluatorLoader(&loader), host::Acad::eOk);
-  d.addFieldText(L"%<\\Mine a>%");
-  d.addFieldText(L"%<\\Mine b>%");
+  d.addField(L"%<\\Mine a>%");
+  d.addField(L"%<\\Mine b>%");
 
   d.evaluateAll(AcDbField::kDemand);
   const std::vector<std::string> expected = {"first begin 32", "second begin 32", "evaluate Mine",

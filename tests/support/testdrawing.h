@@ -37,7 +37,9 @@ struct TestDrawing {
   host::AcDbObjectId addText(std::wstring text = L"") {
     return db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{0, 0, 0}, 0.2, std::move(text)));
   }
-  // A text holding a field made from the code; returns the field's id.
+  // A field made from the code that no text holds (as in a table cell).
+  host::AcDbObjectId addField(const std::wstring& code) { return headless::Field::create(db, code); }
+  // A text holding a field made from the code; returns the id of the text's field.
   host::AcDbObjectId addFieldText(const std::wstring& code) { return headless::attachField(db, addText(), code); }
 
   headless::Field& field(host::AcDbObjectId id) { return *db.get<headless::Field>(id); }

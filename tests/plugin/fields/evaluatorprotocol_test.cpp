@@ -48,7 +48,7 @@ class RecordingResult : public host::AcFdFieldResult {
   std::wstring message = L"unset";
 };
 
-headless::Field& fieldWithCode(TestDrawing& d, const std::wstring& code) { return d.field(d.addFieldText(code)); }
+headless::Field& fieldWithCode(TestDrawing& d, const std::wstring& code) { return d.field(d.addField(code)); }
 
 TEST(EvaluatorProtocol, CompileStoresTheCodeWithoutItsFormat) {
   TestDrawing d;
@@ -141,7 +141,7 @@ TEST(EvaluatorProtocol, FailingWorkerLeavesTheFieldsValueThroughTheEngine) {
   });
   d.host.engine().registerEvaluatorLoader(&loader);
   scripted->answer = 3.25;
-  const auto id = d.addFieldText(L"%<\\VxExpr (1)>%");
+  const auto id = d.addField(L"%<\\VxExpr (1)>%");
   d.evaluateAll();
   EXPECT_EQ(d.field(id).evaluationStatus(), AcDbField::kSuccess);
   EXPECT_EQ(d.field(id).getDisplayText(), L"3.250000");
@@ -173,7 +173,7 @@ TEST(EvaluatorProtocol, TypesWithoutTheirWorkerYetReportOtherError) {
                             L"%<\\AcBlockCount \"DOOR\">%", L"%<\\TextField C:\\a.txt>%",
                             L"%<\\ExcelCell \"a.xlsx:Sheet1:A1\">%", L"%<\\AcDefinedObj >%"};
   for (const auto* code : codes) {
-    const auto id = d.addFieldText(code);
+    const auto id = d.addField(code);
     d.evaluateAll();
     EXPECT_EQ(d.field(id).evaluationStatus(), AcDbField::kOtherError) << std::wstring(code).size();
     host::AcValue record;
