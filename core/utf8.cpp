@@ -15,29 +15,28 @@ std::wstring fromUtf8(std::string_view text) {
       ++i;
       continue;
     }
+    // Lead byte, then the allowed range of the second byte, which rules out overlong forms,
+    // surrogates and code points past U+10FFFF. A broken sequence becomes one U+FFFD for
+    // its longest valid beginning, and decoding resumes at the byte that broke it.
     int length = 0;
     char32_t cp = 0;
-    char32_t min = 0;
-    if (b >= 0xC2 && b <= 0xDF) length = 2, cp = b & 0x1F, min = 0x80;
-    else if (b >= 0xE0 && b <= 0xEF) length = 3, cp = b & 0x0F, min = 0x800;
-    else if (b >= 0xF0 && b <= 0xF4) length = 4, cp = b & 0x07, min = 0x10000;
-    int taken = 1;
+    unsigned char low = 0x80, high = 0xBF;
+    if (b >= 0xC2 && b <= 0xDF) length = 2, cp = b & 0x1F;
+    else if (b >= 0xE0 && b <= 0xEF) length = 3, cp = b & 0x0F, low = b == 0xE0 ? 0xA0 : 0x80, high = b == 0xED ? 0x9F : 0xBF;
+    else if (b >= 0xF0 && b <= 0xF4) length = 4, cp = b & 0x07, low = b == 0xF0 ? 0x90 : 0x80, high = b == 0xF4 ? 0x8F : 0xBF;
+    std::size_t taken = 1;
     bool ok = length > 0;
-    for (; ok && taken < length; ++taken) {
-      if (i + static_cast<std::size_t>(taken) >= n || (p[i + static_cast<std::size_t>(taken)] & 0xC0) != 0x80) {
+    for (; ok && taken < static_cast<std::size_t>(length); ++taken) {
+      const std::size_t at = i + taken;
+      const unsigned char lo = taken == 1 ? low : 0x80, hi = taken == 1 ? high : 0xBF;
+      if (at >= n || p[at] < lo || p[at] > hi) {
         ok = false;
         break;
       }
-      cp = (cp << 6) | (p[i + static_cast<std::size_t>(taken)] & 0x3F);
+      cp = (cp << 6) | (p[at] & 0x3F);
     }
-    if (ok && (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))) ok = false;
-    if (ok) {
-      out.push_back(static_cast<wchar_t>(cp));
-      i += static_cast<std::size_t>(length);
-    } else {
-      out.push_back(static_cast<wchar_t>(0xFFFD));
-      i += static_cast<std::size_t>(taken < 1 ? 1 : taken);
-    }
+    out.push_back(ok ? static_cast<wchar_t>(cp) : static_cast<wchar_t>(0xFFFD));
+    i += taken;
   }
   return out;
 }
