@@ -48,6 +48,19 @@ bool matchWord(std::wstring_view text, std::size_t at, std::wstring_view word) {
   return text.size() - at >= word.size() && equalsNoCase(text.substr(at, word.size()), word);
 }
 
+// An exponent at `i` (its letter, an optional sign, at least one digit) joins the number;
+// anything less is left for the caller's text.
+void appendExponent(std::wstring_view text, std::size_t& i, char letter, std::string& ascii) {
+  std::size_t k = i + 1;
+  const std::size_t mark = ascii.size();
+  ascii.push_back(letter);
+  if (k < text.size() && (text[k] == L'+' || text[k] == L'-')) ascii.push_back(text[k++] == L'-' ? '-' : '+');
+  const std::size_t digitsStart = k;
+  while (k < text.size() && isDigit(text[k])) ascii.push_back(static_cast<char>('0' + (text[k++] - L'0')));
+  if (k > digitsStart) i = k;
+  else ascii.resize(mark);
+}
+
 }  // namespace
 
 std::int32_t wtol(std::wstring_view text) noexcept { return leadingDecimal<std::int32_t>(text); }
@@ -110,19 +123,11 @@ double wcstod(std::wstring_view text, std::size_t* consumed) noexcept {
       mantissaDigits = count;
       i = j;
       if (i < text.size() && (text[i] == L'p' || text[i] == L'P')) {
-        std::size_t k = i + 1;
-        std::string exponent = "p";
-        if (k < text.size() && (text[k] == L'+' || text[k] == L'-')) exponent.push_back(static_cast<char>(text[k++]));
-        const std::size_t digitsStart = k;
-        while (k < text.size() && isDigit(text[k])) exponent.push_back(static_cast<char>(text[k++]));
-        if (k > digitsStart) {
-          ascii += exponent;
-          i = k;
-        }
+        appendExponent(text, i, 'p', ascii);
       }
     } else {
       // "0x" with no hexadecimal digit after it reads as the number 0.
-      ascii = "0";
+      ascii.assign(1, '0');
       mantissaDigits = 1;
       i += 1;
     }
@@ -134,15 +139,7 @@ double wcstod(std::wstring_view text, std::size_t* consumed) noexcept {
       while (i < text.size() && isDigit(text[i])) ascii.push_back(static_cast<char>(text[i++])), ++mantissaDigits;
     }
     if (mantissaDigits > 0 && i < text.size() && (text[i] == L'e' || text[i] == L'E')) {
-      std::size_t k = i + 1;
-      std::string exponent = "e";
-      if (k < text.size() && (text[k] == L'+' || text[k] == L'-')) exponent.push_back(static_cast<char>(text[k++]));
-      const std::size_t digitsStart = k;
-      while (k < text.size() && isDigit(text[k])) exponent.push_back(static_cast<char>(text[k++]));
-      if (k > digitsStart) {
-        ascii += exponent;
-        i = k;
-      }
+      appendExponent(text, i, 'e', ascii);
     }
   }
   if (mantissaDigits == 0) return 0.0;
