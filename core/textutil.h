@@ -31,6 +31,7 @@ std::wstring trimRight(std::wstring_view text);
 // Replaces every non-overlapping occurrence of `from`, scanning left to right. An empty
 // `from` leaves the text as it is.
 std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wstring_view to);
+// n separators give n + 1 parts, empty ones included (an empty text gives one empty part).
 std::vector<std::wstring> split(std::wstring_view text, wchar_t separator);
 
 }  // namespace corvane::core

@@ -1,6 +1,34 @@
 #include "core/utf8.h"
 
+#include <cstdint>
+
 namespace corvane::core {
+
+namespace {
+
+constexpr wchar_t kReplacement = 0xFFFD;
+
+inline bool isContinuation(unsigned char b) noexcept { return (b & 0xC0) == 0x80; }
+
+void appendUtf8(std::string& out, std::uint32_t cp) {
+  if (cp < 0x80) {
+    out.push_back(static_cast<char>(cp));
+  } else if (cp < 0x800) {
+    out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
+    out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+  } else if (cp < 0x10000) {
+    out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
+    out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+  } else {
+    out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
+    out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
+    out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+  }
+}
+
+}  // namespace
 
 std::wstring fromUtf8(std::string_view text) {
   std::wstring out;
@@ -9,34 +37,44 @@ std::wstring fromUtf8(std::string_view text) {
   const std::size_t n = text.size();
   std::size_t i = 0;
   while (i < n) {
-    const unsigned char b = p[i];
-    if (b < 0x80) {
-      out.push_back(static_cast<wchar_t>(b));
+    const unsigned char lead = p[i];
+    if (lead < 0x80) {
+      out.push_back(static_cast<wchar_t>(lead));
       ++i;
       continue;
     }
-    // Lead byte, then the allowed range of the second byte, which rules out overlong forms,
-    // surrogates and code points past U+10FFFF. A broken sequence becomes one U+FFFD for
-    // its longest valid beginning, and decoding resumes at the byte that broke it.
-    int length = 0;
-    char32_t cp = 0;
+    // The second byte's range is narrower for some leads: that is what rules out overlong
+    // forms, surrogates and code points above U+10FFFF without decoding them first.
+    std::size_t length = 0;
     unsigned char low = 0x80, high = 0xBF;
-    if (b >= 0xC2 && b <= 0xDF) length = 2, cp = b & 0x1F;
-    else if (b >= 0xE0 && b <= 0xEF) length = 3, cp = b & 0x0F, low = b == 0xE0 ? 0xA0 : 0x80, high = b == 0xED ? 0x9F : 0xBF;
-    else if (b >= 0xF0 && b <= 0xF4) length = 4, cp = b & 0x07, low = b == 0xF0 ? 0x90 : 0x80, high = b == 0xF4 ? 0x8F : 0xBF;
-    std::size_t taken = 1;
-    bool ok = length > 0;
-    for (; ok && taken < static_cast<std::size_t>(length); ++taken) {
-      const std::size_t at = i + taken;
-      const unsigned char lo = taken == 1 ? low : 0x80, hi = taken == 1 ? high : 0xBF;
-      if (at >= n || p[at] < lo || p[at] > hi) {
-        ok = false;
-        break;
-      }
-      cp = (cp << 6) | (p[at] & 0x3F);
+    if (lead >= 0xC2 && lead <= 0xDF) {
+      length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+      length = 3;
+      if (lead == 0xE0) low = 0xA0;
+      if (lead == 0xED) high = 0x9F;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+      length = 4;
+      if (lead == 0xF0) low = 0x90;
+      if (lead == 0xF4) high = 0x8F;
     }
-    out.push_back(ok ? static_cast<wchar_t>(cp) : static_cast<wchar_t>(0xFFFD));
-    i += taken;
+    if (length == 0 || i + 1 >= n || p[i + 1] < low || p[i + 1] > high) {
+      out.push_back(kReplacement);
+      ++i;
+      continue;
+    }
+    // One replacement for the longest prefix of a valid sequence, as Unicode recommends.
+    std::size_t taken = 2;
+    while (taken < length && i + taken < n && isContinuation(p[i + taken])) ++taken;
+    if (taken < length) {
+      out.push_back(kReplacement);
+      i += taken;
+      continue;
+    }
+    std::uint32_t cp = lead & (length == 2 ? 0x1Fu : length == 3 ? 0x0Fu : 0x07u);
+    for (std::size_t k = 1; k < length; ++k) cp = (cp << 6) | (p[i + k] & 0x3Fu);
+    out.push_back(static_cast<wchar_t>(cp));
+    i += length;
   }
   return out;
 }
@@ -44,24 +82,19 @@ std::wstring fromUtf8(std::string_view text) {
 std::string toUtf8(std::wstring_view text) {
   std::string out;
   out.reserve(text.size());
-  for (const wchar_t wc : text) {
-    auto cp = static_cast<char32_t>(wc);
-    if (cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) cp = 0xFFFD;
-    if (cp < 0x80) {
-      out.push_back(static_cast<char>(cp));
-    } else if (cp < 0x800) {
-      out.push_back(static_cast<char>(0xC0 | (cp >> 6)));
-      out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-      out.push_back(static_cast<char>(0xE0 | (cp >> 12)));
-      out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
-    } else {
-      out.push_back(static_cast<char>(0xF0 | (cp >> 18)));
-      out.push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-      out.push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    std::uint32_t cp = static_cast<std::uint32_t>(text[i]);
+    // Texts that came from 16-bit sources may hold surrogate pairs; only unpaired ones are
+    // malformed.
+    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < text.size()) {
+      const auto next = static_cast<std::uint32_t>(text[i + 1]);
+      if (next >= 0xDC00 && next <= 0xDFFF) {
+        cp = 0x10000 + ((cp - 0xD800) << 10) + (next - 0xDC00);
+        ++i;
+      }
     }
+    if (cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) cp = kReplacement;
+    appendUtf8(out, cp);
   }
   return out;
 }

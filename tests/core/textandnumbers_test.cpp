@@ -6,37 +6,9 @@
 
 #include "core/crt.h"
 #include "core/printf.h"
-#include "core/textutil.h"
-#include "core/utf8.h"
 
 namespace corvane::core {
 namespace {
-
-TEST(TextUtil, CaseFoldingIsOrdinalAcrossScripts) {
-  struct Case {
-    const wchar_t* a;
-    const wchar_t* b;
-    int sign;
-  } const cases[] = {
-      {L"AcArea", L"ACAREA", 0}, {L"acarea", L"AcArea", 0}, {L"AcArea", L"AcAreas", -1},
-      {L"ÄÖÜ", L"äöü", 0},       {L"ŁÓDŹ", L"łódź", 0},     {L"ΣΟΦΙΑ", L"σοφια", 0},
-      {L"МОСКВА", L"москва", 0}, {L"Ёж", L"ёЖ", 0},         {L"_a", L"A", -1},  // '_' sorts before letters
-      {L"b", L"A", 1},           {L"", L"", 0},             {L"ÿ", L"Ÿ", 0},
-  };
-  for (const auto& c : cases) {
-    const int r = compareNoCase(c.a, c.b);
-    EXPECT_EQ((r > 0) - (r < 0), c.sign) << std::wstring(c.a).size();
-    EXPECT_EQ(equalsNoCase(c.a, c.b), c.sign == 0);
-  }
-  EXPECT_EQ(toUpper(L"straße ĳ àé ω"), L"STRAßE Ĳ ÀÉ Ω");
-  EXPECT_EQ(toLower(L"ÀÉ Ω Ž"), L"àé ω ž");
-  EXPECT_EQ(findNoCase(L"one TWO three", L"two"), 4u);
-  EXPECT_EQ(findNoCase(L"abc", L"abcd"), std::wstring_view::npos);
-  EXPECT_EQ(trim(L" \t a b \r\n"), L"a b");
-  EXPECT_EQ(replaceAll(L"aaa", L"aa", L"b"), L"ba");
-  EXPECT_EQ(replaceAll(L"abc", L"", L"x"), L"abc");
-  EXPECT_EQ(split(L"a,,b", L','), (std::vector<std::wstring>{L"a", L"", L"b"}));
-}
 
 TEST(Crt, IntegerConversionsSaturateLikeTheRuntime) {
   struct Case {
@@ -115,24 +87,6 @@ TEST(Printf, MatchesTheCRuntime) {
   EXPECT_THROW(format(L"%s", 5), std::invalid_argument);
   EXPECT_THROW(format(L"%q", 5), std::invalid_argument);
   EXPECT_THROW(format(L"50%"), std::invalid_argument);
-}
-
-TEST(Utf8, RoundTripsAndReplacesMalformedInput) {
-  const std::wstring text = L"Fläche m² — 面积 𝄞";
-  EXPECT_EQ(fromUtf8(toUtf8(text)), text);
-  struct Case {
-    std::string bytes;
-    std::wstring expected;
-  } const cases[] = {
-      {"\xC3\xA4", L"ä"},
-      {"\xC0\xAF", L"\xFFFD\xFFFD"},          // overlong
-      {"\xED\xA0\x80", L"\xFFFD\xFFFD\xFFFD"},  // a surrogate
-      {"\xF4\x90\x80\x80", L"\xFFFD\xFFFD\xFFFD\xFFFD"},  // past U+10FFFF
-      {"a\xE2\x82", L"a\xFFFD"},              // cut off
-      {"\x80z", L"\xFFFDz"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(fromUtf8(c.bytes), c.expected) << c.bytes.size();
-  EXPECT_EQ(toUtf8(std::wstring(1, static_cast<wchar_t>(0xD800))), "\xEF\xBF\xBD");
 }
 
 }  // namespace
