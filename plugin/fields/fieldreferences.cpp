@@ -66,32 +66,38 @@ std::wstring ObjHandleToId(host::AcDbHostApplicationServices& services, std::wst
                           core::format(L"%%<\\_ObjId %llu>%%", id.asOldId()));
 }
 
-std::wstring AllObjIdsToHandles(host::AcDbHostApplicationServices& services, std::wstring_view input) {
+namespace {
+
+// The scan both stored-form conversions share: each "%<\_ObjId X>%" in turn, X handed to
+// `convert`, which may rewrite the whole text. A reference at the very start of the text
+// ends the scan before it begins, and scanning goes on one character after each reference.
+template <typename Convert>
+std::wstring convertStoredReferences(std::wstring_view input, Convert convert) {
   std::wstring text(input);
-  // A reference at the very start of the text ends the scan before it begins.
   std::size_t pos = text.find(kIdKeyword);
   while (pos != std::wstring::npos && pos > 0) {
     const std::size_t end = text.find(L">%", pos);
     if (end == std::wstring::npos) break;
     const std::size_t first = pos + kIdKeyword.size();
-    const std::wstring digits = end > first ? text.substr(first, end - first) : std::wstring();
-    const host::AcDbObjectId id(static_cast<std::uint64_t>(core::wtoi64(digits)));
-    const std::wstring handle = services.isValid(id) ? services.handle(id).text() : std::wstring();
-    // Every occurrence of the digits anywhere in the text, not only this reference.
-    if (!handle.empty() && !digits.empty()) text = core::replaceAll(text, digits, handle);
+    convert(text, end > first ? text.substr(first, end - first) : std::wstring());
     pos = text.find(kIdKeyword, pos + 1);
   }
   return text;
 }
 
+}  // namespace
+
+std::wstring AllObjIdsToHandles(host::AcDbHostApplicationServices& services, std::wstring_view input) {
+  return convertStoredReferences(input, [&services](std::wstring& text, const std::wstring& digits) {
+    const host::AcDbObjectId id(static_cast<std::uint64_t>(core::wtoi64(digits)));
+    const std::wstring handle = services.isValid(id) ? services.handle(id).text() : std::wstring();
+    // Every occurrence of the digits anywhere in the text, not only this reference.
+    if (!handle.empty() && !digits.empty()) text = core::replaceAll(text, digits, handle);
+  });
+}
+
 std::wstring AllHandlesToObjIds(host::AcDbHostApplicationServices& services, std::wstring_view input) {
-  std::wstring text(input);
-  std::size_t pos = text.find(kIdKeyword);
-  while (pos != std::wstring::npos && pos > 0) {
-    const std::size_t end = text.find(L">%", pos);
-    if (end == std::wstring::npos) break;
-    const std::size_t first = pos + kIdKeyword.size();
-    const std::wstring handle = end > first ? text.substr(first, end - first) : std::wstring();
+  return convertStoredReferences(input, [&services](std::wstring& text, const std::wstring& handle) {
     host::AcDbObjectId id;
     const Acad::ErrorStatus es = idOfHandle(services.workingDatabase(), handle, id);
     if (es != Acad::eOk) {
@@ -99,9 +105,7 @@ std::wstring AllHandlesToObjIds(host::AcDbHostApplicationServices& services, std
     } else {
       text = core::replaceAll(text, handle, core::format(L"%ld", id.asOldId()));
     }
-    pos = text.find(kIdKeyword, pos + 1);
-  }
-  return text;
+  });
 }
 
 std::wstring FieldToFormulaArgument(host::AcDbHostApplicationServices& services, std::wstring_view text) {
