@@ -2,9 +2,9 @@
 
 #include <charconv>
 #include <cmath>
-#include <cwctype>
 #include <limits>
 #include <string>
+#include <type_traits>
 
 #include "core/textutil.h"
 
@@ -12,53 +12,154 @@ namespace corvane::core {
 
 namespace {
 
-std::size_t skipSpace(std::wstring_view text) {
+inline bool isDigit(wchar_t c) noexcept { return c >= L'0' && c <= L'9'; }
+
+inline bool isHexDigit(wchar_t c) noexcept {
+  return isDigit(c) || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
+}
+
+inline bool isAsciiAlnum(wchar_t c) noexcept {
+  return isDigit(c) || (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
+}
+
+std::size_t skipSpace(std::wstring_view text) noexcept {
   std::size_t i = 0;
   while (i < text.size() && isSpace(text[i])) ++i;
   return i;
 }
 
-bool isDigit(wchar_t c) { return c >= L'0' && c <= L'9'; }
-
-// Sign and digits after white space, saturating at the given bounds.
+// Optional sign and decimal digits after white space, saturating at the bounds of T.
 template <typename T>
-T leadingDecimal(std::wstring_view text) {
+T leadingDecimal(std::wstring_view text) noexcept {
+  using U = std::make_unsigned_t<T>;
   std::size_t i = skipSpace(text);
   bool negative = false;
   if (i < text.size() && (text[i] == L'+' || text[i] == L'-')) negative = text[i++] == L'-';
-  using U = std::make_unsigned_t<T>;
-  const U limit = negative ? static_cast<U>(std::numeric_limits<T>::max()) + 1u
-                           : static_cast<U>(std::numeric_limits<T>::max());
+  const U limit = static_cast<U>(std::numeric_limits<T>::max()) + (negative ? 1u : 0u);
   U value = 0;
-  bool overflow = false;
   for (; i < text.size() && isDigit(text[i]); ++i) {
     const auto digit = static_cast<U>(text[i] - L'0');
-    if (overflow || value > (limit - digit) / 10u) {
-      overflow = true;
-      continue;
-    }
-    value = value * 10u + digit;
+    if (value > (limit - digit) / 10u) return negative ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
+    value = static_cast<U>(value * 10u + digit);
   }
-  if (overflow) return negative ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
-  if (negative) return value == 0 ? T(0) : static_cast<T>(-static_cast<T>(value - 1u) - 1);
-  return static_cast<T>(value);
+  // Two's complement negation in the unsigned type also covers the minimum itself.
+  return static_cast<T>(negative ? static_cast<U>(0u - value) : value);
 }
 
-bool matchWord(std::wstring_view text, std::size_t at, std::wstring_view word) {
-  return text.size() - at >= word.size() && equalsNoCase(text.substr(at, word.size()), word);
+bool startsWithWord(std::wstring_view text, std::size_t at, std::wstring_view word) noexcept {
+  return at <= text.size() && text.size() - at >= word.size() && equalsNoCase(text.substr(at, word.size()), word);
 }
 
-// An exponent at `i` (its letter, an optional sign, at least one digit) joins the number;
-// anything less is left for the caller's text.
-void appendExponent(std::wstring_view text, std::size_t& i, char letter, std::string& ascii) {
+// Where a run of decimal digits ends.
+std::size_t digitsEnd(std::wstring_view text, std::size_t i) noexcept {
+  while (i < text.size() && isDigit(text[i])) ++i;
+  return i;
+}
+
+// An exponent at `i`: its letter, an optional sign and at least one decimal digit. Returns
+// where it ends (`i` itself when there is none) and its value, clamped far beyond any double.
+std::size_t exponentEnd(std::wstring_view text, std::size_t i, wchar_t lower, long& value) noexcept {
+  value = 0;
+  if (i >= text.size() || (text[i] != lower && text[i] != lower - (L'a' - L'A'))) return i;
   std::size_t k = i + 1;
-  const std::size_t mark = ascii.size();
-  ascii.push_back(letter);
-  if (k < text.size() && (text[k] == L'+' || text[k] == L'-')) ascii.push_back(text[k++] == L'-' ? '-' : '+');
-  const std::size_t digitsStart = k;
-  while (k < text.size() && isDigit(text[k])) ascii.push_back(static_cast<char>('0' + (text[k++] - L'0')));
-  if (k > digitsStart) i = k;
-  else ascii.resize(mark);
+  bool negative = false;
+  if (k < text.size() && (text[k] == L'+' || text[k] == L'-')) negative = text[k++] == L'-';
+  const std::size_t end = digitsEnd(text, k);
+  if (end == k) return i;
+  for (; k < end; ++k) {
+    if (value < 100000000) value = value * 10 + (text[k] - L'0');
+  }
+  if (negative) value = -value;
+  return end;
+}
+
+// The pieces of a number found at the start of a text: the range handed to from_chars and,
+// for range errors, the rough binary or decimal magnitude of the digits.
+struct NumberSpan {
+  std::size_t begin = 0;  // first character passed to from_chars (after the sign and any "0x")
+  std::size_t end = 0;    // one past the number
+  bool hex = false;
+  long magnitude = 0;  // >0: the value is at least 1; <=0: below 1
+};
+
+// Position of the leading digits in units of the radix (before the exponent): the count of
+// significant integer digits, or minus the zeros that follow the point before the first
+// non-zero digit.
+long leadingMagnitude(std::wstring_view text, std::size_t begin, std::size_t point, std::size_t end) noexcept {
+  std::size_t i = begin;
+  while (i < point && text[i] == L'0') ++i;
+  if (i < point) return static_cast<long>(point - i);
+  std::size_t k = point < end ? point + 1 : end;
+  long zeros = 0;
+  while (k < end && text[k] == L'0') ++k, ++zeros;
+  return -zeros;
+}
+
+bool scanNumber(std::wstring_view text, std::size_t i, NumberSpan& span) noexcept {
+  if (i + 1 < text.size() && text[i] == L'0' && (text[i + 1] == L'x' || text[i + 1] == L'X')) {
+    std::size_t k = i + 2;
+    while (k < text.size() && isHexDigit(text[k])) ++k;
+    const std::size_t point = k;
+    std::size_t digits = point - (i + 2);
+    if (k < text.size() && text[k] == L'.') {
+      const std::size_t fractionEnd = [&] {
+        std::size_t j = k + 1;
+        while (j < text.size() && isHexDigit(text[j])) ++j;
+        return j;
+      }();
+      digits += fractionEnd - (k + 1);
+      k = fractionEnd;
+    }
+    if (digits > 0) {
+      span.hex = true;
+      span.begin = i + 2;
+      long exponent = 0;
+      span.end = exponentEnd(text, k, L'p', exponent);
+      span.magnitude = 4 * leadingMagnitude(text, span.begin, point, k) + exponent;
+      return true;
+    }
+    // "0x" with no hexadecimal digit after it is the number 0 followed by other text.
+    span.begin = i;
+    span.end = i + 1;
+    return true;
+  }
+  const std::size_t point = digitsEnd(text, i);
+  std::size_t k = point;
+  std::size_t digits = point - i;
+  if (k < text.size() && text[k] == L'.') {
+    k = digitsEnd(text, k + 1);
+    digits += k - (point + 1);
+  }
+  if (digits == 0) return false;
+  span.begin = i;
+  long exponent = 0;
+  span.end = exponentEnd(text, k, L'e', exponent);
+  span.magnitude = leadingMagnitude(text, i, point, k) + exponent;
+  return true;
+}
+
+double parseSpan(std::wstring_view text, const NumberSpan& span) noexcept {
+  // Every character of the span is ASCII, so narrowing is exact.
+  constexpr std::size_t kInline = 96;
+  char inlineBuffer[kInline];
+  std::string heapBuffer;
+  const std::size_t n = span.end - span.begin;
+  char* ascii = inlineBuffer;
+  if (n > kInline) {
+    try {
+      heapBuffer.resize(n);
+    } catch (...) {
+      return 0.0;  // only under memory exhaustion, and the function promises not to throw
+    }
+    ascii = heapBuffer.data();
+  }
+  for (std::size_t k = 0; k < n; ++k) ascii[k] = static_cast<char>(text[span.begin + k]);
+  double value = 0.0;
+  const auto result =
+      std::from_chars(ascii, ascii + n, value, span.hex ? std::chars_format::hex : std::chars_format::general);
+  // from_chars leaves the value alone on a range error; the runtime gives HUGE_VAL or zero.
+  if (result.ec == std::errc::result_out_of_range) value = span.magnitude > 0 ? HUGE_VAL : 0.0;
+  return value;
 }
 
 }  // namespace
@@ -69,91 +170,47 @@ std::int64_t wtoi64(std::wstring_view text) noexcept { return leadingDecimal<std
 
 std::uint64_t wtoui64(std::wstring_view text) noexcept {
   std::size_t i = skipSpace(text);
-  if (i < text.size() && text[i] == L'+') ++i;
+  bool negative = false;
+  if (i < text.size() && (text[i] == L'+' || text[i] == L'-')) negative = text[i++] == L'-';
   std::uint64_t value = 0;
   for (; i < text.size() && isDigit(text[i]); ++i) {
     const auto digit = static_cast<std::uint64_t>(text[i] - L'0');
-    if (value > (std::numeric_limits<std::uint64_t>::max() - digit) / 10u) return std::numeric_limits<std::uint64_t>::max();
+    if (value > (std::numeric_limits<std::uint64_t>::max() - digit) / 10u) {
+      return std::numeric_limits<std::uint64_t>::max();
+    }
     value = value * 10u + digit;
   }
-  return value;
+  return negative ? 0u - value : value;
 }
 
 double wcstod(std::wstring_view text, std::size_t* consumed) noexcept {
-  if (consumed) *consumed = 0;
-  const std::size_t start = skipSpace(text);
-  std::size_t i = start;
+  std::size_t i = skipSpace(text);
   bool negative = false;
   if (i < text.size() && (text[i] == L'+' || text[i] == L'-')) negative = text[i++] == L'-';
 
-  // Infinity and not-a-number, in any letter case.
-  if (matchWord(text, i, L"inf")) {
-    const std::size_t end = matchWord(text, i, L"infinity") ? i + 8 : i + 3;
-    if (consumed) *consumed = end;
-    return negative ? -HUGE_VAL : HUGE_VAL;
-  }
-  if (matchWord(text, i, L"nan")) {
-    std::size_t end = i + 3;
-    // An optional "(chars)" tail belongs to the number only when it is closed.
+  double value = 0.0;
+  std::size_t end = 0;
+  NumberSpan span;
+  if (startsWithWord(text, i, L"inf")) {
+    end = i + (startsWithWord(text, i, L"infinity") ? 8 : 3);
+    value = HUGE_VAL;
+  } else if (startsWithWord(text, i, L"nan")) {
+    end = i + 3;
+    // A "(chars)" tail belongs to the number only when it is closed.
     if (end < text.size() && text[end] == L'(') {
       std::size_t j = end + 1;
-      while (j < text.size() && (std::iswalnum(text[j]) || text[j] == L'_') && text[j] < 0x80) ++j;
+      while (j < text.size() && (isAsciiAlnum(text[j]) || text[j] == L'_')) ++j;
       if (j < text.size() && text[j] == L')') end = j + 1;
     }
-    if (consumed) *consumed = end;
-    return negative ? -std::numeric_limits<double>::quiet_NaN() : std::numeric_limits<double>::quiet_NaN();
-  }
-
-  std::string ascii;
-  bool hex = false;
-  std::size_t mantissaDigits = 0;
-  if (i + 1 < text.size() && text[i] == L'0' && (text[i + 1] == L'x' || text[i + 1] == L'X')) {
-    std::size_t j = i + 2;
-    std::string digits;
-    std::size_t count = 0;
-    while (j < text.size() && std::iswxdigit(text[j]) && text[j] < 0x80) digits.push_back(static_cast<char>(text[j++])), ++count;
-    if (j < text.size() && text[j] == L'.') {
-      digits.push_back('.');
-      ++j;
-      while (j < text.size() && std::iswxdigit(text[j]) && text[j] < 0x80) digits.push_back(static_cast<char>(text[j++])), ++count;
-    }
-    if (count > 0) {
-      hex = true;
-      ascii = digits;
-      mantissaDigits = count;
-      i = j;
-      if (i < text.size() && (text[i] == L'p' || text[i] == L'P')) {
-        appendExponent(text, i, 'p', ascii);
-      }
-    } else {
-      // "0x" with no hexadecimal digit after it reads as the number 0.
-      ascii.assign(1, '0');
-      mantissaDigits = 1;
-      i += 1;
-    }
+    value = std::numeric_limits<double>::quiet_NaN();
+  } else if (scanNumber(text, i, span)) {
+    end = span.end;
+    value = parseSpan(text, span);
   } else {
-    while (i < text.size() && isDigit(text[i])) ascii.push_back(static_cast<char>(text[i++])), ++mantissaDigits;
-    if (i < text.size() && text[i] == L'.') {
-      ascii.push_back('.');
-      ++i;
-      while (i < text.size() && isDigit(text[i])) ascii.push_back(static_cast<char>(text[i++])), ++mantissaDigits;
-    }
-    if (mantissaDigits > 0 && i < text.size() && (text[i] == L'e' || text[i] == L'E')) {
-      appendExponent(text, i, 'e', ascii);
-    }
+    if (consumed) *consumed = 0;
+    return 0.0;
   }
-  if (mantissaDigits == 0) return 0.0;
-
-  double value = 0.0;
-  const auto format = hex ? std::chars_format::hex : std::chars_format::general;
-  const auto result = std::from_chars(ascii.data(), ascii.data() + ascii.size(), value, format);
-  if (result.ec == std::errc::result_out_of_range) {
-    // from_chars leaves the value alone on range errors; the runtime gives HUGE_VAL or 0.
-    const bool tiny = ascii.find_first_of("eEpP") != std::string::npos &&
-                      ascii.find('-', ascii.find_first_of("eEpP")) != std::string::npos;
-    value = tiny ? 0.0 : HUGE_VAL;
-  }
-  if (consumed) *consumed = i;
+  if (consumed) *consumed = end;
   return negative ? -value : value;
 }
 

@@ -17,6 +17,7 @@ inline std::int32_t leadingInteger(std::wstring_view text) noexcept { return wto
 // _wtoi64: as wtol, 64 bits wide, saturating at INT64_MIN / INT64_MAX.
 std::int64_t wtoi64(std::wstring_view text) noexcept;
 // Unsigned 64-bit decimal (the host writes object ids this way), saturating at UINT64_MAX.
+// As _wcstoui64, a minus sign negates the value modulo 2^64.
 std::uint64_t wtoui64(std::wstring_view text) noexcept;
 
 // wcstod: leading white space, then the longest prefix that is a decimal number (sign,
