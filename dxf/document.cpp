@@ -1,0 +1,399 @@
+#include "dxf/document.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+#include "dxf/atomicfile.h"
+#include "dxf/groupcode.h"
+#include "dxf/numbertext.h"
+#include "dxf/recordview.h"
+
+namespace corvane::dxf {
+
+namespace {
+
+template <typename T>
+T loadLittleEndian(const char* p) noexcept {
+  // Binary DXF is little-endian, as is every machine this builds for.
+  T value;
+  std::memcpy(&value, p, sizeof value);
+  return value;
+}
+
+bool fitsKind(ValueKind kind, std::int64_t value) noexcept {
+  switch (kind) {
+    case ValueKind::Int16: return value >= -32768 && value <= 65535;
+    case ValueKind::Int32: return value >= std::numeric_limits<std::int32_t>::min() && value <= 0xFFFFFFFFll;
+    case ValueKind::Bool: return value >= -128 && value <= 255;
+    default: return true;
+  }
+}
+
+}  // namespace
+
+NewTag NewTag::real(std::int16_t code, double value) { return {code, formatDouble(value)}; }
+
+NewTag NewTag::integer(std::int16_t code, std::int64_t value) {
+  NewTag tag{code, {}};
+  appendInteger(tag.value, value);
+  return tag;
+}
+
+NewTag NewTag::handle(std::int16_t code, std::uint64_t value) { return {code, formatHandle(value)}; }
+
+// --- structure
+
+std::string_view Document::sectionName(std::size_t section) const {
+  const auto list = tags(sections_.at(section).begin);
+  return list.size() > 1 ? trimBlanks(bytes(list[1])) : std::string_view();
+}
+
+std::optional<std::size_t> Document::findSection(std::string_view name) const {
+  for (std::size_t i = 0; i < sections_.size(); ++i)
+    if (sectionName(i) == name) return i;
+  return std::nullopt;
+}
+
+std::size_t Document::insertSection(std::size_t position, std::string_view name) {
+  if (position > sections_.size()) throw std::out_of_range("section position out of range");
+  if (sections_.size() >= kNoSection) throw std::length_error("too many sections");
+  const NewTag head[] = {{0, "SECTION"}, {2, std::string(name)}};
+  const NewTag tail[] = {{0, "ENDSEC"}};
+  Section section;
+  section.begin = addRecord(head, static_cast<std::uint16_t>(position));
+  section.end = addRecord(tail, static_cast<std::uint16_t>(position));
+  sections_.insert(sections_.begin() + static_cast<std::ptrdiff_t>(position), std::move(section));
+  for (std::size_t s = position; s < sections_.size(); ++s) {
+    const auto number = static_cast<std::uint16_t>(s);
+    records_[sections_[s].begin].section = number;
+    records_[sections_[s].end].section = number;
+    for (RecordId id : sections_[s].records) records_[id].section = number;
+  }
+  return position;
+}
+
+// --- records
+
+std::span<const Tag> Document::tags(RecordId id) const {
+  const Record& record = records_.at(id);
+  if (record.edited != 0) return editedTags_[record.edited - 1];
+  return {tags_.data() + record.first, record.count};
+}
+
+std::string_view Document::recordType(RecordId id) const {
+  const auto list = tags(id);
+  if (list.empty() || list.front().code != 0) return {};
+  return trimBlanks(bytes(list.front()));
+}
+
+std::optional<std::size_t> Document::sectionOf(RecordId id) const {
+  const auto section = records_.at(id).section;
+  if (section == kNoSection) return std::nullopt;
+  return section;
+}
+
+void Document::indexHandles() const {
+  byHandle_.clear();
+  highestHandle_ = 0;
+  for (std::size_t s = 0; s < sections_.size(); ++s) {
+    for (RecordId id : sections_[s].records) {
+      if (const auto handle = RecordView(*this, id).handle()) {
+        byHandle_.emplace(*handle, id);
+        highestHandle_ = std::max(highestHandle_, *handle);
+      }
+    }
+  }
+  handlesIndexed_ = true;
+}
+
+std::optional<RecordId> Document::findHandle(std::uint64_t handle) const {
+  if (!handlesIndexed_) indexHandles();
+  const auto found = byHandle_.find(handle);
+  if (found == byHandle_.end()) return std::nullopt;
+  return found->second;
+}
+
+std::uint64_t Document::maxHandle() const {
+  if (!handlesIndexed_) indexHandles();
+  return highestHandle_;
+}
+
+void Document::touchHandleTag(std::int16_t code) const {
+  if (code == 5 || code == 105) handlesIndexed_ = false;
+}
+
+// --- values
+
+std::string_view Document::bytes(const Tag& tag) const noexcept {
+  const std::string& from = tag.wasRead() ? source_ : store_;
+  return {from.data() + tag.value, tag.size};
+}
+
+void Document::appendValueText(const Tag& tag, std::string& out) const {
+  const char* p = (tag.wasRead() ? source_ : store_).data() + tag.value;
+  switch (tag.form) {
+    case TagForm::Text:
+    case TagForm::BinaryString: out.append(p, tag.size); break;
+    case TagForm::BinaryDouble: appendDouble(out, loadLittleEndian<double>(p)); break;
+    case TagForm::BinaryInt16: appendInteger(out, loadLittleEndian<std::int16_t>(p)); break;
+    case TagForm::BinaryInt32: appendInteger(out, loadLittleEndian<std::int32_t>(p)); break;
+    case TagForm::BinaryInt64: appendInteger(out, loadLittleEndian<std::int64_t>(p)); break;
+    case TagForm::BinaryBool: appendInteger(out, static_cast<unsigned char>(*p)); break;
+    case TagForm::BinaryChunk: appendHexBytes(out, {p, tag.size}); break;
+  }
+}
+
+std::string Document::valueText(const Tag& tag) const {
+  std::string text;
+  appendValueText(tag, text);
+  return text;
+}
+
+std::optional<double> Document::toDouble(const Tag& tag) const noexcept {
+  const char* p = (tag.wasRead() ? source_ : store_).data() + tag.value;
+  switch (tag.form) {
+    case TagForm::BinaryDouble: return loadLittleEndian<double>(p);
+    case TagForm::Text:
+    case TagForm::BinaryString: {
+      double value = 0;
+      if (parseDouble({p, tag.size}, value)) return value;
+      return std::nullopt;
+    }
+    case TagForm::BinaryChunk: return std::nullopt;
+    default: {
+      const auto integer = toInteger(tag);
+      if (!integer) return std::nullopt;
+      return static_cast<double>(*integer);
+    }
+  }
+}
+
+std::optional<std::int64_t> Document::toInteger(const Tag& tag) const noexcept {
+  const char* p = (tag.wasRead() ? source_ : store_).data() + tag.value;
+  switch (tag.form) {
+    case TagForm::BinaryInt16: return loadLittleEndian<std::int16_t>(p);
+    case TagForm::BinaryInt32: return loadLittleEndian<std::int32_t>(p);
+    case TagForm::BinaryInt64: return loadLittleEndian<std::int64_t>(p);
+    case TagForm::BinaryBool: return static_cast<unsigned char>(*p);
+    case TagForm::Text:
+    case TagForm::BinaryString: {
+      std::int64_t value = 0;
+      if (parseInteger({p, tag.size}, value)) return value;
+      return std::nullopt;
+    }
+    default: return std::nullopt;
+  }
+}
+
+std::optional<std::uint64_t> Document::toHandle(const Tag& tag) const noexcept {
+  if (tag.form != TagForm::Text && tag.form != TagForm::BinaryString) return std::nullopt;
+  std::uint64_t value = 0;
+  if (!parseHandle(bytes(tag), value)) return std::nullopt;
+  return value;
+}
+
+std::wstring Document::text(const Tag& tag) const {
+  if (tag.form == TagForm::Text || tag.form == TagForm::BinaryString) return codec_.decode(bytes(tag));
+  const std::string spelt = valueText(tag);
+  return std::wstring(spelt.begin(), spelt.end());
+}
+
+// --- editing
+
+void Document::checkValue(std::int16_t code, std::string_view valueText) const {
+  if (valueText.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos)
+    throw std::invalid_argument("a DXF value cannot hold a line break or a zero byte");
+  const ValueKind kind = valueKind(code);
+  bool valid = true;
+  if (kind == ValueKind::Double) {
+    double value = 0;
+    valid = parseDouble(valueText, value);
+  } else if (kind == ValueKind::Chunk) {
+    std::string data;
+    valid = parseHexBytes(valueText, data) && data.size() <= 255;
+  } else if (isNumeric(kind)) {
+    std::int64_t value = 0;
+    valid = parseInteger(valueText, value) && fitsKind(kind, value);
+  }
+  if (!valid)
+    throw std::invalid_argument("group code " + std::to_string(code) + " cannot hold the value '" +
+                                std::string(valueText) + "'");
+}
+
+Tag Document::storeValue(std::int16_t code, std::string_view valueText) {
+  checkValue(code, valueText);
+  if (store_.size() + valueText.size() >= Tag::kNotRead) throw std::length_error("too many edited values");
+  Tag tag;
+  tag.code = code;
+  tag.value = static_cast<std::uint32_t>(store_.size());
+  tag.size = static_cast<std::uint32_t>(valueText.size());
+  tag.form = TagForm::Text;
+  store_.append(valueText);
+  return tag;
+}
+
+std::vector<Tag>& Document::editableTags(RecordId id) {
+  Record& record = records_.at(id);
+  if (record.edited == 0) {
+    const auto first = tags_.begin() + record.first;
+    editedTags_.emplace_back(first, first + record.count);
+    record.edited = static_cast<std::uint32_t>(editedTags_.size());
+  }
+  return editedTags_[record.edited - 1];
+}
+
+void Document::setValue(RecordId id, std::size_t index, std::string_view valueText) {
+  auto& list = editableTags(id);
+  if (index >= list.size()) throw std::out_of_range("tag index out of range");
+  const std::int16_t code = list[index].code;
+  list[index] = storeValue(code, valueText);
+  touchHandleTag(code);
+}
+
+void Document::setText(RecordId id, std::size_t index, std::wstring_view text) {
+  setValue(id, index, codec_.encode(text));
+}
+
+void Document::setDouble(RecordId id, std::size_t index, double value) { setValue(id, index, formatDouble(value)); }
+
+void Document::setInteger(RecordId id, std::size_t index, std::int64_t value) {
+  std::string text;
+  appendInteger(text, value);
+  setValue(id, index, text);
+}
+
+void Document::setHandle(RecordId id, std::size_t index, std::uint64_t value) {
+  setValue(id, index, formatHandle(value));
+}
+
+void Document::insertTag(RecordId id, std::size_t index, const NewTag& tag) {
+  // The 0 tag starts the record: nothing may come before it, and a second one would split it.
+  if (index == 0 || tag.code == 0) throw std::invalid_argument("a record has exactly one 0 tag, its first");
+  auto& list = editableTags(id);
+  if (index > list.size()) throw std::out_of_range("tag index out of range");
+  const Tag stored = storeValue(tag.code, tag.value);
+  list.insert(list.begin() + static_cast<std::ptrdiff_t>(index), stored);
+  touchHandleTag(tag.code);
+}
+
+void Document::removeTag(RecordId id, std::size_t index) {
+  if (index == 0) throw std::invalid_argument("the 0 tag of a record cannot be removed");
+  auto& list = editableTags(id);
+  if (index >= list.size()) throw std::out_of_range("tag index out of range");
+  touchHandleTag(list[index].code);
+  list.erase(list.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+RecordId Document::addRecord(std::span<const NewTag> tags, std::uint16_t section) {
+  if (tags.empty() || tags.front().code != 0) throw std::invalid_argument("a record begins with a 0 tag");
+  for (std::size_t i = 1; i < tags.size(); ++i)
+    if (tags[i].code == 0) throw std::invalid_argument("a record has exactly one 0 tag, its first");
+  if (records_.size() >= kNoRecord) throw std::length_error("too many records");
+  std::vector<Tag> list;
+  list.reserve(tags.size());
+  for (const auto& tag : tags) list.push_back(storeValue(tag.code, tag.value));
+  editedTags_.push_back(std::move(list));
+  Record record;
+  record.edited = static_cast<std::uint32_t>(editedTags_.size());
+  record.section = section;
+  records_.push_back(record);
+  return static_cast<RecordId>(records_.size() - 1);
+}
+
+RecordId Document::insertRecord(std::size_t section, std::size_t position, std::span<const NewTag> tags) {
+  auto& records = sections_.at(section).records;
+  if (position > records.size()) throw std::out_of_range("record position out of range");
+  const RecordId id = addRecord(tags, static_cast<std::uint16_t>(section));
+  records.insert(records.begin() + static_cast<std::ptrdiff_t>(position), id);
+  if (handlesIndexed_) {
+    if (const auto handle = RecordView(*this, id).handle()) {
+      byHandle_[*handle] = id;
+      highestHandle_ = std::max(highestHandle_, *handle);
+    }
+  }
+  return id;
+}
+
+void Document::removeRecord(RecordId id) {
+  Record& record = records_.at(id);
+  if (record.erased) return;
+  if (record.section == kNoSection) throw std::invalid_argument("only records inside a section can be removed");
+  auto& records = sections_[record.section].records;
+  const auto found = std::find(records.begin(), records.end(), id);
+  if (found == records.end()) throw std::invalid_argument("a section's own SECTION and ENDSEC records stay");
+  records.erase(found);
+  record.erased = true;
+  if (handlesIndexed_) {
+    if (const auto handle = RecordView(*this, id).handle()) {
+      const auto entry = byHandle_.find(*handle);
+      if (entry != byHandle_.end() && entry->second == id) byHandle_.erase(entry);
+    }
+  }
+}
+
+// --- header
+
+RecordId Document::headerRecord() const {
+  const auto section = findSection("HEADER");
+  return section ? sections_[*section].begin : kNoRecord;
+}
+
+std::optional<HeaderVariable> Document::headerVariable(std::string_view name) const {
+  const RecordId header = headerRecord();
+  if (header == kNoRecord) return std::nullopt;
+  const auto list = tags(header);
+  for (std::size_t i = 2; i < list.size(); ++i) {
+    if (list[i].code != 9 || trimBlanks(bytes(list[i])) != name) continue;
+    HeaderVariable variable{i, i + 1, i + 1};
+    while (variable.last < list.size() && list[variable.last].code != 9) ++variable.last;
+    return variable;
+  }
+  return std::nullopt;
+}
+
+void Document::setHeaderVariable(std::string_view name, std::span<const NewTag> values) {
+  const RecordId header = headerRecord();
+  if (header == kNoRecord) throw std::invalid_argument("the drawing has no HEADER section");
+  for (const auto& value : values) checkValue(value.code, value.value);
+  auto variable = headerVariable(name);
+  if (!variable) {
+    const std::size_t at = tagCount(header);
+    insertTag(header, at, NewTag{9, std::string(name)});
+    variable = HeaderVariable{at, at + 1, at + 1};
+  }
+  std::vector<Tag> stored;
+  for (const auto& value : values) stored.push_back(storeValue(value.code, value.value));
+  auto& list = editableTags(header);
+  const auto first = list.begin() + static_cast<std::ptrdiff_t>(variable->first);
+  list.insert(list.erase(first, list.begin() + static_cast<std::ptrdiff_t>(variable->last)), stored.begin(),
+              stored.end());
+}
+
+std::uint64_t Document::allocateHandle() {
+  std::uint64_t next = 0;
+  if (const auto seed = headerVariable("$HANDSEED"); seed && seed->last > seed->first) {
+    if (const auto value = toHandle(tags(headerRecord())[seed->first])) next = *value;
+  }
+  // Writers do not all keep the seed above every handle; never hand out one in use.
+  next = std::max({next, maxHandle() + 1, lastAllocated_ + 1});
+  lastAllocated_ = next;
+  if (headerRecord() != kNoRecord) {
+    const NewTag seed[] = {NewTag::handle(5, next + 1)};
+    setHeaderVariable("$HANDSEED", seed);
+  }
+  return next;
+}
+
+// --- output
+
+Status Document::save(const std::filesystem::path& path, const SaveOptions& options) const {
+  AtomicFile file(path);
+  file.failAfter(options.failAfterBytes);
+  if (auto opened = file.open(); !opened) return opened;
+  if (auto written = write(file, options.format); !written) return written;
+  return file.commit(options.keepBackup ? AtomicFile::backupPath(path) : std::filesystem::path());
+}
+
+}  // namespace corvane::dxf

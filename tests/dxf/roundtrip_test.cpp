@@ -1,0 +1,162 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "dxf/document.h"
+#include "dxf/groupcode.h"
+#include "dxftext.h"
+
+namespace corvane::dxf {
+namespace {
+
+using testing::TagText;
+
+std::vector<std::filesystem::path> sampleFiles() {
+  std::vector<std::filesystem::path> files;
+  const std::filesystem::path folder = std::filesystem::path(CORVANE_SHARED_DIR) / "samples" / "dxf";
+  if (!std::filesystem::is_directory(folder)) return files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    if (entry.path().extension() == ".dxf") files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::vector<TagText> tagsOf(const Document& doc) {
+  std::vector<TagText> out;
+  auto add = [&](RecordId id) {
+    for (const Tag& tag : doc.tags(id)) out.emplace_back(tag.code, doc.valueText(tag));
+  };
+  if (doc.prologue() != kNoRecord) add(doc.prologue());
+  for (const auto& section : doc.sections()) {
+    add(section.begin);
+    for (RecordId id : section.records)
+      if (!doc.isErased(id)) add(id);
+    add(section.end);
+  }
+  add(doc.eofRecord());
+  return out;
+}
+
+std::string written(const Document& doc, std::optional<FileFormat> format = std::nullopt) {
+  StringSink sink;
+  const Status status = doc.write(sink, format);
+  EXPECT_TRUE(status.ok()) << status.message();
+  return sink.data;
+}
+
+// Two tag lists agree when codes are equal and values are equal as the code's kind reads
+// them: numbers by value (a binary copy spells them its own way), everything else by text.
+void expectSameTags(const std::vector<TagText>& expected, const std::vector<TagText>& actual) {
+  ASSERT_EQ(expected.size(), actual.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    ASSERT_EQ(expected[i].first, actual[i].first) << "tag " << i;
+    const ValueKind kind = valueKind(expected[i].first);
+    if (kind == ValueKind::Double) {
+      const double a = std::stod(expected[i].second);
+      const double b = std::stod(actual[i].second);
+      ASSERT_TRUE(a == b || (std::isnan(a) && std::isnan(b))) << "tag " << i << ": " << expected[i].second;
+    } else if (isNumeric(kind)) {
+      ASSERT_EQ(std::stoll(expected[i].second), std::stoll(actual[i].second)) << "tag " << i;
+    } else if (kind == ValueKind::Chunk) {
+      ASSERT_EQ(expected[i].second, actual[i].second) << "tag " << i;
+    } else {
+      ASSERT_EQ(expected[i].second, actual[i].second) << "tag " << i;
+    }
+  }
+}
+
+TEST(RoundTrip, EverySampleDrawingSavesByteForByteAndTagForTag) {
+  const auto files = sampleFiles();
+  if (files.empty()) GTEST_SKIP() << "no sample drawings at " << CORVANE_SHARED_DIR;
+  for (const auto& file : files) {
+    SCOPED_TRACE(file.filename().string());
+    const std::string original = testing::readBytes(file);
+    const ReadResult read = Document::read(original);
+    ASSERT_TRUE(read.document) << read.error;
+    // Tags as a plain line split sees them, spelling (blanks, padding) included.
+    expectSameTags(testing::splitLines(original), tagsOf(*read.document));
+    EXPECT_TRUE(written(*read.document) == original);
+  }
+}
+
+TEST(RoundTrip, EverySampleDrawingSurvivesBinaryAndBack) {
+  const auto files = sampleFiles();
+  if (files.empty()) GTEST_SKIP() << "no sample drawings at " << CORVANE_SHARED_DIR;
+  for (const auto& file : files) {
+    SCOPED_TRACE(file.filename().string());
+    const ReadResult ascii = Document::readFile(file);
+    ASSERT_TRUE(ascii.document) << ascii.error;
+    const std::string binaryBytes = written(*ascii.document, FileFormat::Binary);
+    const ReadResult binary = Document::read(binaryBytes);
+    ASSERT_TRUE(binary.document) << binary.error;
+    EXPECT_EQ(binary.document->format(), FileFormat::Binary);
+    EXPECT_EQ(binary.document->version(), ascii.document->version());
+    expectSameTags(tagsOf(*ascii.document), tagsOf(*binary.document));
+    // Binary saved as binary is a byte copy too.
+    EXPECT_TRUE(written(*binary.document) == binaryBytes);
+    // And back to ASCII: the same tags once more.
+    const ReadResult again = Document::read(written(*binary.document, FileFormat::Ascii));
+    ASSERT_TRUE(again.document) << again.error;
+    expectSameTags(tagsOf(*ascii.document), tagsOf(*again.document));
+  }
+}
+
+struct GeneratedCase {
+  const char* name;
+  std::string version;
+  std::string codePage;
+  std::string eol;
+  bool byteOrderMark;
+};
+
+TEST(RoundTrip, GeneratedDrawingsKeepTheirSpellingLineEndsAndEncoding) {
+  const std::vector<TagText> entities = {
+      {0, "TEXT"},     {5, "2A"},         {8, "0"},           {10, "  0.0"},    {20, "1.50"}, {30, "0"},
+      {40, "2.5E+01"}, {1, "Stra\xDF" "e \\U+4E2D"}, {999, "a comment"}, {70, "     3"},
+      {1001, "APP"},   {1000, "  leading and trailing  "}, {1070, "-7"}, {1071, "-2147483648"},
+      {310, "00FF10"}, {1004, "AB"}};
+  const GeneratedCase cases[] = {
+      {"R2000 cp1252 LF", "AC1015", "ANSI_1252", "\n", false},
+      {"R2004 cp1252 CRLF", "AC1018", "ANSI_1252", "\r\n", false},
+      {"R12 cp1251 CRLF", "AC1009", "ANSI_1251", "\r\n", false},
+      {"R2018 UTF-8 with BOM", "AC1032", "ANSI_1252", "\r\n", true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::string text = testing::asciiDxf(testing::drawing(c.version, entities, c.codePage), c.eol);
+    if (c.byteOrderMark) text.insert(0, "\xEF\xBB\xBF");
+    const ReadResult read = Document::read(text);
+    ASSERT_TRUE(read.document) << read.error;
+    EXPECT_EQ(read.document->lineEnding(), c.eol);
+    EXPECT_TRUE(written(*read.document) == text);
+    expectSameTags(testing::drawing(c.version, entities, c.codePage), tagsOf(*read.document));
+
+    const std::string binaryBytes = written(*read.document, FileFormat::Binary);
+    const ReadResult binary = Document::read(binaryBytes);
+    ASSERT_TRUE(binary.document) << binary.error;
+    expectSameTags(tagsOf(*read.document), tagsOf(*binary.document));
+    EXPECT_TRUE(written(*binary.document) == binaryBytes);
+  }
+}
+
+TEST(RoundTrip, EditedTagsAreRewrittenAndTheRestStaysAsItWas) {
+  const std::vector<TagText> entities = {{0, "LINE"}, {5, "2A"}, {8, "0"}, {10, "  1.0"}, {20, "2.0"},
+                                         {0, "CIRCLE"}, {5, "2B"}, {8, "0"}, {40, "  3.0"}};
+  const std::string text = testing::asciiDxf(testing::drawing("AC1015", entities), "\r\n");
+  auto doc = std::move(Document::read(text).document);
+  ASSERT_TRUE(doc);
+  const RecordId line = *doc->findHandle(0x2A);
+  doc->setDouble(line, 3, 0.1);
+  const std::string out = written(*doc);
+  // Only the value line of the edited tag differs; the untouched circle keeps its padding.
+  std::string expected = text;
+  const std::string before = " 10\r\n  1.0\r\n";
+  expected.replace(expected.find(before), before.size(), " 10\r\n0.1\r\n");
+  EXPECT_EQ(out, expected);
+}
+
+}  // namespace
+}  // namespace corvane::dxf
