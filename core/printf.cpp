@@ -1,184 +1,324 @@
 #include "core/printf.h"
 
+#include <charconv>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+
+#include "core/utf8.h"
 
 namespace corvane::core {
 
 namespace {
 
+enum Flag : unsigned { kLeft = 1, kPlus = 2, kSpace = 4, kAlternate = 8, kZero = 16 };
+
+enum class Length { kNone, kChar, kShort, kLong, kLongLong, kPointer, kLongDouble, kWide };
+
+// Widths and precisions beyond this are template mistakes, not output anybody wants.
+constexpr std::int64_t kMaxWidth = 1 << 20;
+
 struct Spec {
-  std::string flags;
-  int width = -1;
-  int precision = -1;
-  int bits = 32;  // integer width the length modifier selects
+  unsigned flags = 0;
+  int width = 0;
+  int precision = -1;  // -1: none given
+  Length length = Length::kNone;
   wchar_t conversion = 0;
 };
 
-[[noreturn]] void fail(const char* what) { throw std::invalid_argument(std::string("format: ") + what); }
+class Formatter {
+ public:
+  Formatter(std::wstring_view format, const FormatArg* args, std::size_t count)
+      : format_(format), args_(args), count_(count) {}
 
-const FormatArg& take(const FormatArg* args, std::size_t count, std::size_t& next) {
-  if (next >= count) fail("more conversions than arguments");
-  return args[next++];
-}
+  std::wstring run();
 
-std::int64_t asInteger(const FormatArg& arg) {
-  const auto& v = arg.value();
-  if (const auto* i = std::get_if<std::int64_t>(&v)) return *i;
-  if (const auto* u = std::get_if<std::uint64_t>(&v)) return static_cast<std::int64_t>(*u);
-  if (const auto* c = std::get_if<FormatArg::Char>(&v)) return static_cast<std::int64_t>(c->c);
-  fail("an integer conversion needs an integer argument");
-}
-
-double asReal(const FormatArg& arg) {
-  const auto& v = arg.value();
-  if (const auto* d = std::get_if<double>(&v)) return *d;
-  if (const auto* i = std::get_if<std::int64_t>(&v)) return static_cast<double>(*i);
-  if (const auto* u = std::get_if<std::uint64_t>(&v)) return static_cast<double>(*u);
-  fail("a floating-point conversion needs a number");
-}
-
-void appendAscii(std::wstring& out, const char* text, int length) {
-  for (int i = 0; i < length; ++i) out.push_back(static_cast<wchar_t>(static_cast<unsigned char>(text[i])));
-}
-
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-// Runs the C library's own conversion on a rebuilt narrow spec; the process never changes
-// its locale, so the decimal point is '.'.
-template <typename T>
-void appendNumber(std::wstring& out, const Spec& spec, const char* length, char conversion, T value) {
-  std::string format = "%" + spec.flags;
-  if (spec.width >= 0) format += std::to_string(spec.width);
-  if (spec.precision >= 0) format += "." + std::to_string(spec.precision);
-  format += length;
-  format.push_back(conversion);
-  char small[128];
-  const int n = std::snprintf(small, sizeof small, format.c_str(), value);
-  if (n < 0) fail("conversion failed");
-  if (static_cast<std::size_t>(n) < sizeof small) {
-    appendAscii(out, small, n);
-    return;
+ private:
+  [[noreturn]] void fail(const char* what) const {
+    throw std::invalid_argument("format \"" + toUtf8(format_) + "\", conversion at " + std::to_string(start_) +
+                                ": " + what);
   }
-  std::string big(static_cast<std::size_t>(n) + 1, '\0');
-  std::snprintf(big.data(), big.size(), format.c_str(), value);
-  appendAscii(out, big.data(), n);
-}
-#pragma GCC diagnostic pop
 
-void appendPadded(std::wstring& out, const Spec& spec, std::wstring_view text) {
-  const std::size_t width = spec.width > 0 ? static_cast<std::size_t>(spec.width) : 0;
-  const bool left = spec.flags.find('-') != std::string::npos;
-  if (!left && text.size() < width) out.append(width - text.size(), L' ');
-  out.append(text);
-  if (left && text.size() < width) out.append(width - text.size(), L' ');
-}
-
-void appendInteger(std::wstring& out, const Spec& spec, std::int64_t raw) {
-  const bool isSigned = spec.conversion == L'd' || spec.conversion == L'i';
-  const char conversion = static_cast<char>(spec.conversion);
-  if (isSigned) {
-    std::int64_t v = raw;
-    if (spec.bits == 32) v = static_cast<std::int32_t>(raw);
-    else if (spec.bits == 16) v = static_cast<std::int16_t>(raw);
-    else if (spec.bits == 8) v = static_cast<std::int8_t>(raw);
-    appendNumber(out, spec, "ll", conversion, static_cast<long long>(v));
-  } else {
-    auto v = static_cast<std::uint64_t>(raw);
-    if (spec.bits == 32) v = static_cast<std::uint32_t>(v);
-    else if (spec.bits == 16) v = static_cast<std::uint16_t>(v);
-    else if (spec.bits == 8) v = static_cast<std::uint8_t>(v);
-    appendNumber(out, spec, "ll", conversion, static_cast<unsigned long long>(v));
+  const FormatArg& take() {
+    if (next_ >= count_) fail("more conversions than arguments");
+    return args_[next_++];
   }
-}
-
-}  // namespace
-
-std::wstring vformat(std::wstring_view format, const FormatArg* args, std::size_t count) {
-  std::wstring out;
-  out.reserve(format.size() + 16);
-  std::size_t next = 0;
-  for (std::size_t i = 0; i < format.size(); ++i) {
-    const wchar_t c = format[i];
-    if (c != L'%') {
-      out.push_back(c);
-      continue;
+  std::int64_t takeCount();  // a '*' width or precision
+  // "h" (narrow) and "l"/"w" (wide) only say how wide the caller's characters are; all of
+  // ours are wide.
+  void checkTextLength(const Spec& spec) const {
+    if (spec.length != Length::kNone && spec.length != Length::kShort && spec.length != Length::kLong &&
+        spec.length != Length::kWide) {
+      fail("this length modifier does not apply to %s or %c");
     }
-    if (++i >= format.size()) fail("a lone '%' ends the template");
-    if (format[i] == L'%') {
-      out.push_back(L'%');
+  }
+  void parseSpec(Spec& spec);
+  int parseNumber();
+
+  void appendInteger(const Spec& spec, const FormatArg& arg);
+  void appendReal(const Spec& spec, const FormatArg& arg);
+  void appendText(const Spec& spec, std::wstring_view text);
+  template <typename T>
+  void appendNarrow(const Spec& spec, bool integer, T value);
+
+  std::wstring_view format_;
+  const FormatArg* args_;
+  std::size_t count_;
+  std::size_t next_ = 0;
+  std::size_t pos_ = 0;
+  std::size_t start_ = 0;  // where the current conversion begins, for messages
+  std::wstring out_;
+};
+
+std::wstring Formatter::run() {
+  out_.reserve(format_.size() + 16);
+  while (pos_ < format_.size()) {
+    const std::size_t percent = format_.find(L'%', pos_);
+    out_.append(format_.substr(pos_, percent == std::wstring_view::npos ? std::wstring_view::npos : percent - pos_));
+    if (percent == std::wstring_view::npos) break;
+    start_ = percent;
+    pos_ = percent + 1;
+    if (pos_ < format_.size() && format_[pos_] == L'%') {
+      out_.push_back(L'%');
+      ++pos_;
       continue;
     }
     Spec spec;
-    while (i < format.size() && std::wstring_view(L"-+ #0").find(format[i]) != std::wstring_view::npos) {
-      spec.flags.push_back(static_cast<char>(format[i++]));
-    }
-    if (i < format.size() && format[i] == L'*') {
-      spec.width = static_cast<int>(asInteger(take(args, count, next)));
-      if (spec.width < 0) {
-        spec.flags.push_back('-');
-        spec.width = -spec.width;
-      }
-      ++i;
-    } else {
-      while (i < format.size() && format[i] >= L'0' && format[i] <= L'9') {
-        spec.width = (spec.width < 0 ? 0 : spec.width) * 10 + (format[i++] - L'0');
-        if (spec.width > 100000) fail("field width too large");
-      }
-    }
-    if (i < format.size() && format[i] == L'.') {
-      ++i;
-      spec.precision = 0;
-      if (i < format.size() && format[i] == L'*') {
-        spec.precision = static_cast<int>(asInteger(take(args, count, next)));
-        ++i;
-      } else {
-        while (i < format.size() && format[i] >= L'0' && format[i] <= L'9') {
-          spec.precision = spec.precision * 10 + (format[i++] - L'0');
-          if (spec.precision > 100000) fail("precision too large");
-        }
-      }
-    }
-    // Length: "l" is 32 bits as in the Windows data model the templates come from.
-    if (format.substr(i, 3) == L"I64") spec.bits = 64, i += 3;
-    else if (format.substr(i, 3) == L"I32") spec.bits = 32, i += 3;
-    else if (format.substr(i, 2) == L"ll") spec.bits = 64, i += 2;
-    else if (format.substr(i, 2) == L"hh") spec.bits = 8, i += 2;
-    else if (i < format.size() && format[i] == L'h') spec.bits = 16, ++i;
-    else if (i < format.size() && (format[i] == L'l' || format[i] == L'L' || format[i] == L'w')) ++i;
-    if (i >= format.size()) fail("a conversion is cut off");
-    spec.conversion = format[i];
+    parseSpec(spec);
     switch (spec.conversion) {
-      case L'd': case L'i': case L'u': case L'x': case L'X': case L'o':
-        appendInteger(out, spec, asInteger(take(args, count, next)));
+      case L'd':
+      case L'i':
+      case L'u':
+      case L'x':
+      case L'X':
+      case L'o':
+        appendInteger(spec, take());
         break;
-      case L'e': case L'E': case L'f': case L'F': case L'g': case L'G': case L'a': case L'A':
-        appendNumber(out, spec, "", static_cast<char>(spec.conversion), asReal(take(args, count, next)));
+      case L'e':
+      case L'E':
+      case L'f':
+      case L'g':
+      case L'G':
+        appendReal(spec, take());
         break;
-      case L's': case L'S': {
-        const auto* text = std::get_if<std::wstring_view>(&take(args, count, next).value());
+      case L's': {
+        checkTextLength(spec);
+        const auto* text = std::get_if<std::wstring_view>(&take().value());
         if (!text) fail("%s needs a text argument");
         std::wstring_view shown = *text;
         if (spec.precision >= 0 && shown.size() > static_cast<std::size_t>(spec.precision)) {
           shown = shown.substr(0, static_cast<std::size_t>(spec.precision));
         }
-        appendPadded(out, spec, shown);
+        appendText(spec, shown);
         break;
       }
-      case L'c': case L'C': {
-        const FormatArg& arg = take(args, count, next);
-        wchar_t ch = 0;
-        if (const auto* chr = std::get_if<FormatArg::Char>(&arg.value())) ch = chr->c;
-        else ch = static_cast<wchar_t>(asInteger(arg));
-        appendPadded(out, spec, std::wstring_view(&ch, 1));
+      case L'c': {
+        checkTextLength(spec);
+        const FormatArg::Value& value = take().value();
+        wchar_t c = 0;
+        if (const auto* ch = std::get_if<FormatArg::Char>(&value)) {
+          c = ch->c;
+        } else if (const auto* i = std::get_if<std::int64_t>(&value)) {
+          c = static_cast<wchar_t>(*i);
+        } else if (const auto* u = std::get_if<std::uint64_t>(&value)) {
+          c = static_cast<wchar_t>(*u);
+        } else {
+          fail("%c needs a character or an integer argument");
+        }
+        appendText(spec, std::wstring_view(&c, 1));
         break;
       }
       default:
-        fail("unknown conversion");
+        fail("unknown conversion character");
     }
   }
-  return out;
+  return std::move(out_);
+}
+
+int Formatter::parseNumber() {
+  std::int64_t value = 0;
+  while (pos_ < format_.size() && format_[pos_] >= L'0' && format_[pos_] <= L'9') {
+    value = value * 10 + (format_[pos_++] - L'0');
+    if (value > kMaxWidth) fail("width or precision too large");
+  }
+  return static_cast<int>(value);
+}
+
+std::int64_t Formatter::takeCount() {
+  const FormatArg::Value& value = take().value();
+  std::int64_t n = 0;
+  if (const auto* i = std::get_if<std::int64_t>(&value)) {
+    n = *i;
+  } else if (const auto* u = std::get_if<std::uint64_t>(&value)) {
+    if (*u > static_cast<std::uint64_t>(kMaxWidth)) fail("'*' width or precision too large");
+    n = static_cast<std::int64_t>(*u);
+  } else {
+    fail("'*' needs an integer argument");
+  }
+  if (n > kMaxWidth || n < -kMaxWidth) fail("'*' width or precision too large");
+  return n;
+}
+
+void Formatter::parseSpec(Spec& spec) {
+  for (; pos_ < format_.size(); ++pos_) {
+    const wchar_t c = format_[pos_];
+    if (c == L'-') spec.flags |= kLeft;
+    else if (c == L'+') spec.flags |= kPlus;
+    else if (c == L' ') spec.flags |= kSpace;
+    else if (c == L'#') spec.flags |= kAlternate;
+    else if (c == L'0') spec.flags |= kZero;
+    else break;
+  }
+  if (pos_ < format_.size() && format_[pos_] == L'*') {
+    ++pos_;
+    const std::int64_t width = takeCount();
+    // A negative '*' width means left alignment, as in C.
+    if (width < 0) spec.flags |= kLeft;
+    spec.width = static_cast<int>(width < 0 ? -width : width);
+  } else {
+    spec.width = parseNumber();
+  }
+  if (pos_ < format_.size() && format_[pos_] == L'.') {
+    ++pos_;
+    if (pos_ < format_.size() && format_[pos_] == L'*') {
+      ++pos_;
+      const std::int64_t precision = takeCount();
+      spec.precision = precision < 0 ? -1 : static_cast<int>(precision);
+    } else {
+      spec.precision = parseNumber();
+    }
+  }
+  const std::wstring_view rest = format_.substr(pos_);
+  auto consume = [&](std::size_t n, Length length) {
+    pos_ += n;
+    spec.length = length;
+  };
+  if (rest.starts_with(L"I64")) consume(3, Length::kLongLong);
+  else if (rest.starts_with(L"I32")) consume(3, Length::kLong);
+  else if (rest.starts_with(L"ll")) consume(2, Length::kLongLong);
+  else if (rest.starts_with(L"hh")) consume(2, Length::kChar);
+  else if (rest.starts_with(L"h")) consume(1, Length::kShort);
+  else if (rest.starts_with(L"l")) consume(1, Length::kLong);
+  else if (rest.starts_with(L"I") || rest.starts_with(L"z") || rest.starts_with(L"t") || rest.starts_with(L"j")) {
+    consume(1, Length::kPointer);
+  } else if (rest.starts_with(L"L")) consume(1, Length::kLongDouble);
+  else if (rest.starts_with(L"w")) consume(1, Length::kWide);
+  if (pos_ >= format_.size()) fail("the template ends inside a conversion");
+  spec.conversion = format_[pos_++];
+}
+
+void Formatter::appendInteger(const Spec& spec, const FormatArg& arg) {
+  const FormatArg::Value& value = arg.value();
+  std::uint64_t bits = 0;
+  if (const auto* i = std::get_if<std::int64_t>(&value)) bits = static_cast<std::uint64_t>(*i);
+  else if (const auto* u = std::get_if<std::uint64_t>(&value)) bits = *u;
+  else if (const auto* c = std::get_if<FormatArg::Char>(&value)) bits = static_cast<std::uint64_t>(c->c);
+  else fail("an integer conversion needs an integer argument");
+
+  // The callee sees only as many bits as the length modifier names; int and long are both
+  // 32 bits wide in the data model the templates were written for.
+  int width = 32;
+  switch (spec.length) {
+    case Length::kChar: width = 8; break;
+    case Length::kShort: width = 16; break;
+    case Length::kNone:
+    case Length::kLong: width = 32; break;
+    case Length::kLongLong:
+    case Length::kPointer: width = 64; break;
+    default: fail("this length modifier does not apply to integers");
+  }
+  const bool isSigned = spec.conversion == L'd' || spec.conversion == L'i';
+  if (width < 64) {
+    const std::uint64_t mask = (std::uint64_t{1} << width) - 1;
+    bits &= mask;
+    if (isSigned && (bits >> (width - 1)) != 0) bits |= ~mask;  // sign extension
+  }
+  // The common plain "%d", "%ld", "%u" skip the C library.
+  if (spec.flags == 0 && spec.width == 0 && spec.precision < 0 && spec.conversion != L'x' &&
+      spec.conversion != L'X' && spec.conversion != L'o') {
+    char buffer[24];
+    const auto result = isSigned ? std::to_chars(buffer, buffer + sizeof buffer, static_cast<std::int64_t>(bits))
+                                 : std::to_chars(buffer, buffer + sizeof buffer, bits);
+    for (const char* p = buffer; p != result.ptr; ++p) out_.push_back(static_cast<wchar_t>(*p));
+    return;
+  }
+  if (isSigned) appendNarrow(spec, true, static_cast<long long>(static_cast<std::int64_t>(bits)));
+  else appendNarrow(spec, true, static_cast<unsigned long long>(bits));
+}
+
+void Formatter::appendReal(const Spec& spec, const FormatArg& arg) {
+  if (spec.length != Length::kNone && spec.length != Length::kLong && spec.length != Length::kLongDouble) {
+    fail("this length modifier does not apply to floating point");
+  }
+  const FormatArg::Value& value = arg.value();
+  double real = 0.0;
+  if (const auto* d = std::get_if<double>(&value)) real = *d;
+  else if (const auto* i = std::get_if<std::int64_t>(&value)) real = static_cast<double>(*i);
+  else if (const auto* u = std::get_if<std::uint64_t>(&value)) real = static_cast<double>(*u);
+  else fail("a floating-point conversion needs a number");
+  appendNarrow(spec, false, real);
+}
+
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+// Numbers come from the C library with a rebuilt narrow spec: that is what makes them match
+// the runtime digit for digit. The process never changes its locale, so the point is '.'.
+template <typename T>
+void Formatter::appendNarrow(const Spec& spec, bool integer, T value) {
+  char narrow[48];
+  char* p = narrow;
+  *p++ = '%';
+  if (spec.flags & kLeft) *p++ = '-';
+  if (spec.flags & kPlus) *p++ = '+';
+  if (spec.flags & kSpace) *p++ = ' ';
+  if (spec.flags & kAlternate) *p++ = '#';
+  if (spec.flags & kZero) *p++ = '0';
+  char* const end = narrow + sizeof narrow - 6;  // room for ".", "ll", the conversion and NUL
+  if (spec.width > 0) p = std::to_chars(p, end, spec.width).ptr;
+  if (spec.precision >= 0) {
+    *p++ = '.';
+    p = std::to_chars(p, end, spec.precision).ptr;
+  }
+  if (integer) {
+    *p++ = 'l';
+    *p++ = 'l';
+  }
+  *p++ = static_cast<char>(spec.conversion);
+  *p = '\0';
+
+  char buffer[512];
+  const int n = std::snprintf(buffer, sizeof buffer, narrow, value);
+  if (n < 0) fail("the C library rejected the conversion");
+  const char* text = buffer;
+  std::string big;
+  if (static_cast<std::size_t>(n) >= sizeof buffer) {
+    big.resize(static_cast<std::size_t>(n) + 1);
+    std::snprintf(big.data(), big.size(), narrow, value);
+    text = big.data();
+  }
+  const std::size_t at = out_.size();
+  out_.resize(at + static_cast<std::size_t>(n));
+  for (int k = 0; k < n; ++k) out_[at + static_cast<std::size_t>(k)] = static_cast<wchar_t>(static_cast<unsigned char>(text[k]));
+}
+#pragma GCC diagnostic pop
+
+void Formatter::appendText(const Spec& spec, std::wstring_view text) {
+  const std::size_t width = static_cast<std::size_t>(spec.width);
+  const std::size_t padding = text.size() < width ? width - text.size() : 0;
+  if (spec.flags & kLeft) {
+    out_.append(text);
+    out_.append(padding, L' ');
+    return;
+  }
+  // The Windows runtime honours the '0' flag for texts and characters too.
+  out_.append(padding, (spec.flags & kZero) ? L'0' : L' ');
+  out_.append(text);
+}
+
+}  // namespace
+
+std::wstring vformat(std::wstring_view format, const FormatArg* args, std::size_t count) {
+  return Formatter(format, args, count).run();
 }
 
 }  // namespace corvane::core
