@@ -84,6 +84,17 @@ TEST(FieldEngine, HostEvaluatorsAndHostText) {
   }
 }
 
+TEST(FieldEngine, DisplaysValuesWithTheFieldsFormatAndTheDrawingsUnits) {
+  TestDrawing d;
+  const std::wstring ref = TestDrawing::idReference(d.addCircle(1.5));
+  const auto fixed = d.addField(L"%<\\AcObjProp Object(" + ref + L").Radius \\f \"%lu2%pr2\">%");
+  const auto current = d.addField(L"%<\\AcObjProp Object(" + ref + L").Radius \\f \"%lu2\">%");
+  ASSERT_EQ(d.db.setSysVar(L"LUPREC", {host::RTSHORT, 3}), host::Acad::eOk);
+  d.evaluateAll();
+  EXPECT_EQ(d.field(fixed).getDisplayText(), L"1.50");
+  EXPECT_EQ(d.field(current).getDisplayText(), L"1.500");  // no precision: the drawing's LUPREC
+}
+
 TEST(FieldEngine, ContextAgainstEvaluationOption) {
   TestDrawing d;
   auto& field = d.field(d.addField(L"%<\\AcVar LUNITS>%"));
