@@ -1,0 +1,43 @@
+// The additional-format settings of the measurement fields (prefix, suffix, conversion factor,
+// separators, zero suppression) and the piece of format string they make.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+struct ZeroSuppression {
+  bool leading = false;
+  bool trailing = false;
+  bool zeroFeet = false;
+  bool zeroInches = false;
+
+  // The "%zs" mask: 1 "0 feet", 2 "0 inches", 4 "Leading", 8 "Trailing".
+  int mask() const noexcept;
+  static ZeroSuppression fromMask(int mask) noexcept;
+  bool operator==(const ZeroSuppression&) const = default;
+};
+
+struct AdditionalFormat {
+  double conversionFactor = 1.0;
+  std::wstring prefix;
+  std::wstring suffix;
+  int decimalSeparator = 0;    // character code; 0 the host's default
+  int thousandsSeparator = 0;  // character code; 0 none
+  ZeroSuppression zeros;
+
+  // "%ps[...]", "%ct8[...]", "%ds", "%th" and "%zs", each only when it changes something;
+  // empty when nothing does.
+  std::wstring build(int hostVersion) const;
+  bool operator==(const AdditionalFormat&) const = default;
+};
+
+// Hosts after version 16 read "\\", "\,", "\[" and "\]" inside "%ps[...]" as the plain
+// character; older ones have no escapes.
+constexpr int kLastVersionWithoutEscapes = 16;
+std::wstring escapeAffix(std::wstring_view text);
+// Undoes escapeAffix; a backslash before any other character is kept as it is.
+std::wstring unescapeAffix(std::wstring_view text);
+
+}  // namespace corvane
