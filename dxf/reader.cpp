@@ -206,8 +206,11 @@ class Reader {
     std::size_t pos = kBinarySentinel.size();
     doc.prefixSize_ = static_cast<std::uint32_t>(pos);
     if (n < pos + 2) return fail("byte " + std::to_string(pos) + ": truncated file: no DXF tags after the sentinel");
-    // The first tag is (0, "SECTION"): a second zero byte means two-byte group codes.
-    doc.twoByteCodes_ = src[pos] == 0 && src[pos + 1] == 0;
+    // The first tag is (0, "SECTION") or a 999 comment: two zero bytes, or 999 in two bytes,
+    // mean two-byte group codes; one-byte files have 0 then 'S', or 255 then the code.
+    const auto b0 = static_cast<unsigned char>(src[pos]);
+    const auto b1 = static_cast<unsigned char>(src[pos + 1]);
+    doc.twoByteCodes_ = (b0 == 0 && b1 == 0) || (b0 == 0xE7 && b1 == 0x03);
     doc.tags_.reserve(n / 12);
 
     const auto* base = reinterpret_cast<const unsigned char*>(src.data());

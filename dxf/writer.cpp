@@ -143,6 +143,7 @@ class Writer {
     bool valid = true;
     switch (valueKind(tag.code)) {
       case ValueKind::String:
+        valid = text.find('\0') == std::string_view::npos;  // the zero would end the text early
         buffer_.append(text);
         buffer_.push_back('\0');
         break;
