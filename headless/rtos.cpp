@@ -132,7 +132,8 @@ Magnitude engineering(double magnitude, const RToSSettings& s) {
   const bool withInches = showInches(zeroInches, feetInches) || !withFeet;
   // Next to the feet the inch digit stays, as it does in architectural units ("1'-0.50\"").
   suppressZeros(inchText, (s.dimzin & 4) != 0 && !withFeet, (s.dimzin & 8) != 0);
-  return {feetAndInches(withFeet, wholeNumberText(feet), withInches, inchText, s.unitmode != 0), zeroFeet && zeroInches};
+  return {feetAndInches(withFeet, wholeNumberText(feet), withInches, inchText, s.unitmode != 0),
+          zeroFeet && zeroInches};
 }
 
 // A magnitude rounded to the nearest 1/2^p: whole feet (or units) and the rest counted in 1/2^p.
@@ -143,7 +144,8 @@ struct Counted {
 
 // nullopt when the count no longer fits a double.
 std::optional<Counted> countFractions(double magnitude, int precision, double perWhole) {
-  const double count = std::round(magnitude * (1 << precision));  // exact product; round() breaks ties away from zero
+  const double count =
+      std::round(magnitude * (1 << precision));  // exact product; round() breaks ties away from zero
   if (!std::isfinite(count)) return std::nullopt;
   const double wholeCount = perWhole * (1 << precision);
   const double rest = std::fmod(count, wholeCount);
@@ -158,8 +160,8 @@ std::string fractionText(int numerator, int precision) {
 }
 
 // A whole number and a fraction: "5 1/2", "5-1/2" in the input form, "1/2" alone.
-std::string mixedNumber(const std::string& whole, bool zeroWhole, int numerator, int precision, bool forceWhole,
-                        bool inputForm) {
+std::string mixedNumber(const std::string& whole, bool zeroWhole, int numerator, int precision,
+                        bool forceWhole, bool inputForm) {
   if (numerator == 0) return whole;
   if (zeroWhole && !forceWhole) return fractionText(numerator, precision);
   return whole + (inputForm ? "-" : " ") + fractionText(numerator, precision);
@@ -178,8 +180,9 @@ std::optional<Magnitude> architectural(double magnitude, const RToSSettings& s) 
   // Beside the feet the whole-inch digit is always written: 4'-0 3/4", never 4'-3/4".
   const std::string inchText =
       mixedNumber(std::to_string(inches), inches == 0, numerator, s.precision, withFeet, s.unitmode != 0);
-  return Magnitude{feetAndInches(withFeet, wholeNumberText(counted->whole), withInches, inchText, s.unitmode != 0),
-                   zeroFeet && zeroInches};
+  return Magnitude{
+      feetAndInches(withFeet, wholeNumberText(counted->whole), withInches, inchText, s.unitmode != 0),
+      zeroFeet && zeroInches};
 }
 
 std::optional<Magnitude> fractional(double magnitude, const RToSSettings& s) {

@@ -38,7 +38,18 @@ struct FieldFormat {
   int textCase = 0;
 };
 
-enum class Code { kUnits, kPrecision, kZeros, kConvert, kQuantity, kAffixes, kDecimal, kThousands, kCase, kOther };
+enum class Code {
+  kUnits,
+  kPrecision,
+  kZeros,
+  kConvert,
+  kQuantity,
+  kAffixes,
+  kDecimal,
+  kThousands,
+  kCase,
+  kOther
+};
 
 // The codes the host knows. Angle, file-name, point and the other codes that do not apply to
 // the values formatted here are read and dropped, so that they never show as text.
@@ -48,10 +59,10 @@ std::optional<Code> codeNamed(wchar_t a, wchar_t b) {
     Code code;
   };
   static constexpr Entry kCodes[] = {
-      {L"lu", Code::kUnits},    {L"pr", Code::kPrecision}, {L"zs", Code::kZeros},    {L"ct", Code::kConvert},
-      {L"qf", Code::kQuantity}, {L"ps", Code::kAffixes},   {L"ds", Code::kDecimal},  {L"th", Code::kThousands},
-      {L"tc", Code::kCase},     {L"au", Code::kOther},     {L"fn", Code::kOther},    {L"pt", Code::kOther},
-      {L"sn", Code::kOther},    {L"bl", Code::kOther},     {L"lw", Code::kOther},    {L"ls", Code::kOther},
+      {L"lu", Code::kUnits},    {L"pr", Code::kPrecision}, {L"zs", Code::kZeros},   {L"ct", Code::kConvert},
+      {L"qf", Code::kQuantity}, {L"ps", Code::kAffixes},   {L"ds", Code::kDecimal}, {L"th", Code::kThousands},
+      {L"tc", Code::kCase},     {L"au", Code::kOther},     {L"fn", Code::kOther},   {L"pt", Code::kOther},
+      {L"sn", Code::kOther},    {L"bl", Code::kOther},     {L"lw", Code::kOther},   {L"ls", Code::kOther},
   };
   const wchar_t x = core::toLowerChar(a);
   const wchar_t y = core::toLowerChar(b);
@@ -91,9 +102,9 @@ std::wstring readBracket(std::wstring_view text, std::size_t& pos, bool escapes)
 std::wstring unescape(std::wstring_view text) {
   std::wstring out;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == L'\\' && i + 1 < text.size() && std::wstring_view(L"\\,[]").find(text[i + 1]) != std::wstring_view::npos) {
-      ++i;
-    }
+    const bool escaped = text[i] == L'\\' && i + 1 < text.size() &&
+                         std::wstring_view(L"\\,[]").find(text[i + 1]) != std::wstring_view::npos;
+    if (escaped) ++i;
     out += text[i];
   }
   return out;
@@ -171,8 +182,7 @@ FieldFormat parseFormat(std::wstring_view text) {
       case Code::kCase:
         if (number) f.textCase = *number;
         break;
-      case Code::kOther:
-        break;
+      case Code::kOther: break;
     }
     f.hasCode = true;
     literal = &f.after;
@@ -305,9 +315,9 @@ std::wstring padded(int n, int width) { return core::format(L"%0*d", width, n); 
 // Date pictures as the host's date fields take them: d dd ddd dddd, M MM MMM MMMM, y yy yyyy,
 // h hh H HH, m mm, s ss, t tt; text in single quotes is copied.
 std::wstring datePicture(const DateTime& t, std::wstring_view picture) {
-  static constexpr const wchar_t* kMonths[] = {L"January", L"February", L"March",     L"April",
-                                               L"May",     L"June",     L"July",      L"August",
-                                               L"September", L"October", L"November", L"December"};
+  static constexpr const wchar_t* kMonths[] = {L"January",   L"February", L"March",    L"April",
+                                               L"May",       L"June",     L"July",     L"August",
+                                               L"September", L"October",  L"November", L"December"};
   static constexpr const wchar_t* kDays[] = {L"Sunday",   L"Monday", L"Tuesday", L"Wednesday",
                                              L"Thursday", L"Friday", L"Saturday"};
   std::wstring out;
@@ -327,19 +337,25 @@ std::wstring datePicture(const DateTime& t, std::wstring_view picture) {
     const int hour12 = t.hour % 12 == 0 ? 12 : t.hour % 12;
     switch (c) {
       case L'd':
-        if (n <= 2) out += padded(t.day, n);
-        else out += n == 3 ? std::wstring(kDays[t.weekday], 3) : kDays[t.weekday];
+        if (n <= 2)
+          out += padded(t.day, n);
+        else
+          out += n == 3 ? std::wstring(kDays[t.weekday], 3) : kDays[t.weekday];
         break;
       case L'M':
-        if (n <= 2) out += padded(t.month, n);
-        else out += n == 3 ? std::wstring(kMonths[t.month - 1], 3) : kMonths[t.month - 1];
+        if (n <= 2)
+          out += padded(t.month, n);
+        else
+          out += n == 3 ? std::wstring(kMonths[t.month - 1], 3) : kMonths[t.month - 1];
         break;
       case L'y': out += n <= 2 ? padded(t.year % 100, n) : padded(t.year, 4); break;
       case L'h': out += padded(hour12, std::min(n, 2)); break;
       case L'H': out += padded(t.hour, std::min(n, 2)); break;
       case L'm': out += padded(t.minute, std::min(n, 2)); break;
       case L's': out += padded(t.second, std::min(n, 2)); break;
-      case L't': out += (t.hour < 12 ? std::wstring(L"AM") : std::wstring(L"PM")).substr(0, n == 1 ? 1 : 2); break;
+      case L't':
+        out += (t.hour < 12 ? std::wstring(L"AM") : std::wstring(L"PM")).substr(0, n == 1 ? 1 : 2);
+        break;
       default: out.append(run, c); break;
     }
     i += run;
@@ -415,8 +431,7 @@ std::wstring formatValue(const host::AcValue& value, std::wstring_view format, c
       value.get(id);
       return core::format(L"%llu", id.asOldId());
     }
-    default:
-      return L"";
+    default: return L"";
   }
 }
 

@@ -35,7 +35,8 @@ std::wstring AdditionalFormat::build(int hostVersion) const {
   std::wstring piece;
   if (!prefix.empty() || !suffix.empty()) {
     const bool escape = hostVersion > kLastVersionWithoutEscapes;
-    piece += core::format(L"%%ps[%s,%s]", escape ? escapeAffix(prefix) : prefix, escape ? escapeAffix(suffix) : suffix);
+    piece += core::format(L"%%ps[%s,%s]", escape ? escapeAffix(prefix) : prefix,
+                          escape ? escapeAffix(suffix) : suffix);
   }
   // The factor is written with "%g"; one whose text is "1" would multiply by one and is left out.
   const std::wstring factor = core::format(L"%g", conversionFactor);

@@ -23,7 +23,8 @@ ComboList decimalSeparatorList() {
 }
 
 ComboList thousandsSeparatorList() {
-  return ComboList({{L"(None)", 0}, {L"',' (Comma)", 44}, {L"'.' (Period)", 46}, {L"''' (Single quote)", 39}});
+  return ComboList(
+      {{L"(None)", 0}, {L"',' (Comma)", 44}, {L"'.' (Period)", 46}, {L"''' (Single quote)", 39}});
 }
 
 void fillPrecisionList(FormatHost& host, int unitsItem, ComboList& precision) {

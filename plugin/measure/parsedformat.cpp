@@ -52,7 +52,8 @@ ParsedFormat parseFormat(std::wstring_view format) {
   // The capture is greedy up to the last ']' of the format; reading the number stops at the
   // first character that cannot belong to it, as the C runtime's conversion does.
   if (auto factor = firstCapture(format, L"%ct8\\[{.*}\\]")) parsed.conversionFactor = core::wtof(*factor);
-  if (auto mask = firstCapture(format, L"%zs{[0-9]+}")) parsed.zeros = ZeroSuppression::fromMask(core::wtol(*mask));
+  if (auto mask = firstCapture(format, L"%zs{[0-9]+}"))
+    parsed.zeros = ZeroSuppression::fromMask(core::wtol(*mask));
   return parsed;
 }
 

@@ -50,7 +50,7 @@ TEST(ValueFormatter, EmptyFormatShowsEachTypeTheHostsWay) {
       {AcValue(AcValue::Point3d{0, 0, 0}), L"0.000000, 0.000000, 0.000000"},
       {AcValue(AcValue::Point3d{1.5, -2, 1e-7}), L"1.500000, -2.000000, 0.000000"},
       {AcValue(AcValue::Point2d{3, 4.25}), L"3.000000, 4.250000"},
-      {AcValue(AcValue::Date{45611.0}), L"11/15/2024"},    // 45611 days after 1899-12-30
+      {AcValue(AcValue::Date{45611.0}), L"11/15/2024"},  // 45611 days after 1899-12-30
       {AcValue(AcValue::Date{2.0}), L"1/1/1900"},
       {AcValue(AcValue::Date{-1.25}), L"12/29/1899"},
       {AcValue(AcValue::Date{43942.75}), L"4/21/2020"},  // the time of day does not show
@@ -109,21 +109,21 @@ TEST(ValueFormatter, OwnUnitsAgainstTheDrawingsCurrentUnits) {
       {6.6875, L"%lu4%pr4%zs2", L"0'-6 11/16\""},
       {12.0, L"%lu4%pr4%zs2", L"1'"},
       {12.0, L"%lu4%pr4%zs3", L"1'"},
-      {6.6875, L"%lu6", L"6 3/4\""},              // LUPREC 2, DIMZIN 0
+      {6.6875, L"%lu6", L"6 3/4\""},  // LUPREC 2, DIMZIN 0
       {6.6875, L"", L"6.687500"},
       {6.6875, L"%lu6%pr4", L"6 11/16\""},
-      {6.6875, L"%pr4", L"6 11/16\""},            // no %lu: current units
-      {6.6875, L"%lu6%zs0", L"0'-6 3/4\""},       // an explicit mask wins over DIMZIN
-      {17280.0, L"%lu6%qf1", L"17280.00"},        // an area is never in feet and inches
+      {6.6875, L"%pr4", L"6 11/16\""},       // no %lu: current units
+      {6.6875, L"%lu6%zs0", L"0'-6 3/4\""},  // an explicit mask wins over DIMZIN
+      {17280.0, L"%lu6%qf1", L"17280.00"},   // an area is never in feet and inches
       {6.6875, L"%lu6%pr3%qf1%zs8", L"6.688"},
-      {6.6875, L"%lu2", L"6.69"},                 // own units, current precision
+      {6.6875, L"%lu2", L"6.69"},  // own units, current precision
   };
   expectReals(architectural, {4, 2, 0, 0});
   const RealCase metric[] = {
-      {12.5, L"%lu6", L"12.5"},       // DIMZIN 8 of a metric drawing
-      {12.5, L"%lu2", L"12.500"},     // not with units of the field's own
+      {12.5, L"%lu6", L"12.5"},    // DIMZIN 8 of a metric drawing
+      {12.5, L"%lu2", L"12.500"},  // not with units of the field's own
       {12.5, L"%lu2%zs8", L"12.5"},
-      {17.5, L"%lu9", L"17.5"},       // units out of range: current units
+      {17.5, L"%lu9", L"17.5"},  // units out of range: current units
   };
   expectReals(metric, {2, 3, 8, 0});
   const RealCase inputForm[] = {
@@ -140,7 +140,7 @@ TEST(ValueFormatter, CodesInAnyOrderAndCase) {
       {1234.5, L"%TH44%PR1%LU2", L"1,234.5"},
       {1234.5, L"%zs8%pr3%lu2%ct8[2]%ps[<,>]", L"<2469>"},
       {1234.5, L"Length: %lu2%pr1 mm", L"Length: 1234.5 mm"},
-      {1234.5, L"%lu2 m%pr0", L"1235 m"},           // codes after literal text are still read
+      {1234.5, L"%lu2 m%pr0", L"1235 m"},  // codes after literal text are still read
       {1234.5, L"a%lu2b%pr0c", L"a1235bc"},
       {1234567.0, L"%lu2%pr0%th39", L"1'234'567"},
       {1234567.0, L"%lu2%pr0%th46%ds44", L"1.234.567"},
@@ -159,11 +159,11 @@ TEST(ValueFormatter, PrefixAndSuffixEscapes) {
       {1.0, L"%lu2%pr0%ps[A\\,B,]", L"A,B1"},
       {1.0, L"%lu2%pr0%ps[\\[,\\]]", L"[1]"},
       {1.0, L"%lu2%pr0%ps[\\\\,\\\\]", L"\\1\\"},
-      {1.0, L"%lu2%pr0%ps[a,b,c]", L"a1b,c"},       // the first plain comma divides
-      {1.0, L"%lu2%pr0%ps[x\\y,]", L"x\\y1"},        // other backslashes stay
-      {1.0, L"%lu2%pr0%ps[only]", L"only1"},         // no comma: all prefix
+      {1.0, L"%lu2%pr0%ps[a,b,c]", L"a1b,c"},  // the first plain comma divides
+      {1.0, L"%lu2%pr0%ps[x\\y,]", L"x\\y1"},  // other backslashes stay
+      {1.0, L"%lu2%pr0%ps[only]", L"only1"},   // no comma: all prefix
       {1.0, L"%lu2%pr0%ps[,]", L"1"},
-      {1.0, L"%lu2%pr0%ps[%lu4,]", L"%lu41"},        // codes inside the brackets are text
+      {1.0, L"%lu2%pr0%ps[%lu4,]", L"%lu41"},  // codes inside the brackets are text
   };
   expectReals(cases);
 }
@@ -171,25 +171,25 @@ TEST(ValueFormatter, PrefixAndSuffixEscapes) {
 // Nothing a user can type makes the formatter fail; these fallbacks are the documented ones.
 TEST(ValueFormatter, MalformedFormatsFallBackQuietly) {
   const RealCase cases[] = {
-      {6.6875, L"%lu2%pr2%ps[abc", L"abc6.69"},     // unclosed bracket runs to the end
-      {6.6875, L"%lu2%pr2%ps", L"6.69"},            // no bracket: no prefix or suffix
-      {6.6875, L"%lu2%pr2%ct8[x]", L"6.69"},        // factor that is no number: no conversion
+      {6.6875, L"%lu2%pr2%ps[abc", L"abc6.69"},  // unclosed bracket runs to the end
+      {6.6875, L"%lu2%pr2%ps", L"6.69"},         // no bracket: no prefix or suffix
+      {6.6875, L"%lu2%pr2%ct8[x]", L"6.69"},     // factor that is no number: no conversion
       {6.6875, L"%lu2%pr2%ct8[]", L"6.69"},
       {6.6875, L"%lu2%pr2%ct8", L"6.69"},
-      {6.6875, L"%lu2%pr2%ct8[2", L"13.38"},        // unclosed factor still read
-      {6.6875, L"%lu2%pr2%ct7", L"6.69"},           // unknown conversion
-      {6.6875, L"%lu2%pr99", L"6.68750000"},        // precision clamps at 8
+      {6.6875, L"%lu2%pr2%ct8[2", L"13.38"},  // unclosed factor still read
+      {6.6875, L"%lu2%pr2%ct7", L"6.69"},     // unknown conversion
+      {6.6875, L"%lu2%pr99", L"6.68750000"},  // precision clamps at 8
       {6.6875, L"%lu2%pr99999999999999999999", L"6.68750000"},
-      {6.6875, L"%lu%pr2", L"6.69"},                // no digits: current units
-      {6.6875, L"%lu2%pr", L"6.6875"},              // no digits: current precision
+      {6.6875, L"%lu%pr2", L"6.69"},    // no digits: current units
+      {6.6875, L"%lu2%pr", L"6.6875"},  // no digits: current precision
       {6.6875, L"%lu2%pr2%", L"6.69%"},
       {6.6875, L"%lu2%pr2%%", L"6.69%%"},
-      {6.6875, L"%lu2%pr2%zz9", L"6.69%zz9"},       // not a code: literal
-      {6.6875, L"%lu2%pr2%au0%fn6", L"6.69"},       // codes for other values are dropped
-      {6.6875, L"%lu2%pr2%ds0%th0", L"6.69"},       // separator 0 is the default
-      {6.6875, L"%lu2%pr2%ds99999999", L"6.69"},    // not a character
-      {6.6875, L" m", L"6.6875 m"},                 // no code: number first, current units
-      {0.0, L"%lu2%pr2%ct1", L"inf"},               // reciprocal of zero
+      {6.6875, L"%lu2%pr2%zz9", L"6.69%zz9"},     // not a code: literal
+      {6.6875, L"%lu2%pr2%au0%fn6", L"6.69"},     // codes for other values are dropped
+      {6.6875, L"%lu2%pr2%ds0%th0", L"6.69"},     // separator 0 is the default
+      {6.6875, L"%lu2%pr2%ds99999999", L"6.69"},  // not a character
+      {6.6875, L" m", L"6.6875 m"},               // no code: number first, current units
+      {0.0, L"%lu2%pr2%ct1", L"inf"},             // reciprocal of zero
   };
   expectReals(cases);
   // Not a number, or too large to count in 1/256 of an inch: the C runtime's text.
@@ -225,7 +225,8 @@ TEST(ValueFormatter, IntegersStrings3dPointsAndDatesWithFormats) {
       {AcValue(AcValue::Date{43942.5625}), L"h:mm tt", L"1:30 PM"},
       {AcValue(AcValue::Date{43942.5625}), L"HH:mm:ss", L"13:30:00"},
       {AcValue(AcValue::Date{43942.0}), L"hh 'o''clock' t", L"12 oclock A"},
-      {AcValue(AcValue::Date{43942.999999999}), L"M/d HH:mm:ss", L"4/22 00:00:00"},  // rounds into the next day
+      {AcValue(AcValue::Date{43942.999999999}), L"M/d HH:mm:ss",
+       L"4/22 00:00:00"},  // rounds into the next day
   };
   for (const auto& c : cases) {
     EXPECT_EQ(formatValue(c.value, c.format, kTemplate), c.expected) << c.format;

@@ -50,7 +50,8 @@ TEST(AdditionalFormat, BuildsEachCodeOnlyWhenItChangesSomething) {
       {withFlags(1), kVersion, L"%zs1"},
       {withFlags(8), kVersion, L"%zs8"},
       {withFlags(15), kVersion, L"%zs15"},
-      {{2.54, L"pre", L"suf", 44, 32, ZeroSuppression::fromMask(15)}, kVersion,
+      {{2.54, L"pre", L"suf", 44, 32, ZeroSuppression::fromMask(15)},
+       kVersion,
        L"%ps[pre,suf]%ct8[2.54]%ds44%th32%zs15"},
   };
   for (const auto& c : cases) {
@@ -113,19 +114,19 @@ TEST(ParseFormat, ReadsTheDialogSettingsBack) {
       {L"%lu2%pr3%ct8[2.54]%zs8", 2, 3, none, none, 2.54, 8},
       {L"%lu6%qf1", 6, none, none, none, none, none},
       {L"%lu2%ct4%qf1 SQ. FT.%pr2", 2, 2, none, none, none, none},  // %ct4 is not a factor
-      {L"%ct8[2]%ps[a,b]", none, none, L"a", L"b", 2.0, none},     // greedy capture, number read first
+      {L"%ct8[2]%ps[a,b]", none, none, L"a", L"b", 2.0, none},      // greedy capture, number read first
       {L"%ps[A\\,B,]", none, none, L"A,B", L"", none, none},
       {L"%ps[\\[x\\],\\\\]%lu4", 4, none, L"[x]", L"\\", none, none},
       {L"%ps[a,b,c]", none, none, L"a", L"b,c", none, none},
       {L"%ps[only]", none, none, L"only", L"", none, none},
-      {L"%ps[abc", none, none, L"abc", L"", none, none},       // unclosed: to the end
+      {L"%ps[abc", none, none, L"abc", L"", none, none},  // unclosed: to the end
       {L"%ps[x\\", none, none, L"x\\", L"", none, none},
-      {L"%ct8[abc]", none, none, none, none, 0.0, none},         // no number: the runtime's 0
+      {L"%ct8[abc]", none, none, none, none, 0.0, none},  // no number: the runtime's 0
       {L"%ct8[1.000000000000000E-006]", none, none, none, none, 1e-6, none},
       {L"%ct8[0.0069444444444444]", none, none, none, none, 0.0069444444444444, none},
       {L"%zs0", none, none, none, none, none, 0},
-      {L"%zs15%zs1", none, none, none, none, none, 15},        // the first one counts
-      {L"%LU2%PR2", none, none, none, none, none, none},       // the patterns are case-sensitive
+      {L"%zs15%zs1", none, none, none, none, none, 15},   // the first one counts
+      {L"%LU2%PR2", none, none, none, none, none, none},  // the patterns are case-sensitive
       {L"%lu99999999999", INT32_MAX, none, none, none, none, none},
       {L"%lu%pr", none, none, none, none, none, none},
       {L"1:%lu2%ct1%qf2816", 2, none, none, none, none, none},

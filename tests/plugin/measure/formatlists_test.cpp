@@ -25,8 +25,8 @@ std::vector<ListEntry> samples(std::vector<std::wstring> texts) {
   return entries;
 }
 
-const std::vector<std::wstring> kDecimalSamples = {L"0",      L"0.0",     L"0.00",     L"0.000",     L"0.0000",
-                                                   L"0.00000", L"0.000000", L"0.0000000", L"0.00000000"};
+const std::vector<std::wstring> kDecimalSamples = {
+    L"0", L"0.0", L"0.00", L"0.000", L"0.0000", L"0.00000", L"0.000000", L"0.0000000", L"0.00000000"};
 
 TEST(FormatLists, EntriesAndItemValuesInTheirOrder) {
   EXPECT_EQ(unitsList().entries(), (std::vector<ListEntry>{{L"(none)", 0},
@@ -38,10 +38,9 @@ TEST(FormatLists, EntriesAndItemValuesInTheirOrder) {
                                                            {L"Scientific", 1}}));
   EXPECT_EQ(decimalSeparatorList().entries(),
             (std::vector<ListEntry>{{L"'.' (Period)", 0}, {L"',' (Comma)", 44}, {L"' ' (Space)", 32}}));
-  EXPECT_EQ(thousandsSeparatorList().entries(), (std::vector<ListEntry>{{L"(None)", 0},
-                                                                        {L"',' (Comma)", 44},
-                                                                        {L"'.' (Period)", 46},
-                                                                        {L"''' (Single quote)", 39}}));
+  EXPECT_EQ(thousandsSeparatorList().entries(),
+            (std::vector<ListEntry>{
+                {L"(None)", 0}, {L"',' (Comma)", 44}, {L"'.' (Period)", 46}, {L"''' (Single quote)", 39}}));
 }
 
 TEST(FormatLists, PrecisionSamplesForEachUnits) {
@@ -56,10 +55,12 @@ TEST(FormatLists, PrecisionSamplesForEachUnits) {
       {2, true, samples(kDecimalSamples)},
       {4, true, samples(kDecimalSamples)},  // sampled in decimal, not in feet and inches
       {5, true, samples(kDecimalSamples)},
-      {1, true, samples({L"0E+00", L"0.0E+00", L"0.00E+00", L"0.000E+00", L"0.0000E+00", L"0.00000E+00",
-                         L"0.000000E+00", L"0.0000000E+00", L"0.00000000E+00"})},
-      {3, true, samples({L"0'-0\"", L"0'-0.0\"", L"0'-0.00\"", L"0'-0.000\"", L"0'-0.0000\"", L"0'-0.00000\"",
-                         L"0'-0.000000\"", L"0'-0.0000000\"", L"0'-0.00000000\""})},
+      {1, true,
+       samples({L"0E+00", L"0.0E+00", L"0.00E+00", L"0.000E+00", L"0.0000E+00", L"0.00000E+00",
+                L"0.000000E+00", L"0.0000000E+00", L"0.00000000E+00"})},
+      {3, true,
+       samples({L"0'-0\"", L"0'-0.0\"", L"0'-0.00\"", L"0'-0.000\"", L"0'-0.0000\"", L"0'-0.00000\"",
+                L"0'-0.000000\"", L"0'-0.0000000\"", L"0'-0.00000000\""})},
       {6, false, {}},
   };
   // DIMZIN 12 would write every sample as "0"; the list is made with DIMZIN 1 and the
@@ -90,12 +91,12 @@ TEST(FormatLists, SelectsWhatAFormatNames) {
   const Case cases[] = {
       {L"%lu5%pr3", 2, 5, 3, 10},
       {L"%lu2%pr0", 4, 2, 0, 10},
-      {L"%lu1", 2, 1, -1, 10},            // refilled: "Current precision" selected
-      {L"%lu6%qf1", 4, 4, -1, 10},        // no entry has 6: the selection stays, its list is refilled
-      {L"%lu2%pr9", 2, 2, -1, 10},        // no precision 9: the first entry stays selected
+      {L"%lu1", 2, 1, -1, 10},               // refilled: "Current precision" selected
+      {L"%lu6%qf1", 4, 4, -1, 10},           // no entry has 6: the selection stays, its list is refilled
+      {L"%lu2%pr9", 2, 2, -1, 10},           // no precision 9: the first entry stays selected
       {L"%lu0%pr2", 2, 0, std::nullopt, 0},  // "(none)" empties the precision list
       {L"%pr2", 0, 0, std::nullopt, 0},
-      {L"", 3, 3, std::nullopt, 0},        // nothing read: lists as they were
+      {L"", 3, 3, std::nullopt, 0},  // nothing read: lists as they were
   };
   for (const auto& c : cases) {
     Drawing d;

@@ -25,7 +25,8 @@ class HeadlessFormatHost : public FormatHost {
   }
   bool getShortVar(std::wstring_view name, int& value) override {
     host::ResBuf rb;
-    if (db_.getSysVar(name, rb) != host::Acad::eOk || !std::holds_alternative<std::int32_t>(rb.value)) return false;
+    if (db_.getSysVar(name, rb) != host::Acad::eOk || !std::holds_alternative<std::int32_t>(rb.value))
+      return false;
     value = std::get<std::int32_t>(rb.value);
     return true;
   }
@@ -33,8 +34,9 @@ class HeadlessFormatHost : public FormatHost {
     return db_.setSysVar(name, {host::RTSHORT, std::int32_t{value}}) == host::Acad::eOk;
   }
   std::wstring formatValue(const host::AcValue& value, const std::wstring& format) override {
-    return headless::formatValue(value, format,
-                                 {shortVar(L"LUNITS"), shortVar(L"LUPREC"), shortVar(L"DIMZIN"), shortVar(L"UNITMODE")});
+    return headless::formatValue(
+        value, format,
+        {shortVar(L"LUNITS"), shortVar(L"LUPREC"), shortVar(L"DIMZIN"), shortVar(L"UNITMODE")});
   }
   int hostVersion() override { return version_; }
 
