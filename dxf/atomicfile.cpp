@@ -58,7 +58,11 @@ std::filesystem::path AtomicFile::backupPath(const std::filesystem::path& target
 
 Status AtomicFile::open() {
   discard();
-  std::string pattern = (target_.parent_path() / ("." + target_.filename().string() + ".saving-XXXXXX")).string();
+  // Hidden, and named after the drawing so that a left-over from a killed process explains itself.
+  std::string base = target_.filename().string();
+  base.insert(base.begin(), '.');
+  base.append(".saving-XXXXXX");
+  const std::string pattern = (target_.parent_path() / base).string();
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   fd_ = ::mkstemp(name.data());

@@ -32,19 +32,42 @@ const char* kindName(ValueKind kind) {
   return kind == ValueKind::Double ? "a real number" : "an integer";
 }
 
+// Checks the spelling of a number without converting it. Only a real number with an exponent
+// or very many digits can be out of range; those go through the full conversion.
 bool validNumber(ValueKind kind, std::string_view text) noexcept {
-  if (kind == ValueKind::Double) {
-    double value = 0;
-    return parseDouble(text, value);
+  const char* p = text.data();
+  const char* end = p + text.size();
+  while (p < end && (*p == ' ' || *p == '\t')) ++p;
+  while (end > p && (end[-1] == ' ' || end[-1] == '\t')) --end;
+  const char* first = p;
+  if (p < end && (*p == '-' || *p == '+')) ++p;
+  const char* digits = p;
+  while (p < end && *p >= '0' && *p <= '9') ++p;
+  std::size_t count = static_cast<std::size_t>(p - digits);
+  if (kind != ValueKind::Double) {
+    if (p != end || count == 0) return false;
+    if (count > 18) {
+      std::int64_t value = 0;
+      return kind == ValueKind::Int64 && parseInteger({first, static_cast<std::size_t>(end - first)}, value);
+    }
+    std::int64_t value = 0;
+    for (const char* d = digits; d < end; ++d) value = value * 10 + (*d - '0');
+    if (*first == '-') value = -value;
+    switch (kind) {
+      case ValueKind::Int16: return value >= -32768 && value <= 65535;
+      case ValueKind::Int32: return value >= -2147483648ll && value <= 4294967295ll;
+      case ValueKind::Bool: return value >= -128 && value <= 255;
+      default: return true;
+    }
   }
-  std::int64_t value = 0;
-  if (!parseInteger(text, value)) return false;
-  switch (kind) {
-    case ValueKind::Int16: return value >= -32768 && value <= 65535;
-    case ValueKind::Int32: return value >= -2147483648ll && value <= 4294967295ll;
-    case ValueKind::Bool: return value >= -128 && value <= 255;
-    default: return true;
+  if (p < end && *p == '.') {
+    const char* fraction = ++p;
+    while (p < end && *p >= '0' && *p <= '9') ++p;
+    count += static_cast<std::size_t>(p - fraction);
   }
+  if (p == end && count > 0 && count < 300) return true;
+  double value = 0;
+  return parseDouble({first, static_cast<std::size_t>(end - first)}, value);
 }
 
 // Group code lines are short: blanks, an optional minus, digits, blanks. Returns false for
@@ -82,7 +105,7 @@ class Reader {
     if (src.size() >= Tag::kNotRead) return failed("the file is larger than 4 GiB, which is not supported");
     const bool binary = src.compare(0, 18, kBinarySentinel.substr(0, 18)) == 0;
     if (binary ? !scanBinary() : !scanAscii()) return failed(std::move(error_));
-    if (!buildStructure()) return failed(std::move(error_));
+    if (!finishStructure()) return failed(std::move(error_));
     readHeader();
     return {std::move(doc_), {}};
   }
@@ -108,6 +131,7 @@ class Reader {
     const auto index = static_cast<std::uint32_t>(tags.size());
     tags.push_back(tag);
     if (tag.code == 0) {
+      if (!records.empty() && !placeRecord(records.size() - 1)) return false;
       Document::Record record;
       record.first = index;
       record.count = 1;
@@ -211,57 +235,17 @@ class Reader {
     const auto b0 = static_cast<unsigned char>(src[pos]);
     const auto b1 = static_cast<unsigned char>(src[pos + 1]);
     doc.twoByteCodes_ = (b0 == 0 && b1 == 0) || (b0 == 0xE7 && b1 == 0x03);
-    doc.tags_.reserve(n / 12);
-
-    const auto* base = reinterpret_cast<const unsigned char*>(src.data());
+    // Binary tags vary too much in size to guess their number; a first pass counts them so
+    // that the tag list is allocated once, at its final size.
+    std::size_t count = 0;
+    Tag tag;
+    for (std::size_t at = pos; at < n && decodeBinaryTag(at, tag, false); at = tag.end()) {
+      ++count;
+      if (isEof(tag)) break;
+    }
+    doc.tags_.reserve(count + 1);
     while (pos < n) {
-      const std::size_t start = pos;
-      int code;
-      if (doc.twoByteCodes_) {
-        if (n - pos < 2) return fail("byte " + std::to_string(pos) + ": truncated file: half a group code");
-        code = static_cast<std::int16_t>(base[pos] | (base[pos + 1] << 8));
-        pos += 2;
-      } else if (base[pos] == 255) {
-        if (n - pos < 3) return fail("byte " + std::to_string(pos) + ": truncated file: half a group code");
-        code = static_cast<std::int16_t>(base[pos + 1] | (base[pos + 2] << 8));
-        pos += 3;
-      } else {
-        code = base[pos++];
-      }
-
-      Tag tag;
-      tag.start = static_cast<std::uint32_t>(start);
-      tag.code = static_cast<std::int16_t>(code);
-      std::size_t size = 0;
-      switch (valueKind(code)) {
-        case ValueKind::String: {
-          const void* zero = std::memchr(base + pos, 0, n - pos);
-          if (zero == nullptr)
-            return fail("byte " + std::to_string(start) + ": truncated file: the text of group code " +
-                        std::to_string(code) + " has no terminating zero byte");
-          size = static_cast<std::size_t>(static_cast<const unsigned char*>(zero) - (base + pos));
-          tag.form = TagForm::BinaryString;
-          break;
-        }
-        case ValueKind::Chunk:
-          if (pos >= n)
-            return fail("byte " + std::to_string(start) + ": truncated file: binary data of group code " +
-                        std::to_string(code) + " has no length byte");
-          size = base[pos++];
-          tag.form = TagForm::BinaryChunk;
-          break;
-        case ValueKind::Double: size = 8; tag.form = TagForm::BinaryDouble; break;
-        case ValueKind::Int16: size = 2; tag.form = TagForm::BinaryInt16; break;
-        case ValueKind::Int32: size = 4; tag.form = TagForm::BinaryInt32; break;
-        case ValueKind::Int64: size = 8; tag.form = TagForm::BinaryInt64; break;
-        case ValueKind::Bool: size = 1; tag.form = TagForm::BinaryBool; break;
-      }
-      if (tag.form != TagForm::BinaryString && n - pos < size)
-        return fail("byte " + std::to_string(start) + ": truncated file: group code " + std::to_string(code) +
-                    " needs " + std::to_string(size) + " value bytes, " + std::to_string(n - pos) + " left");
-      tag.value = static_cast<std::uint32_t>(pos);
-      tag.size = static_cast<std::uint32_t>(size);
-      if (!addTag(tag)) return false;
+      if (!decodeBinaryTag(pos, tag, true) || !addTag(tag)) return false;
       pos = tag.end();
       if (isEof(tag)) break;
     }
@@ -269,48 +253,106 @@ class Reader {
     return true;
   }
 
-  bool buildStructure() {
+  // The tag at `pos`; false when the file ends inside it (with the reason when `report`).
+  bool decodeBinaryTag(std::size_t pos, Tag& tag, bool report) {
+    const std::string& src = doc_->source_;
+    const std::size_t n = src.size();
+    const auto* base = reinterpret_cast<const unsigned char*>(src.data());
+    const std::size_t start = pos;
+    int code;
+    if (doc_->twoByteCodes_) {
+      if (n - pos < 2) return report && fail("byte " + std::to_string(pos) + ": truncated file: half a group code");
+      code = static_cast<std::int16_t>(base[pos] | (base[pos + 1] << 8));
+      pos += 2;
+    } else if (base[pos] == 255) {
+      if (n - pos < 3) return report && fail("byte " + std::to_string(pos) + ": truncated file: half a group code");
+      code = static_cast<std::int16_t>(base[pos + 1] | (base[pos + 2] << 8));
+      pos += 3;
+    } else {
+      code = base[pos++];
+    }
+    tag.start = static_cast<std::uint32_t>(start);
+    tag.code = static_cast<std::int16_t>(code);
+    std::size_t size = 0;
+    switch (valueKind(code)) {
+      case ValueKind::String: {
+        const void* zero = std::memchr(base + pos, 0, n - pos);
+        if (zero == nullptr)
+          return report && fail("byte " + std::to_string(start) + ": truncated file: the text of group code " +
+                                std::to_string(code) + " has no terminating zero byte");
+        size = static_cast<std::size_t>(static_cast<const unsigned char*>(zero) - (base + pos));
+        tag.form = TagForm::BinaryString;
+        break;
+      }
+      case ValueKind::Chunk:
+        if (pos >= n)
+          return report && fail("byte " + std::to_string(start) + ": truncated file: binary data of group code " +
+                                std::to_string(code) + " has no length byte");
+        size = base[pos++];
+        tag.form = TagForm::BinaryChunk;
+        break;
+      case ValueKind::Double: size = 8; tag.form = TagForm::BinaryDouble; break;
+      case ValueKind::Int16: size = 2; tag.form = TagForm::BinaryInt16; break;
+      case ValueKind::Int32: size = 4; tag.form = TagForm::BinaryInt32; break;
+      case ValueKind::Int64: size = 8; tag.form = TagForm::BinaryInt64; break;
+      case ValueKind::Bool: size = 1; tag.form = TagForm::BinaryBool; break;
+    }
+    if (tag.form != TagForm::BinaryString && n - pos < size)
+      return report && fail("byte " + std::to_string(start) + ": truncated file: group code " + std::to_string(code) +
+                            " needs " + std::to_string(size) + " value bytes, " + std::to_string(n - pos) + " left");
+    tag.value = static_cast<std::uint32_t>(pos);
+    tag.size = static_cast<std::uint32_t>(size);
+    return true;
+  }
+
+  // Places a complete record: sections open and close, everything else goes into the open
+  // section. Done while the record's bytes are still in the cache.
+  bool placeRecord(std::size_t r) {
     Document& doc = *doc_;
     auto& records = doc.records_;
-    std::size_t r = 0;
-    if (!records.empty() && doc.tags_[records[0].first].code != 0) doc.prologue_ = static_cast<RecordId>(r++);
-    bool inside = false;
-    Section section;
-    for (; r < records.size(); ++r) {
-      const auto id = static_cast<RecordId>(r);
-      const std::string_view type = doc.recordType(id);
-      const std::uint32_t first = records[r].first;
-      if (!inside) {
-        if (type == "SECTION") {
-          if (records[r].count < 2 || doc.tags_[first + 1].code != 2)
-            return fail(where(first) + ": expected the section name (group code 2) after SECTION");
-          if (doc.sections_.size() + 1 >= Document::kNoSection) return fail(where(first) + ": too many sections");
-          section = Section{id, {}, kNoRecord};
-          records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
-          inside = true;
-        } else if (type == "EOF") {
-          doc.eof_ = id;
-        } else {
-          return fail(where(first) + ": expected SECTION or EOF, found " + quoted(type));
-        }
-        continue;
-      }
-      if (type == "ENDSEC") {
-        section.end = id;
-        records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
-        doc.sections_.push_back(std::move(section));
-        inside = false;
-      } else if (type == "SECTION" || type == "EOF") {
-        return fail(where(first) + ": section " + sectionName(section) + " begun on " +
-                    where(records[section.begin].first) + " has no ENDSEC before this " + std::string(type));
-      } else {
-        records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
-        section.records.push_back(id);
-      }
+    const auto id = static_cast<RecordId>(r);
+    const std::uint32_t first = records[r].first;
+    if (doc.tags_[first].code != 0) {
+      doc.prologue_ = id;
+      return true;
     }
-    if (inside)
-      return fail("truncated file: section " + sectionName(section) + " begun on " +
-                  where(records[section.begin].first) + " has no ENDSEC");
+    const std::string_view type = doc.recordType(id);
+    if (!inside_) {
+      if (type == "SECTION") {
+        if (records[r].count < 2 || doc.tags_[first + 1].code != 2)
+          return fail(where(first) + ": expected the section name (group code 2) after SECTION");
+        if (doc.sections_.size() + 1 >= Document::kNoSection) return fail(where(first) + ": too many sections");
+        section_ = Section{id, {}, kNoRecord};
+        records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
+        inside_ = true;
+      } else if (type == "EOF") {
+        doc.eof_ = id;
+      } else {
+        return fail(where(first) + ": expected SECTION or EOF, found " + quoted(type));
+      }
+      return true;
+    }
+    if (type == "ENDSEC") {
+      section_.end = id;
+      records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
+      doc.sections_.push_back(std::move(section_));
+      inside_ = false;
+    } else if (type == "SECTION" || type == "EOF") {
+      return fail(where(first) + ": section " + sectionName(section_) + " begun on " +
+                  where(records[section_.begin].first) + " has no ENDSEC before this " + std::string(type));
+    } else {
+      records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
+      section_.records.push_back(id);
+    }
+    return true;
+  }
+
+  bool finishStructure() {
+    Document& doc = *doc_;
+    if (!doc.records_.empty() && !placeRecord(doc.records_.size() - 1)) return false;
+    if (inside_)
+      return fail("truncated file: section " + sectionName(section_) + " begun on " +
+                  where(doc.records_[section_.begin].first) + " has no ENDSEC");
     if (doc.eof_ == kNoRecord) return fail("truncated file: no EOF after the last section");
     return true;
   }
@@ -337,6 +379,8 @@ class Reader {
 
   std::unique_ptr<Document> doc_;
   std::string error_;
+  bool inside_ = false;  // a section is open
+  Section section_;
 };
 
 ReadResult Document::read(std::string bytes) { return Reader(std::move(bytes)).run(); }
