@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <cstring>
 
 #include "dxf/document.h"
@@ -108,9 +107,10 @@ class Writer {
   void asciiTag(const Tag& tag) {
     flushRaw();
     const std::string_view eol = doc_.lineEnding();
-    char code[8];
-    const int length = std::snprintf(code, sizeof code, doc_.paddedCodes_ ? "%3d" : "%d", tag.code);
-    buffer_.append(code, static_cast<std::size_t>(length));
+    const std::size_t codeAt = buffer_.size();
+    appendInteger(buffer_, tag.code);
+    const std::size_t width = buffer_.size() - codeAt;
+    if (doc_.paddedCodes_ && width < 3) buffer_.insert(codeAt, 3 - width, ' ');
     buffer_.append(eol);
     const std::size_t valueAt = buffer_.size();
     doc_.appendValueText(tag, buffer_);
