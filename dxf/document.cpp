@@ -43,6 +43,18 @@ NewTag NewTag::integer(std::int16_t code, std::int64_t value) {
 
 NewTag NewTag::handle(std::int16_t code, std::uint64_t value) { return {code, formatHandle(value)}; }
 
+std::unique_ptr<Document> Document::create(std::string_view version) {
+  const bool valid = version.size() == 6 && version.starts_with("AC") &&
+                     version.find_first_not_of("0123456789", 2) == std::string_view::npos;
+  if (!valid) throw std::invalid_argument("not a DXF version: '" + std::string(version) + "'");
+  // The host writes CRLF line ends and right-aligned group codes; new drawings look the same.
+  std::string text = "  0\r\nSECTION\r\n  2\r\nHEADER\r\n  9\r\n$ACADVER\r\n  1\r\n";
+  text += version;
+  text += "\r\n  9\r\n$DWGCODEPAGE\r\n  3\r\nANSI_1252\r\n  9\r\n$HANDSEED\r\n  5\r\n1\r\n"
+          "  0\r\nENDSEC\r\n  0\r\nEOF\r\n";
+  return std::move(read(std::move(text)).document);
+}
+
 // --- structure
 
 std::string_view Document::sectionName(std::size_t section) const {

@@ -71,6 +71,9 @@ class Document {
   // Reads a whole file held in memory; the document keeps the bytes.
   static ReadResult read(std::string bytes);
   static ReadResult readFile(const std::filesystem::path& path);
+  // A new ASCII drawing with only a HEADER ($ACADVER, $DWGCODEPAGE, $HANDSEED); the sections
+  // a drawing needs are added by whoever fills it. The version is "AC1009" to "AC1032".
+  static std::unique_ptr<Document> create(std::string_view version);
 
   Document(const Document&) = delete;
   Document& operator=(const Document&) = delete;

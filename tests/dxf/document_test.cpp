@@ -178,5 +178,27 @@ TEST(Document, NewSectionsAndTagsFollowTheFilesSpelling) {
   EXPECT_EQ(sink.data.substr(sink.data.size() - expectedEnd.size()), expectedEnd);
 }
 
+TEST(Document, NewDrawingsStartWithAHeaderOnly) {
+  auto doc = Document::create("AC1032");
+  ASSERT_TRUE(doc);
+  EXPECT_TRUE(doc->isUnicodeVersion());
+  EXPECT_EQ(doc->lineEnding(), "\r\n");
+  ASSERT_EQ(doc->sections().size(), 1u);
+  EXPECT_EQ(doc->allocateHandle(), 1u);
+  const std::size_t entities = doc->insertSection(1, "ENTITIES");
+  const NewTag text[] = {{0, "TEXT"}, NewTag::handle(5, doc->allocateHandle()), {1, doc->encodeText(L"\u00E4")}};
+  doc->insertRecord(entities, 0, text);
+
+  StringSink sink;
+  ASSERT_TRUE(doc->write(sink).ok());
+  EXPECT_EQ(testing::splitLines(sink.data),
+            (std::vector<testing::TagText>{{0, "SECTION"}, {2, "HEADER"}, {9, "$ACADVER"}, {1, "AC1032"},
+                                           {9, "$DWGCODEPAGE"}, {3, "ANSI_1252"}, {9, "$HANDSEED"}, {5, "3"},
+                                           {0, "ENDSEC"}, {0, "SECTION"}, {2, "ENTITIES"}, {0, "TEXT"}, {5, "2"},
+                                           {1, "\xC3\xA4"}, {0, "ENDSEC"}, {0, "EOF"}}));
+  EXPECT_THROW(Document::create("R2018"), std::invalid_argument);
+  EXPECT_THROW(Document::create("AC10\n5"), std::invalid_argument);
+}
+
 }  // namespace
 }  // namespace corvane::dxf
