@@ -1,107 +1,133 @@
 #include "core/matchgroups.h"
 
-#include <memory>
-#include <optional>
+#include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace corvane::core {
 
 namespace {
 
-// ---- Parsing: the pattern into a small tree --------------------------------------------
-
-struct Node {
-  enum Kind { kLiteral, kAny, kSet, kConcat, kAlternate, kStar, kPlus, kQuestion, kGroup } kind;
-  wchar_t literal = 0;
-  int set = -1;
-  int capture = -1;  // kGroup: the capture index, or -1 for a plain group
-  std::vector<std::unique_ptr<Node>> children;
-};
+// ---- Parsing: the pattern into a small tree ----------------------------------------------
 
 struct CharSet {
   bool negated = false;
-  std::vector<std::pair<wchar_t, wchar_t>> ranges;
-  bool contains(wchar_t c) const {
+  std::uint64_t ascii[2] = {0, 0};                            // members below U+0080
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> ranges;  // members from U+0080 on
+
+  // Code units compare unsigned here, as everywhere else in the matcher.
+  void add(std::uint32_t low, std::uint32_t high) {
+    for (std::uint32_t c = low; c <= high && c < 0x80; ++c) ascii[c >> 6] |= std::uint64_t{1} << (c & 63);
+    if (high >= 0x80) ranges.emplace_back(low < 0x80 ? 0x80u : low, high);
+  }
+  bool contains(wchar_t ch) const noexcept {
+    const auto c = static_cast<std::uint32_t>(ch);
     bool in = false;
-    for (const auto& [low, high] : ranges) {
-      if (c >= low && c <= high) {
-        in = true;
-        break;
+    if (c < 0x80) {
+      in = (ascii[c >> 6] >> (c & 63)) & 1u;
+    } else {
+      for (const auto& [low, high] : ranges) {
+        if (c >= low && c <= high) {
+          in = true;
+          break;
+        }
       }
     }
     return in != negated;
   }
 };
 
+struct Node {
+  enum Kind { kLiteral, kAny, kSet, kConcat, kAlternate, kStar, kPlus, kQuestion, kCapture, kGroup };
+  Kind kind;
+  wchar_t literal = 0;
+  int index = -1;             // kSet: the set; kCapture: the capture number
+  std::vector<int> children;  // indexes into the parser's node list
+};
+
 class Parser {
  public:
   explicit Parser(std::wstring_view pattern) : p_(pattern) {}
 
-  std::unique_ptr<Node> parse() {
-    auto node = alternation();
-    if (!node || pos_ != p_.size()) return nullptr;  // a stray ')' or '}'
-    return node;
+  // The root node, or -1 when the pattern does not parse.
+  int parse() {
+    const int root = alternation();
+    if (root < 0 || pos_ != p_.size()) return -1;  // a stray ')' or '}'
+    return root;
   }
-  int captures() const { return captures_; }
-  std::vector<CharSet> takeSets() { return std::move(sets_); }
+
+  std::vector<Node> nodes;
+  std::vector<CharSet> sets;
+  int captures = 0;
 
  private:
-  static constexpr int kMaxDepth = 500;
+  // Deeper nesting than any real pattern needs is refused rather than risking the stack.
+  static constexpr int kMaxDepth = 256;
 
-  static std::unique_ptr<Node> make(Node::Kind kind) {
-    auto node = std::make_unique<Node>();
-    node->kind = kind;
-    return node;
+  int make(Node::Kind kind) {
+    nodes.push_back(Node{kind, 0, -1, {}});
+    return static_cast<int>(nodes.size()) - 1;
   }
 
-  std::unique_ptr<Node> alternation() {
-    if (++depth_ > kMaxDepth) return nullptr;
-    auto left = concatenation();
-    if (!left) return nullptr;
+  int alternation() {
+    if (++depth_ > kMaxDepth) return -1;
+    const int first = concatenation();
+    if (first < 0) return -1;
+    if (pos_ >= p_.size() || p_[pos_] != L'|') {
+      --depth_;
+      return first;
+    }
+    const int alt = make(Node::kAlternate);
+    nodes[static_cast<std::size_t>(alt)].children.push_back(first);
     while (pos_ < p_.size() && p_[pos_] == L'|') {
       ++pos_;
-      auto right = concatenation();
-      if (!right) return nullptr;
-      auto alt = make(Node::kAlternate);
-      alt->children.push_back(std::move(left));
-      alt->children.push_back(std::move(right));
-      left = std::move(alt);
+      const int next = concatenation();
+      if (next < 0) return -1;
+      nodes[static_cast<std::size_t>(alt)].children.push_back(next);
     }
     --depth_;
-    return left;
+    return alt;
   }
 
-  std::unique_ptr<Node> concatenation() {
-    auto cat = make(Node::kConcat);
+  int concatenation() {
+    const int cat = make(Node::kConcat);
     while (pos_ < p_.size() && p_[pos_] != L'|' && p_[pos_] != L')' && p_[pos_] != L'}') {
-      auto item = repetition();
-      if (!item) return nullptr;
-      cat->children.push_back(std::move(item));
+      const int item = repetition();
+      if (item < 0) return -1;
+      nodes[static_cast<std::size_t>(cat)].children.push_back(item);
     }
     return cat;
   }
 
-  std::unique_ptr<Node> repetition() {
-    auto item = atom();
-    if (!item) return nullptr;
-    while (pos_ < p_.size() && (p_[pos_] == L'*' || p_[pos_] == L'+' || p_[pos_] == L'?')) {
-      const wchar_t op = p_[pos_++];
-      auto rep = make(op == L'*' ? Node::kStar : op == L'+' ? Node::kPlus : Node::kQuestion);
-      rep->children.push_back(std::move(item));
-      item = std::move(rep);
+  int repetition() {
+    const int item = atom();
+    if (item < 0 || pos_ >= p_.size()) return item;
+    Node::Kind kind;
+    switch (p_[pos_]) {
+      case L'*': kind = Node::kStar; break;
+      case L'+': kind = Node::kPlus; break;
+      case L'?': kind = Node::kQuestion; break;
+      default: return item;
     }
-    return item;
+    ++pos_;
+    const int rep = make(kind);
+    nodes[static_cast<std::size_t>(rep)].children.push_back(item);
+    return rep;  // a second repeat right after this one finds nothing to repeat in atom()
   }
 
-  std::unique_ptr<Node> atom() {
+  int atom() {
     const wchar_t c = p_[pos_++];
     switch (c) {
-      case L'*': case L'+': case L'?':
-        return nullptr;  // a repeat with nothing before it
+      case L'*':
+      case L'+':
+      case L'?':
+      case L']':
+        return -1;  // a repeat with nothing before it, or a bracket never opened
       case L'\\': {
-        if (pos_ >= p_.size()) return nullptr;
-        auto node = make(Node::kLiteral);
-        node->literal = p_[pos_++];
+        if (pos_ >= p_.size()) return -1;
+        const int node = make(Node::kLiteral);
+        nodes[static_cast<std::size_t>(node)].literal = p_[pos_++];
         return node;
       }
       case L'.':
@@ -110,67 +136,71 @@ class Parser {
         return charSet();
       case L'{':
       case L'(': {
-        auto group = make(Node::kGroup);
-        if (c == L'{') group->capture = captures_++;
-        auto inner = alternation();
-        if (!inner || pos_ >= p_.size() || p_[pos_] != (c == L'{' ? L'}' : L')')) return nullptr;
+        const bool capture = c == L'{';
+        const int number = capture ? captures++ : -1;
+        const int inner = alternation();
+        if (inner < 0 || pos_ >= p_.size() || p_[pos_] != (capture ? L'}' : L')')) return -1;
         ++pos_;
-        group->children.push_back(std::move(inner));
+        const int group = make(capture ? Node::kCapture : Node::kGroup);
+        nodes[static_cast<std::size_t>(group)].index = number;
+        nodes[static_cast<std::size_t>(group)].children.push_back(inner);
         return group;
       }
       default: {
-        auto node = make(Node::kLiteral);
-        node->literal = c;
+        const int node = make(Node::kLiteral);
+        nodes[static_cast<std::size_t>(node)].literal = c;
         return node;
       }
     }
   }
 
-  std::unique_ptr<Node> charSet() {
+  // One member of a set, with its escape resolved; false at the end of the pattern.
+  bool setMember(wchar_t& c) {
+    if (pos_ >= p_.size()) return false;
+    c = p_[pos_++];
+    if (c != L'\\') return true;
+    if (pos_ >= p_.size()) return false;
+    c = p_[pos_++];
+    return true;
+  }
+
+  int charSet() {
     CharSet set;
     if (pos_ < p_.size() && p_[pos_] == L'^') {
       set.negated = true;
       ++pos_;
     }
+    // A ']' first in the set is a member, so "[]" is never a complete (empty) set.
     bool first = true;
-    while (pos_ < p_.size() && (p_[pos_] != L']' || first)) {
+    while (pos_ < p_.size() && (first || p_[pos_] != L']')) {
       first = false;
-      wchar_t low = p_[pos_++];
-      if (low == L'\\') {
-        if (pos_ >= p_.size()) return nullptr;
-        low = p_[pos_++];
-      }
+      wchar_t low = 0;
+      if (!setMember(low)) return -1;
       wchar_t high = low;
       if (pos_ + 1 < p_.size() && p_[pos_] == L'-' && p_[pos_ + 1] != L']') {
         ++pos_;
-        high = p_[pos_++];
-        if (high == L'\\') {
-          if (pos_ >= p_.size()) return nullptr;
-          high = p_[pos_++];
-        }
-        if (high < low) return nullptr;
+        if (!setMember(high) || static_cast<std::uint32_t>(high) < static_cast<std::uint32_t>(low)) return -1;
       }
-      set.ranges.emplace_back(low, high);
+      set.add(static_cast<std::uint32_t>(low), static_cast<std::uint32_t>(high));
     }
-    if (pos_ >= p_.size() || set.ranges.empty()) return nullptr;  // unclosed or empty
+    if (pos_ >= p_.size()) return -1;
     ++pos_;
-    auto node = make(Node::kSet);
-    node->set = static_cast<int>(sets_.size());
-    sets_.push_back(std::move(set));
+    const int node = make(Node::kSet);
+    nodes[static_cast<std::size_t>(node)].index = static_cast<int>(sets.size());
+    sets.push_back(std::move(set));
     return node;
   }
 
   std::wstring_view p_;
   std::size_t pos_ = 0;
   int depth_ = 0;
-  int captures_ = 0;
-  std::vector<CharSet> sets_;
 };
 
-// ---- Compiling: the tree into a program for the simulation -------------------------------
+// ---- Compiling: the tree into a program -----------------------------------------------------
 
 struct Inst {
-  enum Op { kChar, kAny, kSet, kSplit, kJump, kSave, kMatch } op;
+  enum Op : std::uint8_t { kChar, kAny, kSet, kSplit, kJump, kSave, kMatch };
+  Op op;
   wchar_t c = 0;
   int x = 0;  // kSplit: the preferred branch; kJump: the target; kSave: the slot; kSet: the set
   int y = 0;  // kSplit: the other branch
@@ -178,51 +208,62 @@ struct Inst {
 
 class Compiler {
  public:
+  explicit Compiler(const std::vector<Node>& nodes) : nodes_(nodes) {}
+
   std::vector<Inst> program;
 
-  void emit(const Node& node) {
+  void emit(int index) {
+    const Node& node = nodes_[static_cast<std::size_t>(index)];
     switch (node.kind) {
-      case Node::kLiteral: program.push_back({Inst::kChar, node.literal, 0, 0}); break;
-      case Node::kAny: program.push_back({Inst::kAny, 0, 0, 0}); break;
-      case Node::kSet: program.push_back({Inst::kSet, 0, node.set, 0}); break;
+      case Node::kLiteral: add({Inst::kChar, node.literal, 0, 0}); break;
+      case Node::kAny: add({Inst::kAny, 0, 0, 0}); break;
+      case Node::kSet: add({Inst::kSet, 0, node.index, 0}); break;
       case Node::kConcat:
-        for (const auto& child : node.children) emit(*child);
+        for (const int child : node.children) emit(child);
         break;
       case Node::kAlternate: {
-        const int split = add({Inst::kSplit, 0, 0, 0});
-        program[split].x = here();
-        emit(*node.children[0]);
-        const int jump = add({Inst::kJump, 0, 0, 0});
-        program[split].y = here();
-        emit(*node.children[1]);
-        program[jump].x = here();
+        std::vector<int> exits;
+        for (std::size_t k = 0; k < node.children.size(); ++k) {
+          const bool last = k + 1 == node.children.size();
+          const int split = last ? -1 : add({Inst::kSplit, 0, 0, 0});
+          if (!last) program[static_cast<std::size_t>(split)].x = here();
+          emit(node.children[k]);
+          if (!last) {
+            exits.push_back(add({Inst::kJump, 0, 0, 0}));
+            program[static_cast<std::size_t>(split)].y = here();
+          }
+        }
+        for (const int jump : exits) program[static_cast<std::size_t>(jump)].x = here();
         break;
       }
       case Node::kStar: {
         const int split = add({Inst::kSplit, 0, 0, 0});
-        program[split].x = here();
-        emit(*node.children[0]);
+        program[static_cast<std::size_t>(split)].x = here();
+        emit(node.children[0]);
         add({Inst::kJump, 0, split, 0});
-        program[split].y = here();
+        program[static_cast<std::size_t>(split)].y = here();
         break;
       }
       case Node::kPlus: {
         const int start = here();
-        emit(*node.children[0]);
+        emit(node.children[0]);
         add({Inst::kSplit, 0, start, here() + 1});
         break;
       }
       case Node::kQuestion: {
         const int split = add({Inst::kSplit, 0, 0, 0});
-        program[split].x = here();
-        emit(*node.children[0]);
-        program[split].y = here();
+        program[static_cast<std::size_t>(split)].x = here();
+        emit(node.children[0]);
+        program[static_cast<std::size_t>(split)].y = here();
         break;
       }
+      case Node::kCapture:
+        add({Inst::kSave, 0, 2 * node.index, 0});
+        emit(node.children[0]);
+        add({Inst::kSave, 0, 2 * node.index + 1, 0});
+        break;
       case Node::kGroup:
-        if (node.capture >= 0) add({Inst::kSave, 0, 2 * node.capture, 0});
-        emit(*node.children[0]);
-        if (node.capture >= 0) add({Inst::kSave, 0, 2 * node.capture + 1, 0});
+        emit(node.children[0]);
         break;
     }
   }
@@ -233,93 +274,231 @@ class Compiler {
     program.push_back(inst);
     return here() - 1;
   }
+
+  const std::vector<Node>& nodes_;
 };
 
-// ---- Running: threads in priority order, one step per character -------------------------
+// ---- Running: all threads in step, in priority order ---------------------------------------
+//
+// Each thread is a program counter with the saves made along its path. A thread reaches a
+// program counter at a text position only if no thread of higher priority reached it there
+// first, which keeps the work per character bounded by the program size while still choosing
+// the match a backtracking matcher would choose first.
+//
+// The saves of all threads form one shared log: a save appends a node pointing at the saves
+// before it, so stepping or forking a thread costs the same whatever the number of captures.
+// Nodes are counted references and go back to a free list when no thread needs them.
 
-struct Thread {
-  int pc;
-  std::vector<int> saves;
-};
-
-class Machine {
+template <typename Pos>
+class SaveLog {
  public:
-  Machine(const std::vector<Inst>& program, const std::vector<CharSet>& sets, int slots)
-      : program_(program), sets_(sets), slots_(slots), mark_(program.size(), -1) {}
+  static constexpr Pos kNone = std::numeric_limits<Pos>::max();
 
-  std::optional<std::vector<int>> run(std::wstring_view text) {
-    std::vector<Thread> current, next;
-    std::optional<std::vector<int>> best;
-    int generation = 0;
-    for (std::size_t pos = 0;; ++pos) {
-      // A new attempt starting here ranks below every attempt that started earlier.
-      if (!best) add(current, 0, pos, std::vector<int>(static_cast<std::size_t>(slots_), -1), generation);
-      if (current.empty()) break;
-      ++generation;
-      next.clear();
-      for (auto& thread : current) {
-        const Inst& inst = program_[static_cast<std::size_t>(thread.pc)];
-        if (inst.op == Inst::kMatch) {
-          best = std::move(thread.saves);
-          break;  // the threads after this one rank lower
-        }
-        if (pos >= text.size()) continue;
-        const wchar_t c = text[pos];
-        const bool step = inst.op == Inst::kAny || (inst.op == Inst::kChar && inst.c == c) ||
-                          (inst.op == Inst::kSet && sets_[static_cast<std::size_t>(inst.x)].contains(c));
-        if (step) add(next, thread.pc + 1, pos + 1, std::move(thread.saves), generation);
-      }
-      std::swap(current, next);
-      if (pos >= text.size()) {
-        // Past the end only matches can be left; take the best of them.
-        for (auto& thread : current) {
-          if (program_[static_cast<std::size_t>(thread.pc)].op == Inst::kMatch) {
-            best = std::move(thread.saves);
-            break;
-          }
-        }
-        break;
-      }
+  // A node for `slot` = `pos` after `parent`, taking over the caller's reference to parent.
+  Pos append(Pos parent, std::uint32_t slot, Pos pos) {
+    Pos i;
+    if (!free_.empty()) {
+      i = free_.back();
+      free_.pop_back();
+    } else {
+      i = static_cast<Pos>(nodes_.size());
+      nodes_.emplace_back();
     }
-    return best;
+    nodes_[i] = Node{parent, slot, pos, 1};
+    return i;
+  }
+  void retain(Pos i) {
+    if (i != kNone) ++nodes_[i].refs;
+  }
+  void release(Pos i) {
+    while (i != kNone && --nodes_[i].refs == 0) {
+      free_.push_back(i);
+      i = nodes_[i].parent;
+    }
+  }
+  // The latest save of each slot along the path ending at `i`.
+  void read(Pos i, std::vector<Pos>& slots, Pos unset) const {
+    for (; i != kNone; i = nodes_[i].parent) {
+      if (slots[nodes_[i].slot] == unset) slots[nodes_[i].slot] = nodes_[i].pos;
+    }
   }
 
  private:
-  // Follows jumps, splits and saves from pc, in priority order, without recursion.
-  void add(std::vector<Thread>& list, int pc, std::size_t pos, std::vector<int> saves, int generation) {
-    std::vector<Thread> stack;
-    stack.push_back({pc, std::move(saves)});
-    while (!stack.empty()) {
-      Thread t = std::move(stack.back());
-      stack.pop_back();
-      auto& mark = mark_[static_cast<std::size_t>(t.pc)];
-      if (mark == generation) continue;
-      mark = generation;
-      const Inst& inst = program_[static_cast<std::size_t>(t.pc)];
-      switch (inst.op) {
-        case Inst::kJump:
-          stack.push_back({inst.x, std::move(t.saves)});
-          break;
-        case Inst::kSplit:
-          stack.push_back({inst.y, t.saves});
-          stack.push_back({inst.x, std::move(t.saves)});
-          break;
-        case Inst::kSave:
-          t.saves[static_cast<std::size_t>(inst.x)] = static_cast<int>(pos);
-          stack.push_back({t.pc + 1, std::move(t.saves)});
-          break;
-        default:
-          list.push_back(std::move(t));
-          break;
+  struct Node {
+    Pos parent;
+    std::uint32_t slot;
+    Pos pos;
+    Pos refs;
+  };
+  std::vector<Node> nodes_;
+  std::vector<Pos> free_;
+};
+
+template <typename Pos>
+class Machine {
+ public:
+  static constexpr Pos kUnset = std::numeric_limits<Pos>::max();
+  static constexpr Pos kNone = SaveLog<Pos>::kNone;
+
+  Machine(const std::vector<Inst>& program, const std::vector<CharSet>& sets)
+      : program_(program.data()), sets_(sets), mark_(program.size(), kUnset) {
+    current_.reserve(program.size());
+    next_.reserve(program.size());
+  }
+
+  // The leftmost match: fills `slots` (already sized, all kUnset) and returns true, or false.
+  bool run(std::wstring_view text, std::vector<Pos>& slots) {
+    wchar_t first = 0;
+    const bool hasFirst = firstChar(first);
+    bool matched = false;
+    for (std::size_t pos = 0; pos <= text.size(); ++pos) {
+      if (!matched) {
+        if (current_.count == 0 && hasFirst) {
+          // Nothing is under way: jump to where a match can begin.
+          const std::size_t at = text.find(first, pos);
+          if (at == std::wstring_view::npos) break;
+          pos = at;
+        }
+        // A new attempt ranks below every attempt that started earlier.
+        addThread(current_, 0, pos, kNone);
       }
+      if (current_.count == 0) break;
+      next_.count = 0;
+      const wchar_t c = pos < text.size() ? text[pos] : 0;
+      bool cut = false;
+      for (std::size_t t = 0; t < current_.count; ++t) {
+        const int pc = current_.pcs[t];
+        const Pos saves = current_.saves[t];
+        const Inst& inst = program_[pc];
+        if (cut) {
+          log_.release(saves);  // ranks below the match found
+        } else if (inst.op == Inst::kMatch) {
+          matched = true;
+          cut = true;
+          std::fill(slots.begin(), slots.end(), kUnset);
+          log_.read(saves, slots, kUnset);
+          log_.release(saves);
+        } else if (pos < text.size() && consumes(inst, c)) {
+          addThread(next_, pc + 1, pos + 1, saves);
+        } else {
+          log_.release(saves);
+        }
+      }
+      std::swap(current_, next_);
+    }
+    return matched;
+  }
+
+ private:
+  struct ThreadList {
+    std::vector<int> pcs;
+    std::vector<Pos> saves;  // the last node of each thread's saves
+    std::size_t count = 0;
+
+    void reserve(std::size_t programSize) {
+      pcs.resize(programSize);
+      saves.resize(programSize);
+    }
+  };
+
+  // A branch of the closure walk waiting its turn, holding a reference to its saves.
+  struct Job {
+    int pc;
+    Pos saves;
+  };
+
+  bool consumes(const Inst& inst, wchar_t c) const {
+    switch (inst.op) {
+      case Inst::kChar: return inst.c == c;
+      case Inst::kAny: return true;
+      case Inst::kSet: return sets_[static_cast<std::size_t>(inst.x)].contains(c);
+      default: return false;
     }
   }
 
-  const std::vector<Inst>& program_;
+  // Whether every match must begin with one particular character, and which: then the
+  // search can skip text that cannot start a match.
+  bool firstChar(wchar_t& c) {
+    ThreadList start;
+    start.reserve(mark_.size());
+    addThread(start, 0, 0, kNone, kUnset - 1);
+    bool single = start.count > 0;
+    for (std::size_t t = 0; t < start.count && single; ++t) {
+      const Inst& inst = program_[start.pcs[t]];
+      if (inst.op != Inst::kChar || (t > 0 && inst.c != c)) single = false;
+      c = inst.c;
+    }
+    for (std::size_t t = 0; t < start.count; ++t) log_.release(start.saves[t]);
+    std::fill(mark_.begin(), mark_.end(), kUnset);
+    return single;
+  }
+
+  // Adds the threads reachable from pc without consuming, in priority order, each with the
+  // saves along its path. Takes over the caller's reference to `saves`. The list built for a
+  // text position is told apart by the position itself.
+  void addThread(ThreadList& list, int pc, std::size_t pos, Pos saves) {
+    addThread(list, pc, pos, saves, static_cast<Pos>(pos));
+  }
+
+  void addThread(ThreadList& list, int pc, std::size_t pos, Pos saves, Pos stamp) {
+    Pos* const mark = mark_.data();
+    Job job{pc, saves};
+    for (;;) {
+      Pos current = job.saves;
+      // Follow the preferred way at once; only the other branch of a split waits.
+      for (int at = job.pc;;) {
+        if (mark[at] == stamp) {
+          log_.release(current);  // a thread of higher priority got here first
+          break;
+        }
+        mark[at] = stamp;
+        const Inst& inst = program_[at];
+        if (inst.op == Inst::kJump) {
+          at = inst.x;
+        } else if (inst.op == Inst::kSplit) {
+          log_.retain(current);
+          stack_.push_back({inst.y, current});
+          at = inst.x;
+        } else if (inst.op == Inst::kSave) {
+          current = log_.append(current, static_cast<std::uint32_t>(inst.x), static_cast<Pos>(pos));
+          ++at;
+        } else {
+          list.pcs[list.count] = at;
+          list.saves[list.count] = current;
+          ++list.count;
+          break;
+        }
+      }
+      if (stack_.empty()) break;
+      job = stack_.back();
+      stack_.pop_back();
+    }
+  }
+
+  const Inst* program_;
   const std::vector<CharSet>& sets_;
-  int slots_;
-  std::vector<int> mark_;
+  std::vector<Pos> mark_;  // per program counter: the stamp of the list that holds it
+  SaveLog<Pos> log_;
+  std::vector<Job> stack_;
+  ThreadList current_, next_;
 };
+
+template <typename Pos>
+bool matchWith(std::wstring_view text, const Parser& parser, const std::vector<Inst>& program,
+               std::vector<std::wstring>& captures) {
+  using Run = Machine<Pos>;
+  std::vector<Pos> slots(2 * static_cast<std::size_t>(parser.captures), Run::kUnset);
+  Run machine(program, parser.sets);
+  if (!machine.run(text, slots)) return false;
+  captures.reserve(static_cast<std::size_t>(parser.captures));
+  for (std::size_t i = 0; i < slots.size(); i += 2) {
+    const Pos begin = slots[i];
+    const Pos end = slots[i + 1];
+    if (begin == Run::kUnset || end == Run::kUnset || end < begin) captures.emplace_back();
+    else captures.emplace_back(text.substr(begin, end - begin));
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -327,24 +506,17 @@ bool MatchGroups(std::wstring_view text, std::wstring_view pattern, std::vector<
   captures.clear();
   if (text.empty() || pattern.empty()) return false;
   Parser parser(pattern);
-  const auto tree = parser.parse();
-  if (!tree) return false;
-  const std::vector<CharSet> sets = parser.takeSets();
-  Compiler compiler;
-  compiler.emit(*tree);
+  const int root = parser.parse();
+  if (root < 0) return false;
+  Compiler compiler(parser.nodes);
+  compiler.emit(root);
   compiler.program.push_back({Inst::kMatch, 0, 0, 0});
-
-  Machine machine(compiler.program, sets, 2 * parser.captures());
-  const auto saves = machine.run(text);
-  if (!saves) return false;
-  for (int i = 0; i < parser.captures(); ++i) {
-    const int start = (*saves)[static_cast<std::size_t>(2 * i)];
-    const int end = (*saves)[static_cast<std::size_t>(2 * i + 1)];
-    captures.emplace_back(start >= 0 && end >= start ? std::wstring(text.substr(static_cast<std::size_t>(start),
-                                                                               static_cast<std::size_t>(end - start)))
-                                                     : std::wstring());
+  // Positions (and the save log's size) fit in 32 bits for any text short of four thousand
+  // million characters, which halves the memory the simulation touches.
+  if (text.size() < std::numeric_limits<std::uint32_t>::max() - 2) {
+    return matchWith<std::uint32_t>(text, parser, compiler.program, captures);
   }
-  return true;
+  return matchWith<std::size_t>(text, parser, compiler.program, captures);
 }
 
 }  // namespace corvane::core

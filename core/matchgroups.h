@@ -6,9 +6,18 @@
 //   ?       zero-or-one, greedy        {...}   a capture group (braces may nest)
 //   (...)   a group that captures nothing      a|b    either alternative
 //
-// Matching is case-sensitive and finds the leftmost match, preferring longer repetitions the
-// way a backtracking matcher would; captures come back in the order of their opening braces.
-// It runs in O(text length x pattern length) time on every input: there is no backtracking.
+// In a set, a ']' right after "[" or "[^" is a member, and \x is x. Outside sets, characters
+// not listed above stand for themselves: '^' and '$' are not anchors.
+//
+// Matching is case-sensitive and finds the leftmost match, preferring longer repetitions and
+// earlier alternatives the way a backtracking matcher would; captures come back in the order
+// of their opening braces. A capture inside a repeat holds its last pass; one that took no
+// part in the match is empty. There is no backtracking: the time is bounded by text length x
+// pattern length steps on every input (each step carries the capture positions along).
+//
+// A pattern does not parse when a brace, parenthesis or bracket is unbalanced, a backslash
+// ends it, a repeat has nothing before it (a second repeat right after one included), a range
+// runs backwards, or groups nest more than 256 deep.
 #pragma once
 
 #include <string>
