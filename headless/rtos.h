@@ -15,8 +15,8 @@ struct RToSSettings {
   int unitmode = 0;   // 1: the input form without blanks ("1'5-1/2\"")
 };
 
-// The text of `value` in the given units; nullopt when the units or the precision is out of
-// range or the value is not a finite number (where the host call fails).
+// The text of `value` in the given units; nullopt where the host call fails: units or precision
+// out of range, a value that is not a finite number, or one too large to count in 1/2^p.
 std::optional<std::wstring> rtos(double value, const RToSSettings& settings);
 
 }  // namespace corvane::headless
