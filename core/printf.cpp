@@ -256,6 +256,23 @@ void Formatter::appendReal(const Spec& spec, const FormatArg& arg) {
   else if (const auto* i = std::get_if<std::int64_t>(&value)) real = static_cast<double>(*i);
   else if (const auto* u = std::get_if<std::uint64_t>(&value)) real = static_cast<double>(*u);
   else fail("a floating-point conversion needs a number");
+  // Without flags or width, to_chars gives the C library's digits (the standard defines it
+  // by printf's %e, %f and %g) at a fraction of the cost: "%G" runs on every formula result.
+  if (spec.flags == 0 && spec.width == 0) {
+    const bool upper = spec.conversion == L'E' || spec.conversion == L'G';
+    const std::chars_format form = spec.conversion == L'f'                              ? std::chars_format::fixed
+                                   : (spec.conversion == L'e' || spec.conversion == L'E') ? std::chars_format::scientific
+                                                                                          : std::chars_format::general;
+    char buffer[400];
+    const auto result = std::to_chars(buffer, buffer + sizeof buffer, real, form, spec.precision < 0 ? 6 : spec.precision);
+    if (result.ec == std::errc()) {
+      for (const char* p = buffer; p != result.ptr; ++p) {
+        const char ch = upper && *p >= 'a' && *p <= 'z' ? static_cast<char>(*p - 'a' + 'A') : *p;
+        out_.push_back(static_cast<wchar_t>(ch));
+      }
+      return;
+    }
+  }
   appendNarrow(spec, false, real);
 }
 

@@ -31,15 +31,16 @@ void appendUtf8(std::string& out, std::uint32_t cp) {
 }  // namespace
 
 std::wstring fromUtf8(std::string_view text) {
-  std::wstring out;
-  out.reserve(text.size());
+  // Never more characters than bytes: write into a buffer of that size, cut it at the end.
+  std::wstring out(text.size(), L'\0');
+  wchar_t* o = out.data();
   const auto* p = reinterpret_cast<const unsigned char*>(text.data());
   const std::size_t n = text.size();
   std::size_t i = 0;
   while (i < n) {
     const unsigned char lead = p[i];
     if (lead < 0x80) {
-      out.push_back(static_cast<wchar_t>(lead));
+      *o++ = static_cast<wchar_t>(lead);
       ++i;
       continue;
     }
@@ -59,7 +60,7 @@ std::wstring fromUtf8(std::string_view text) {
       if (lead == 0xF4) high = 0x8F;
     }
     if (length == 0 || i + 1 >= n || p[i + 1] < low || p[i + 1] > high) {
-      out.push_back(kReplacement);
+      *o++ = kReplacement;
       ++i;
       continue;
     }
@@ -67,15 +68,16 @@ std::wstring fromUtf8(std::string_view text) {
     std::size_t taken = 2;
     while (taken < length && i + taken < n && isContinuation(p[i + taken])) ++taken;
     if (taken < length) {
-      out.push_back(kReplacement);
+      *o++ = kReplacement;
       i += taken;
       continue;
     }
     std::uint32_t cp = lead & (length == 2 ? 0x1Fu : length == 3 ? 0x0Fu : 0x07u);
     for (std::size_t k = 1; k < length; ++k) cp = (cp << 6) | (p[i + k] & 0x3Fu);
-    out.push_back(static_cast<wchar_t>(cp));
+    *o++ = static_cast<wchar_t>(cp);
     i += length;
   }
+  out.resize(static_cast<std::size_t>(o - out.data()));
   return out;
 }
 

@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <cstdint>
+#include <iterator>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -128,6 +130,25 @@ TEST(Printf, TextsAndCharactersArePaddedByCharacter) {
       {L"%.*f", {2, 3.14159}, L"3.14"},
       {L"%.*f", {-1, 1.5}, L"1.500000"},
   });
+}
+
+TEST(Printf, PlainRealsAgreeWithTheFlaggedRoute) {
+  // A width of 1 never changes a number's text but sends it through the C library, while the
+  // plain conversion takes the shortcut: both must print the same characters.
+  std::mt19937_64 rng(11);
+  const wchar_t* const plain[] = {L"%G", L"%g", L"%e", L"%E", L"%f", L"%.0G", L"%.3e", L"%.10g", L"%.2f", L"%.17G"};
+  const wchar_t* const routed[] = {L"%1G",   L"%1g",   L"%1e",    L"%1E",    L"%1f",
+                                   L"%1.0G", L"%1.3e", L"%1.10g", L"%1.2f", L"%1.17G"};
+  std::vector<double> values = {0.0, -0.0, 1e-5, 0.0001, 1234567.0, 999999.5, 2.5, 1e300, 5e-324, HUGE_VAL, -HUGE_VAL};
+  for (int i = 0; i < 2000; ++i) {
+    values.push_back(std::ldexp(static_cast<double>(rng() >> 11), static_cast<int>(rng() % 140) - 100));
+    values.push_back(static_cast<double>(static_cast<std::int64_t>(rng() % 2000000) - 1000000) / 1000.0);
+  }
+  for (const double v : values) {
+    for (std::size_t k = 0; k < std::size(plain); ++k) {
+      ASSERT_EQ(format(plain[k], v), format(routed[k], v)) << plain[k] << L" " << v;
+    }
+  }
 }
 
 TEST(Printf, LongOutputs) {
