@@ -58,7 +58,7 @@ std::size_t digitsEnd(std::wstring_view text, std::size_t i) noexcept {
 
 // An exponent at `i`: its letter, an optional sign and at least one decimal digit. Returns
 // where it ends (`i` itself when there is none) and its value, clamped far beyond any double.
-std::size_t exponentEnd(std::wstring_view text, std::size_t i, wchar_t lower, long& value) noexcept {
+std::size_t exponentEnd(std::wstring_view text, std::size_t i, wchar_t lower, std::int64_t& value) noexcept {
   value = 0;
   if (i >= text.size() || (text[i] != lower && text[i] != lower - (L'a' - L'A'))) return i;
   std::size_t k = i + 1;
@@ -67,7 +67,7 @@ std::size_t exponentEnd(std::wstring_view text, std::size_t i, wchar_t lower, lo
   const std::size_t end = digitsEnd(text, k);
   if (end == k) return i;
   for (; k < end; ++k) {
-    if (value < 100000000) value = value * 10 + (text[k] - L'0');
+    if (value < 100000000000000000) value = value * 10 + (text[k] - L'0');
   }
   if (negative) value = -value;
   return end;
@@ -79,18 +79,18 @@ struct NumberSpan {
   std::size_t begin = 0;  // first character passed to from_chars (after the sign and any "0x")
   std::size_t end = 0;    // one past the number
   bool hex = false;
-  long magnitude = 0;  // >0: the value is at least 1; <=0: below 1
+  std::int64_t magnitude = 0;  // >0: the value is at least 1; <=0: below 1
 };
 
 // Position of the leading digits in units of the radix (before the exponent): the count of
 // significant integer digits, or minus the zeros that follow the point before the first
 // non-zero digit.
-long leadingMagnitude(std::wstring_view text, std::size_t begin, std::size_t point, std::size_t end) noexcept {
+std::int64_t leadingMagnitude(std::wstring_view text, std::size_t begin, std::size_t point, std::size_t end) noexcept {
   std::size_t i = begin;
   while (i < point && text[i] == L'0') ++i;
-  if (i < point) return static_cast<long>(point - i);
+  if (i < point) return static_cast<std::int64_t>(point - i);
   std::size_t k = point < end ? point + 1 : end;
-  long zeros = 0;
+  std::int64_t zeros = 0;
   while (k < end && text[k] == L'0') ++k, ++zeros;
   return -zeros;
 }
@@ -113,7 +113,7 @@ bool scanNumber(std::wstring_view text, std::size_t i, NumberSpan& span) noexcep
     if (digits > 0) {
       span.hex = true;
       span.begin = i + 2;
-      long exponent = 0;
+      std::int64_t exponent = 0;
       span.end = exponentEnd(text, k, L'p', exponent);
       span.magnitude = 4 * leadingMagnitude(text, span.begin, point, k) + exponent;
       return true;
@@ -132,7 +132,7 @@ bool scanNumber(std::wstring_view text, std::size_t i, NumberSpan& span) noexcep
   }
   if (digits == 0) return false;
   span.begin = i;
-  long exponent = 0;
+  std::int64_t exponent = 0;
   span.end = exponentEnd(text, k, L'e', exponent);
   span.magnitude = leadingMagnitude(text, i, point, k) + exponent;
   return true;

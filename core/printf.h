@@ -6,7 +6,13 @@
 // given, is a programming error and throws std::invalid_argument.
 //
 // Length modifiers follow the Windows data model the templates were written for: "l" is 32
-// bits (%ld, %lu, %08lx), "ll" and "I64" are 64 bits, "h" is 16 bits.
+// bits (%ld, %lu, %08lx), "ll" and "I64" are 64 bits, "h" is 16 bits; an integer argument is
+// cut to that width the way the callee of a C call would see it. A modifier that means
+// nothing for its conversion ("%Ld", "%hf") is a programming error too.
+//
+// Widths and precisions of %s and %c count characters; the '0' flag pads them with zeros, as
+// the Windows runtime does. Infinities and NaNs print as "inf" and "nan" ("INF", "NAN" for
+// %E and %G).
 #pragma once
 
 #include <cstdint>
