@@ -12,6 +12,8 @@ int main(int argc, char** argv) {
 
   corvane::cli::Action action;
   corvane::cli::addDemoCommand(app, action);
+  corvane::cli::addRtosCommand(app, action);
+  corvane::cli::addFormatCommand(app, action);
 
   try {
     app.parse(argc, argv);

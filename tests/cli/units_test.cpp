@@ -1,0 +1,100 @@
+// The rtos and format commands of the corvane program.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct CommandRun {
+  int exitCode = -1;
+  std::string out;
+};
+
+std::string quoted(const std::string& arg) {
+  std::string q = "'";
+  for (const char c : arg) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return q + "'";
+}
+
+CommandRun corvane(const std::vector<std::string>& args) {
+  std::string command = quoted(CORVANE_CLI);
+  for (const auto& a : args) command += " " + quoted(a);
+  command += " 2>/dev/null";
+  CommandRun run;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (pipe == nullptr) return run;
+  char buffer[256];
+  std::size_t n = 0;
+  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
+  const int status = pclose(pipe);
+  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return run;
+}
+
+std::string describe(const std::vector<std::string>& args) {
+  std::string text;
+  for (const auto& a : args) text += " " + a;
+  return text;
+}
+
+TEST(UnitsCommands, PrintOneLine) {
+  struct Case {
+    std::vector<std::string> args;
+    const char* line;
+  };
+  const Case cases[] = {
+      {{"rtos", "17.5", "1", "4"}, "1.7500E+01"},
+      {{"rtos", "17.5", "3", "2"}, "1'-5.50\""},
+      {{"rtos", "17.5", "4", "2"}, "1'-5 1/2\""},
+      {{"rtos", "--unitmode", "1", "17.5", "4", "2"}, "1'5-1/2\""},
+      {{"rtos", "--dimzin", "1", "0.5", "4", "4"}, "0'-0 1/2\""},
+      {{"rtos", "--dimzin", "12", "--", "-0.23", "2", "3"}, "-.23"},
+      {{"rtos", "-17.5", "4", "2"}, "-1'-5 1/2\""},
+      {{"rtos", "--dimzin", "1", "11.999", "4", "4"}, "1'-0\""},
+      {{"format", "6.6875", ""}, "6.687500"},  // the default display, as the diagnostic command prints it
+      {{"format", "6.6875", "%lu2%pr2"}, "6.69"},
+      {{"format", "--lunits", "4", "--luprec", "4", "6.6875", "%lu6"}, "6 11/16\""},
+      {{"format", "--lunits", "4", "--luprec", "4", "--dimzin", "1", "6.6875", "%lu6"}, "0'-6 11/16\""},
+      {{"format", "--luprec", "3", "--dimzin", "8", "12.5", "%lu6"}, "12.5"},
+      {{"format", "12345.5", "%lu2%pr2%ds44%th46"}, "12.345,50"},
+      {{"format", "2500000", "%lu2%pr2%ps[,m\xc2\xb2]%ct8[1e-6]"}, "2.50m\xc2\xb2"},
+      {{"format", "--", "-0.5", "%lu4%pr2"}, "-0'-0 1/2\""},
+      {{"format", "17280", "%lu2%ct4%qf1 SQ. FT.%pr2"}, "120.00 SQ. FT."},
+  };
+  for (const auto& c : cases) {
+    const CommandRun run = corvane(c.args);
+    EXPECT_EQ(run.exitCode, 0) << describe(c.args);
+    EXPECT_EQ(run.out, std::string(c.line) + "\n") << describe(c.args);
+  }
+}
+
+TEST(UnitsCommands, BadUsageExitsWithTwoAndPrintsNothing) {
+  const std::vector<std::string> cases[] = {
+      {"rtos", "17.5", "6", "2"},
+      {"rtos", "17.5", "0", "2"},
+      {"rtos", "17.5", "2", "9"},
+      {"rtos", "17.5", "2"},
+      {"rtos", "abc", "2", "2"},
+      {"rtos", "1.5x", "2", "2"},
+      {"rtos", "nan", "2", "2"},
+      {"rtos", "1e999", "2", "2"},
+      {"rtos", "--dimzin", "16", "1", "2", "2"},
+      {"rtos", "--unitmode", "2", "1", "2", "2"},
+      {"rtos", "1e308", "4", "8"},  // too large to count in 1/256
+      {"format", "6.6875"},
+      {"format", "x", "%lu2"},
+      {"format", "--lunits", "6", "1", "%lu2"},
+      {"format", "--luprec", "9", "1", "%lu2"},
+      {"format", "1", "%lu2", "extra"},
+  };
+  for (const auto& args : cases) {
+    const CommandRun run = corvane(args);
+    EXPECT_EQ(run.exitCode, 2) << describe(args);
+    EXPECT_EQ(run.out, "") << describe(args);
+  }
+}
+
+}  // namespace
