@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace corvane {
+
+// A table cell named the way formulas name it: column letters then row digits, each part
+// optionally pinned with "$" ("A1", "$B$12", "AA3"). Row and column are 1-based.
+struct CellAddress {
+  int row = 0;
+  int column = 0;
+};
+
+// One or two column letters in bijective base 26 (column = letter code - 64, then
+// column * 26 - 64 + code). Lower-case letters are accepted but map past "Z" ("a" is 33), as
+// the column arithmetic is done on the code. nullopt when the text is not an address.
+std::optional<CellAddress> ParseCellAddress(std::wstring_view text) noexcept;
+
+// Two addresses joined by one ":" ("A1:B3").
+struct CellRange {
+  CellAddress first;
+  CellAddress last;
+};
+std::optional<CellRange> ParseCellRange(std::wstring_view text) noexcept;
+
+}  // namespace corvane

@@ -1,0 +1,54 @@
+#include "plugin/formula/celladdress.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+TEST(CellAddress, ParsesColumnLettersAndRowDigits) {
+  struct Case {
+    const wchar_t* text;
+    int row;  // 0: not an address
+    int column;
+  } const cases[] = {
+      {L"A1", 1, 1},      {L"$A$1", 1, 1},    {L"$A1", 1, 1},     {L"A$1", 1, 1},
+      {L"$B$12", 12, 2},  {L"Z9", 9, 26},     {L"AA3", 3, 27},    {L"AB2", 2, 28},
+      {L"BA1", 1, 53},    {L"ZZ1", 1, 702},   {L"A007", 7, 1},
+      {L"a1", 1, 33},  // lower case passes the letter test but counts from "A"
+      {L"A", 0, 0},       {L"1", 0, 0},       {L"", 0, 0},        {L"1A", 0, 0},
+      {L"A1B", 0, 0},     {L"AAA1", 0, 0},    {L"$1", 0, 0},      {L"A$", 0, 0},
+      {L"AB", 0, 0},      {L"A 1", 0, 0},     {L"A1 ", 0, 0},     {L"A-1", 0, 0},
+      {L"$$A1", 0, 0},    {L"A$$1", 0, 0},    {L"\u00c91", 0, 0},
+  };
+  for (const auto& c : cases) {
+    const auto address = ParseCellAddress(c.text);
+    ASSERT_EQ(address.has_value(), c.row != 0) << c.text;
+    if (!address) continue;
+    EXPECT_EQ(address->row, c.row) << c.text;
+    EXPECT_EQ(address->column, c.column) << c.text;
+  }
+}
+
+TEST(CellAddress, ParsesRangesOfTwoAddresses) {
+  struct Case {
+    const wchar_t* text;
+    bool valid;
+    int row1, column1, row2, column2;
+  } const cases[] = {
+      {L"A1:B3", true, 1, 1, 3, 2},   {L"$C$2:A1", true, 2, 3, 1, 1}, {L"AA10:AB11", true, 10, 27, 11, 28},
+      {L"A1:B", false, 0, 0, 0, 0},   {L":A1", false, 0, 0, 0, 0},    {L"A1:", false, 0, 0, 0, 0},
+      {L"A1:B2:C3", false, 0, 0, 0, 0}, {L"A1::B2", false, 0, 0, 0, 0}, {L"A1", false, 0, 0, 0, 0},
+  };
+  for (const auto& c : cases) {
+    const auto range = ParseCellRange(c.text);
+    ASSERT_EQ(range.has_value(), c.valid) << c.text;
+    if (!range) continue;
+    EXPECT_EQ(range->first.row, c.row1) << c.text;
+    EXPECT_EQ(range->first.column, c.column1) << c.text;
+    EXPECT_EQ(range->last.row, c.row2) << c.text;
+    EXPECT_EQ(range->last.column, c.column2) << c.text;
+  }
+}
+
+}  // namespace
+}  // namespace corvane
