@@ -12,6 +12,7 @@ namespace corvane::cli {
 using Action = std::function<int()>;
 
 void addDemoCommand(CLI::App& app, Action& action);
+void addFormulaCommand(CLI::App& app, Action& action);
 void addRtosCommand(CLI::App& app, Action& action);
 void addFormatCommand(CLI::App& app, Action& action);
 

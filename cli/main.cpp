@@ -12,6 +12,7 @@ int main(int argc, char** argv) {
 
   corvane::cli::Action action;
   corvane::cli::addDemoCommand(app, action);
+  corvane::cli::addFormulaCommand(app, action);
   corvane::cli::addRtosCommand(app, action);
   corvane::cli::addFormatCommand(app, action);
 

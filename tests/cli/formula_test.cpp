@@ -1,0 +1,88 @@
+// Runs the built corvane program's formula command and checks what it prints.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct CommandRun {
+  std::string out;
+  int exitCode = -1;
+};
+
+std::string quoted(const std::string& arg) {
+  std::string q = "'";
+  for (const char c : arg) {
+    if (c == '\'') {
+      q += "'\\''";
+    } else {
+      q += c;
+    }
+  }
+  return q + "'";
+}
+
+CommandRun run(const std::vector<std::string>& args) {
+  std::string command = quoted(CORVANE_CLI);
+  for (const auto& arg : args) command += " " + quoted(arg);
+  command += " 2>/dev/null";
+  CommandRun result;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return result;
+  char buffer[4096];
+  std::size_t n = 0;
+  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
+  const int status = pclose(pipe);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return result;
+}
+
+TEST(FormulaCommand, PrintsOneLinePerExpression) {
+  struct Case {
+    std::vector<std::string> args;
+    std::string out;
+  } const cases[] = {
+      {{"formula", "1+2*3", "ROUND(2.346,2)", "2^3^2"}, "7\n2.35\n64\n"},
+      {{"formula", "IF(1>2,'yes','no') & '!'"}, "no!\n"},
+      // Failures print their message like any value.
+      {{"formula", "(1", "1/0", "1&&1", ""},
+       "Unbalanced parenthesis.\ndivider is 0.\nLogical operator requires LHS & RHS of boolean type.\n"
+       "Unable to tokanize the expression.\n"},
+      // Control characters, the engine's markers among them, are written as \uXXXX.
+      {{"formula", "'abc'", "'a\tb'"}, "\\u0013abc\n\\u0013a\\u0009b\n"},
+      {{"formula", "--postfix", "2*-ABS(3)", "IF(x>=10,'big','small')"},
+       "2, \\u0001, \\u001B, 3, ABS, *\n\\u001B, x, 10, >=, \\u0013big, \\u0013small, IF\n"},
+      {{"formula", "--postfix", "1+", "1+2)"}, "1, +\nUnbalanced parenthesis.\n"},
+      {{"formula", "--", "-5*2", "-ABS(3)"}, "-10\n#VALUE!\n"},
+      {{"formula", "-5*2"}, "-10\n"},  // a negative number is no option
+      // No drawing: system variables have a new drawing's values; cells and objects are not found.
+      {{"formula", "LUNITS*2", "luprec", "CLAYER & '|' & DIMZIN"}, "4\n4\n0|0\n"},
+      {{"formula", "A1", "1F!Radius", "x"}, "A1\n1F!Radius\nx\n"},
+      {{"formula", "UCASE('\xc3\xa9t\xc3\xa9')"}, "\xc3\x89T\xc3\x89\n"},
+  };
+  for (const auto& c : cases) {
+    const CommandRun r = run(c.args);
+    EXPECT_EQ(r.exitCode, 0) << c.args[1];
+    EXPECT_EQ(r.out, c.out) << c.args[1];
+  }
+}
+
+TEST(FormulaCommand, BadUsageExitsWithTwo) {
+  const std::vector<std::vector<std::string>> cases = {
+      {"formula"},
+      {"formula", "--postfix"},
+      {"formula", "--bogus", "1"},
+      {"formula", "-ABS(3)"},  // taken for options without "--"
+  };
+  for (const auto& args : cases) {
+    const CommandRun r = run(args);
+    EXPECT_EQ(r.exitCode, 2) << args.back();
+    EXPECT_EQ(r.out, "") << args.back();
+  }
+}
+
+}  // namespace
