@@ -13,7 +13,7 @@ namespace {
 
 class BenchBinding : public corvane::ExprBinding {
  public:
-  std::optional<std::wstring> systemVariable(std::wstring_view name) override {
+  std::optional<std::wstring> SystemVariable(std::wstring_view name) override {
     if (name == L"X") return L"12";
     return std::nullopt;
   }

@@ -22,7 +22,7 @@ namespace {
 // and text ones; reals and points would need the drawing's unit formatting).
 class NewDrawingBinding : public ExprBinding {
  public:
-  std::optional<std::wstring> systemVariable(std::wstring_view name) override {
+  std::optional<std::wstring> SystemVariable(std::wstring_view name) override {
     for (const auto& var : headless::initialSysVars()) {
       if (!core::equalsNoCase(name, var.name)) continue;
       if (const auto* whole = std::get_if<std::int32_t>(&var.value.value)) return core::format(L"%d", *whole);

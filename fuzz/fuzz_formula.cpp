@@ -24,35 +24,35 @@ class FuzzBinding : public corvane::ExprBinding {
  public:
   explicit FuzzBinding(Context context) : context_(context) {}
 
-  bool hasOwnerTable() const override { return context_ == Context::kTable; }
-  int ownerTableRows() const override { return 4; }
-  int ownerTableColumns() const override { return 3; }
-  std::optional<std::wstring> ownerTableCell(int row, int column) override {
+  bool HasOwnerTable() const override { return context_ == Context::kTable; }
+  int OwnerTableRows() const override { return 4; }
+  int OwnerTableColumns() const override { return 3; }
+  std::optional<std::wstring> OwnerTableCell(int row, int column) override {
     static const wchar_t* const cells[] = {L"1", L"2.5", L"x", L"", L"-4", L"1E+05", L"7,8", L"TRUE", L"PI", L"A1",
                                            L"\x13" L"q", L"1/0"};
     return cells[(row - 1) * 3 + (column - 1)];
   }
-  std::optional<std::wstring> objectProperty(std::wstring_view handle, std::wstring_view property) override {
+  std::optional<std::wstring> ObjectProperty(std::wstring_view handle, std::wstring_view property) override {
     if (handle == L"1F" && corvane::core::equalsNoCase(property, L"RADIUS")) return L"2.5";
     return std::nullopt;
   }
-  std::optional<std::wstring> systemVariable(std::wstring_view name) override {
+  std::optional<std::wstring> SystemVariable(std::wstring_view name) override {
     if (name == L"X") return L"12";
     if (name == L"LUNITS") return L"2";
     if (name == L"EMPTY") return L"";
     if (name == L"SELF") return L"X";  // a value that is itself a name
     return std::nullopt;
   }
-  bool hasSelfBlock() const override { return context_ == Context::kBlock; }
-  std::optional<std::wstring> selfBlockProperty(std::wstring_view property) override {
+  bool HasSelfBlock() const override { return context_ == Context::kBlock; }
+  std::optional<std::wstring> SelfBlockProperty(std::wstring_view property) override {
     if (property == L"WIDTH") return L"900";
     if (property == L"NAME") return L"";
     return std::nullopt;
   }
-  std::wstring evaluateFieldCode(std::wstring_view code) override {
+  std::wstring EvaluateFieldCode(std::wstring_view code) override {
     return code == L"%<\\AcVar LUNITS>%" ? L"2" : L"####";
   }
-  double sumBlockProperty(std::wstring_view block, std::wstring_view) override {
+  double SumBlockProperty(std::wstring_view block, std::wstring_view) override {
     return corvane::core::equalsNoCase(block, L"DOOR") ? 1500.0 : 0.0;
   }
 

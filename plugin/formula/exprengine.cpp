@@ -273,26 +273,26 @@ bool ExprEngine::lookUp(const std::wstring& key) {
   const std::size_t bang = key.find(L'!');
   std::optional<std::wstring> found;
   if (bang != std::wstring::npos && bang > 0) {
-    found = binding_.objectProperty(std::wstring_view(key).substr(0, bang), std::wstring_view(key).substr(bang + 1));
-  } else if (bang == std::wstring::npos && binding_.hasOwnerTable()) {
+    found = binding_.ObjectProperty(std::wstring_view(key).substr(0, bang), std::wstring_view(key).substr(bang + 1));
+  } else if (bang == std::wstring::npos && binding_.HasOwnerTable()) {
     if (const auto cell = ParseCellAddress(key)) {
-      if (cell->row >= 1 && cell->column >= 1 && cell->row <= binding_.ownerTableRows() &&
-          cell->column <= binding_.ownerTableColumns()) {
-        found = binding_.ownerTableCell(cell->row, cell->column);
+      if (cell->row >= 1 && cell->column >= 1 && cell->row <= binding_.OwnerTableRows() &&
+          cell->column <= binding_.OwnerTableColumns()) {
+        found = binding_.OwnerTableCell(cell->row, cell->column);
       }
     } else if (const auto range = ParseCellRange(key)) {
-      const int rows = binding_.ownerTableRows();
-      const int columns = binding_.ownerTableColumns();
+      const int rows = binding_.OwnerTableRows();
+      const int columns = binding_.OwnerTableColumns();
       const int row1 = std::max(1, std::min(range->first.row, range->last.row));
       const int row2 = std::min(rows, std::max(range->first.row, range->last.row));
       const int column1 = std::max(1, std::min(range->first.column, range->last.column));
       const int column2 = std::min(columns, std::max(range->first.column, range->last.column));
       if (row1 <= row2 && column1 <= column2) found = tableRangeList(row1, column1, row2, column2);
     }
-  } else if (bang == std::wstring::npos && binding_.hasSelfBlock() && key.starts_with(kSelfBlockPrefix)) {
+  } else if (bang == std::wstring::npos && binding_.HasSelfBlock() && key.starts_with(kSelfBlockPrefix)) {
     return true;  // read when its value is asked for
   } else {
-    found = binding_.systemVariable(key);
+    found = binding_.SystemVariable(key);
   }
   if (!found) return false;
   variables_.emplace(key, std::move(*found));
@@ -304,7 +304,7 @@ std::wstring ExprEngine::tableRangeList(int row1, int column1, int row2, int col
   for (int row = row1; row <= row2; ++row) {
     for (int column = column1; column <= column2; ++column) {
       if (list.size() > 1) list += L',';
-      if (auto cell = binding_.ownerTableCell(row, column)) list += *cell;
+      if (auto cell = binding_.OwnerTableCell(row, column)) list += *cell;
     }
   }
   return list;
@@ -313,8 +313,8 @@ std::wstring ExprEngine::tableRangeList(int row1, int column1, int row2, int col
 std::wstring ExprEngine::VariableValue(std::wstring_view name) {
   if (const std::wstring* value = findVariable(name)) return *value;
   const std::wstring key = core::toUpper(name);
-  if (binding_.hasSelfBlock() && key.starts_with(kSelfBlockPrefix)) {
-    if (auto value = binding_.selfBlockProperty(std::wstring_view(key).substr(kSelfBlockPrefix.size()))) {
+  if (binding_.HasSelfBlock() && key.starts_with(kSelfBlockPrefix)) {
+    if (auto value = binding_.SelfBlockProperty(std::wstring_view(key).substr(kSelfBlockPrefix.size()))) {
       return std::move(*value);
     }
   }

@@ -104,7 +104,7 @@ std::vector<std::wstring> ExprEngine::popArguments(std::vector<std::wstring>& st
   std::vector<std::wstring> arguments(std::make_move_iterator(first), std::make_move_iterator(stack.end()));
   stack.erase(mark, stack.end());
   for (auto& argument : arguments) {
-    if (!argument.empty() && argument.front() == kStringMarker) argument.erase(0, 1);
+    if (!argument.empty() && argument.front() == StringMarker) argument.erase(0, 1);
   }
   return arguments;
 }
@@ -241,7 +241,7 @@ void ExprEngine::callFunction(int index, std::wstring_view name, std::vector<std
         for (const wchar_t c : args[0]) {
           if (c != kFieldCodeSpacer) code += c;
         }
-        result = binding_.evaluateFieldCode(code);
+        result = binding_.EvaluateFieldCode(code);
       }
       break;
     case ExprFunction::kVxSelf:
@@ -258,7 +258,7 @@ std::wstring ExprEngine::aggregate(std::wstring_view name, int index, std::vecto
     const std::size_t dot = arguments[0].find(L'.', 1);
     if (dot != std::wstring::npos) {
       const std::wstring_view text = arguments[0];
-      return FormatNumber(binding_.sumBlockProperty(text.substr(0, dot), text.substr(dot + 1)));
+      return FormatNumber(binding_.SumBlockProperty(text.substr(0, dot), text.substr(dot + 1)));
     }
   }
   if (arguments.empty()) fail(name, L" requires at least one operands.");

@@ -9,7 +9,7 @@ namespace corvane {
 
 // Control characters no user types on purpose, used to tag tokens and values made by the engine.
 inline constexpr wchar_t kUnaryMinusMark = L'\x01';
-inline constexpr wchar_t kStringMarker = L'\x13';  // leads a string literal
+inline constexpr wchar_t StringMarker = L'\x13';  // leads a string literal
 inline constexpr wchar_t kListMarker = L'\x14';    // leads a cell-range value: items joined by ","
 inline constexpr wchar_t kArgumentMarkChar = L'\x1B';  // where a function's arguments start
 inline constexpr wchar_t kFieldCodeSpacer = L'\x1F';  // woven into ACAD_FIELD codes by the dialog

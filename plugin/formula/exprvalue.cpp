@@ -91,8 +91,8 @@ std::wstring FormatNumber(double value) {
 }
 
 std::wstring_view StripStringMarkers(std::wstring_view text) noexcept {
-  while (!text.empty() && text.front() == kStringMarker) text.remove_prefix(1);
-  while (!text.empty() && text.back() == kStringMarker) text.remove_suffix(1);
+  while (!text.empty() && text.front() == StringMarker) text.remove_prefix(1);
+  while (!text.empty() && text.back() == StringMarker) text.remove_suffix(1);
   return text;
 }
 

@@ -56,7 +56,7 @@ std::vector<std::wstring> Tokenize(std::wstring_view expression) {
         if (close == std::wstring_view::npos) throw ExprError(L"Unterminated string constant");
         std::wstring literal;
         literal.reserve(close - i);
-        literal.push_back(kStringMarker);
+        literal.push_back(StringMarker);
         literal.append(text.substr(i + 1, close - i - 1));
         tokens.push_back(std::move(literal));
         i = close + 1;

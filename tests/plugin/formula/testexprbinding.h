@@ -25,31 +25,31 @@ class TestExprBinding : public ExprBinding {
   std::map<std::pair<std::wstring, std::wstring>, double> blockSums;  // (block, property)
   std::vector<std::wstring> asked;                                 // every lookup, in order
 
-  bool hasOwnerTable() const override { return table.has_value(); }
-  int ownerTableRows() const override { return table ? static_cast<int>(table->size()) : 0; }
-  int ownerTableColumns() const override { return table && !table->empty() ? static_cast<int>((*table)[0].size()) : 0; }
-  std::optional<std::wstring> ownerTableCell(int row, int column) override {
+  bool HasOwnerTable() const override { return table.has_value(); }
+  int OwnerTableRows() const override { return table ? static_cast<int>(table->size()) : 0; }
+  int OwnerTableColumns() const override { return table && !table->empty() ? static_cast<int>((*table)[0].size()) : 0; }
+  std::optional<std::wstring> OwnerTableCell(int row, int column) override {
     asked.push_back(L"cell " + std::to_wstring(row) + L"," + std::to_wstring(column));
     return (*table).at(static_cast<std::size_t>(row - 1)).at(static_cast<std::size_t>(column - 1));
   }
-  std::optional<std::wstring> objectProperty(std::wstring_view handle, std::wstring_view property) override {
+  std::optional<std::wstring> ObjectProperty(std::wstring_view handle, std::wstring_view property) override {
     asked.push_back(L"property " + std::wstring(handle) + L"!" + std::wstring(property));
     return find(properties, std::pair<std::wstring, std::wstring>(handle, core::toUpper(property)));
   }
-  std::optional<std::wstring> systemVariable(std::wstring_view name) override {
+  std::optional<std::wstring> SystemVariable(std::wstring_view name) override {
     asked.push_back(L"sysvar " + std::wstring(name));
     return find(systemVariables, core::toUpper(name));
   }
-  bool hasSelfBlock() const override { return selfBlock.has_value(); }
-  std::optional<std::wstring> selfBlockProperty(std::wstring_view property) override {
+  bool HasSelfBlock() const override { return selfBlock.has_value(); }
+  std::optional<std::wstring> SelfBlockProperty(std::wstring_view property) override {
     asked.push_back(L"self " + std::wstring(property));
     return find(*selfBlock, core::toUpper(property));
   }
-  std::wstring evaluateFieldCode(std::wstring_view code) override {
+  std::wstring EvaluateFieldCode(std::wstring_view code) override {
     asked.push_back(L"field " + std::wstring(code));
     return find(fieldValues, std::wstring(code)).value_or(L"####");
   }
-  double sumBlockProperty(std::wstring_view block, std::wstring_view property) override {
+  double SumBlockProperty(std::wstring_view block, std::wstring_view property) override {
     asked.push_back(L"sum " + std::wstring(block) + L"." + std::wstring(property));
     const auto it = blockSums.find({std::wstring(block), std::wstring(property)});
     return it == blockSums.end() ? 0.0 : it->second;
