@@ -303,7 +303,7 @@ std::wstring ExprEngine::tableRangeList(int row1, int column1, int row2, int col
   std::wstring list(1, kListMarker);
   for (int row = row1; row <= row2; ++row) {
     for (int column = column1; column <= column2; ++column) {
-      if (list.size() > 1) list += L',';
+      if (row != row1 || column != column1) list += L',';
       if (auto cell = binding_.OwnerTableCell(row, column)) list += *cell;
     }
   }

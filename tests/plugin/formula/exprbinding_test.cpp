@@ -100,6 +100,8 @@ TEST(ExprBinding, OwnerTableCellsAndRanges) {
                          {L"SUM(C3:C3)", true, L"15"},
                          {L"SUM(A1)", true, L"1"},
                          {L"A1:B1", true, L"{list}1,2"},
+                         {L"A3:B3", true, L"{list},x"},  // an empty first cell still has its place
+                         {L"SUM(A3:B3,A1)", true, L"1"},
                          {L"A4", true, L"A4"},               // outside the table: not found
                          {L"D1", true, L"D1"},
                          {L"SUM(D1:E2)", false, L"SUM requires at least two operands."},
