@@ -41,6 +41,7 @@ host::Acad::ErrorStatus Dictionary::setAt(std::wstring_view name, host::AcDbObje
   const auto it = findEntry(entries_, name);
   if (it != entries_.end()) it->second = id;
   else entries_.emplace_back(std::wstring(name), id);
+  record_.modified = true;
   return host::Acad::eOk;
 }
 
@@ -49,12 +50,14 @@ host::Acad::ErrorStatus Dictionary::remove(std::wstring_view name) {
   const auto it = findEntry(entries_, name);
   if (it == entries_.end()) return host::Acad::eKeyNotFound;
   entries_.erase(it);
+  record_.modified = true;
   return host::Acad::eOk;
 }
 
 void Dictionary::drop(std::wstring_view name) {
   const auto it = findEntry(entries_, name);
   if (it != entries_.end()) entries_.erase(it);
+  record_.modified = true;
 }
 
 void Dictionary::put(std::wstring name, host::AcDbObjectId id) {
@@ -62,6 +65,7 @@ void Dictionary::put(std::wstring name, host::AcDbObjectId id) {
   const auto it = findEntry(entries_, name);
   if (it != entries_.end()) it->second = id;
   else entries_.emplace_back(std::move(name), id);
+  record_.modified = true;
 }
 
 }  // namespace corvane::headless

@@ -63,6 +63,7 @@ void Field::assignCode(std::wstring_view code, bool asText) {
   for (const auto& childCode : parsed.childCodes) children_.push_back(create(db, childCode, record_.id));
   state_ = kInitialized | kModified;
   status_ = kNotYetEvaluated;
+  record_.modified = true;
 }
 
 host::AcDbObjectId Field::create(Database& db, std::wstring_view code, host::AcDbObjectId owner, bool asText) {
@@ -101,6 +102,7 @@ void Field::putData(std::wstring_view key, const host::AcValue& value) {
                                [key](const auto& entry) { return core::equalsNoCase(entry.first, key); });
   if (it != data_.end()) it->second = value;
   else data_.emplace_back(std::wstring(key), value);
+  record_.modified = true;
 }
 
 Acad::ErrorStatus Field::setData(std::wstring_view key, const host::AcValue& value) {
@@ -119,6 +121,7 @@ std::wstring Field::getFormat() const { return splitFormatOption(ownCode_).secon
 Acad::ErrorStatus Field::setEvaluationOption(int option) {
   if (option < 0 || option > kAutomatic) return Acad::eInvalidInput;
   evaluationOption_ = option;
+  record_.modified = true;
   return Acad::eOk;
 }
 
@@ -129,14 +132,18 @@ host::AcDbField::EvalStatus Field::evaluationStatus(int* errorCode, std::wstring
 }
 
 void Field::storeValue(const host::AcValue& value) {
+  if (value == value_ && (state_ & kHasCache)) return;
   value_ = value;
   state_ |= kHasCache;
+  record_.modified = true;
 }
 
 void Field::storeStatus(int status, int errorCode, std::wstring message) {
+  if (status == status_ && errorCode == errorCode_ && message == message_) return;
   status_ = status;
   errorCode_ = errorCode;
   message_ = std::move(message);
+  record_.modified = true;
 }
 
 }  // namespace corvane::headless

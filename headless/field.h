@@ -48,8 +48,14 @@ class Field : public ObjectImpl<host::AcDbField> {
   void putData(std::wstring_view key, const host::AcValue& value);
   void storeValue(const host::AcValue& value);
   void storeStatus(int status, int errorCode, std::wstring message);
-  void storeDisplayText(std::wstring text) { displayText_ = std::move(text); }
-  void setState(int state) noexcept { state_ = state; }
+  void storeDisplayText(std::wstring text) {
+    if (text != displayText_) record_.modified = true;
+    displayText_ = std::move(text);
+  }
+  void setState(int state) noexcept {
+    if (state != state_) record_.modified = true;
+    state_ = state;
+  }
   // Restores a stored field as it was read from a file, children and object ids as given.
   void restore(std::wstring evaluatorId, std::wstring ownCode, std::vector<host::AcDbObjectId> children,
                std::vector<host::AcDbObjectId> objectIds);

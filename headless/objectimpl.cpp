@@ -25,7 +25,9 @@ Acad::ErrorStatus openRecord(ObjectRecord& record, host::AcDb::OpenMode mode, bo
 
 Acad::ErrorStatus closeRecord(ObjectRecord& record) {
   if (record.writeOpen) {
+    // Opening for write is the host's promise of a change; the save writes the object back.
     record.writeOpen = false;
+    record.modified = true;
     return Acad::eOk;
   }
   if (record.readers == 0) return Acad::eNotOpenForRead;
@@ -101,6 +103,7 @@ Acad::ErrorStatus setXdataOf(ObjectRecord& record, const host::ResBufList& data)
     }
     i = end;
   }
+  record.modified = true;
   return Acad::eOk;
 }
 
@@ -108,6 +111,7 @@ Acad::ErrorStatus createExtensionDictionaryOf(ObjectRecord& record) {
   if (!record.writeOpen) return Acad::eNotOpenForWrite;
   if (!record.extensionDictionary.isNull()) return Acad::eAlreadyInDb;
   record.extensionDictionary = record.database->addObject(std::make_unique<Dictionary>(), record.id);
+  record.modified = true;
   return Acad::eOk;
 }
 

@@ -24,6 +24,8 @@ struct ObjectRecord {
   int readers = 0;
   bool writeOpen = false;
   bool erased = false;
+  // Changed since the drawing was read (or made): what a save has to write back.
+  bool modified = false;
 };
 
 // Open-state bookkeeping, shared by all object classes.
@@ -65,6 +67,7 @@ class ObjectImpl : public Interface, public HeadlessObject {
     if (!record_.writeOpen) return host::Acad::eNotOpenForWrite;
     if (record_.erased == erasing) return erasing ? host::Acad::eWasErased : host::Acad::eWasNotErased;
     record_.erased = erasing;
+    record_.modified = true;
     return host::Acad::eOk;
   }
   host::Acad::ErrorStatus close() override { return closeRecord(record_); }

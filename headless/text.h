@@ -20,7 +20,10 @@ class Text : public EntityImpl<host::AcDbEntity>, public TextHost {
   std::wstring className() const override { return L"AcDbText"; }
 
   std::wstring hostText() const override { return text_; }
-  void setHostText(std::wstring text) override { text_ = std::move(text); }
+  void setHostText(std::wstring text) override {
+    if (text != text_) record_.modified = true;
+    text_ = std::move(text);
+  }
   const std::array<double, 3>& position() const noexcept { return position_; }
   double height() const noexcept { return height_; }
 

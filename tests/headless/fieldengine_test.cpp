@@ -247,3 +247,31 @@ TEST(Database, HandlesExtendedDataAndSystemVariables) {
 
 }  // namespace
 }  // namespace corvane::headless
+
+namespace corvane::headless {
+namespace {
+
+TEST(Database, ObjectsKnowWhetherTheyChanged) {
+  corvane::testing::TestDrawing d;
+  const auto text = d.addText(L"plain");
+  const auto field = d.addFieldText(L"%<\\AcVar LUNITS>%");
+  d.evaluateAll();
+  for (const auto id : d.db.objectIds()) d.db.host().lookupHeadless(id)->record().modified = false;
+
+  // Evaluating again with nothing changed writes nothing.
+  d.evaluateAll();
+  EXPECT_FALSE(d.field(field).record().modified);
+  // A new value does, and so does the text that shows it.
+  ASSERT_EQ(d.db.setSysVar(L"LUNITS", {host::RTSHORT, 4}), host::Acad::eOk);
+  d.evaluateAll();
+  EXPECT_TRUE(d.field(d.field(field).children()[0]).record().modified);
+  // An open for write counts as a change once closed; a read does not.
+  auto& services = static_cast<host::AcDbHostApplicationServices&>(d.host);
+  { host::AcDbObjectPointer<host::AcDbEntity> reader(services, text, host::AcDb::kForRead); }
+  EXPECT_FALSE(d.db.get<Text>(text)->record().modified);
+  { host::AcDbObjectPointer<host::AcDbEntity> writer(services, text, host::AcDb::kForWrite); }
+  EXPECT_TRUE(d.db.get<Text>(text)->record().modified);
+}
+
+}  // namespace
+}  // namespace corvane::headless
