@@ -8,7 +8,11 @@
 #include "core/printf.h"
 #include "core/textutil.h"
 #include "core/utf8.h"
-#include "headless/sysvars.h"
+#include "headless/database.h"
+#include "headless/field.h"
+#include "headless/fieldengine.h"
+#include "headless/fieldlist.h"
+#include "headless/hostapplication.h"
 #include "plugin/formula/exprbinding.h"
 #include "plugin/formula/exprengine.h"
 #include "plugin/formula/exprerror.h"
@@ -17,20 +21,36 @@ namespace corvane::cli {
 
 namespace {
 
-// Formulas typed on the command line stand in no drawing: cells, properties and fields are
-// not found, and system variables have the values a new drawing starts with (the whole-number
-// and text ones; reals and points would need the drawing's unit formatting).
+// Formulas typed on the command line stand in a new, empty drawing: cells, properties and
+// blocks are not found; system variables and embedded field codes are evaluated by the host's
+// own field evaluators, as a formula field's would be.
 class NewDrawingBinding : public ExprBinding {
  public:
+  NewDrawingBinding() { host_.setWorkingDatabase(&db_); }
+
   std::optional<std::wstring> SystemVariable(std::wstring_view name) override {
-    for (const auto& var : headless::initialSysVars()) {
-      if (!core::equalsNoCase(name, var.name)) continue;
-      if (const auto* whole = std::get_if<std::int32_t>(&var.value.value)) return core::format(L"%d", *whole);
-      if (const auto* text = std::get_if<std::wstring>(&var.value.value)) return *text;
-      return std::nullopt;
-    }
-    return std::nullopt;
+    return evaluate(core::format(L"%%<\\AcVar %s>%%", std::wstring(name)));
   }
+  std::wstring EvaluateFieldCode(std::wstring_view fieldCode) override {
+    return evaluate(std::wstring(fieldCode)).value_or(L"####");
+  }
+
+ private:
+  // A temporary field made from the code, evaluated on demand and dropped again.
+  std::optional<std::wstring> evaluate(const std::wstring& code) {
+    const host::AcDbObjectId id = headless::Field::create(db_, code);
+    auto* field = db_.get<headless::Field>(id);
+    host_.engine().evaluateField(*field, db_, host::AcDbField::kDemand);
+    std::optional<std::wstring> text;
+    if (field->evaluationStatus() == host::AcDbField::kSuccess) text = field->getDisplayText();
+    field->assignCode(L"");
+    db_.get<headless::FieldList>(db_.fieldListId())->remove(id);
+    db_.destroyObject(id);
+    return text;
+  }
+
+  headless::HostApplication host_;
+  headless::Database db_{host_};
 };
 
 struct FormulaOptions {

@@ -61,6 +61,8 @@ TEST(FormulaCommand, PrintsOneLinePerExpression) {
       {{"formula", "-5*2"}, "-10\n"},  // a negative number is no option
       // No drawing: system variables have a new drawing's values; cells and objects are not found.
       {{"formula", "LUNITS*2", "luprec", "CLAYER & '|' & DIMZIN"}, "4\n4\n0|0\n"},
+      // Real-valued variables and embedded field codes go through the host's own fields.
+      {{"formula", "LTSCALE*2", "ACAD_FIELD('%\x1f<\x1f\\\x1f""AcVar LUPREC>\x1f%')*3"}, "2\n12\n"},
       {{"formula", "A1", "1F!Radius", "x"}, "A1\n1F!Radius\nx\n"},
       {{"formula", "UCASE('\xc3\xa9t\xc3\xa9')"}, "\xc3\x89T\xc3\x89\n"},
   };
