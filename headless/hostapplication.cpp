@@ -6,7 +6,10 @@
 #include "headless/database.h"
 #include "headless/fieldcode.h"
 #include "headless/fieldengine.h"
+#include "headless/fieldvaluetext.h"
 #include "headless/objectimpl.h"
+#include "headless/rtos.h"
+#include "headless/valueformatter.h"
 
 namespace corvane::headless {
 
@@ -90,6 +93,24 @@ host::AcDbObject* HostApplication::lookup(host::AcDbObjectId id) const noexcept 
 HeadlessObject* HostApplication::lookupHeadless(host::AcDbObjectId id) const noexcept {
   const Slot* s = slot(id);
   return s ? s->headless : nullptr;
+}
+
+bool HostApplication::realToString(double value, int units, int precision, std::wstring& text) const {
+  RToSSettings settings{units, precision, 0, 0};
+  if (working_) {
+    host::ResBuf var;
+    if (working_->getSysVar(L"DIMZIN", var) == Acad::eOk) settings.dimzin = std::get<std::int32_t>(var.value);
+    if (working_->getSysVar(L"UNITMODE", var) == Acad::eOk) settings.unitmode = std::get<std::int32_t>(var.value);
+  }
+  const auto result = rtos(value, settings);
+  if (!result) return false;
+  text = *result;
+  return true;
+}
+
+std::wstring HostApplication::formatValue(const host::AcValue& value, std::wstring_view format) const {
+  if (working_) return displayFieldValue(value, std::wstring(format), *working_);
+  return headless::formatValue(value, format, DrawingUnits{});  // a new drawing's units
 }
 
 }  // namespace corvane::headless

@@ -37,6 +37,12 @@ class HostApplication : public host::AcDbHostApplicationServices {
   std::optional<FieldSpan> findField(std::wstring_view text, std::size_t from = 0) const override;
   void print(std::wstring_view text) override;
 
+  bool realToString(double value, int units, int precision, std::wstring& text) const override;
+  std::wstring formatValue(const host::AcValue& value, std::wstring_view format) const override;
+  int versionMajor() const override { return versionMajor_; }
+  // The version the host reports, for running the plug-in as an older or newer host would.
+  void setVersionMajor(int version) noexcept { versionMajor_ = version; }
+
   // Where command-line output goes; stdout (UTF-8) unless set.
   void setOutput(std::function<void(std::wstring_view)> sink) { output_ = std::move(sink); }
 
@@ -62,6 +68,7 @@ class HostApplication : public host::AcDbHostApplicationServices {
   Database* working_ = nullptr;
   std::unique_ptr<FieldEngine> engine_;
   std::function<void(std::wstring_view)> output_;
+  int versionMajor_ = 23;
 };
 
 }  // namespace corvane::headless

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/acvalue.h"
 #include "host/errorstatus.h"
 #include "host/objectid.h"
 
@@ -45,6 +46,15 @@ class AcDbHostApplicationServices {
 
   // Command-line output (the host's acutPrintf).
   virtual void print(std::wstring_view text) = 0;
+
+  // acdbRToS: a real in linear units 1-5 with precision 0-8, zeros suppressed as the working
+  // drawing's DIMZIN says; false when the host refuses the arguments.
+  virtual bool realToString(double value, int units, int precision, std::wstring& text) const = 0;
+  // AcValue::format: the value as the host displays it with a field format string, in the
+  // working drawing's units.
+  virtual std::wstring formatValue(const AcValue& value, std::wstring_view format) const = 0;
+  // The host's major version number (23 for the release family the plug-in serves).
+  virtual int versionMajor() const = 0;
 };
 
 }  // namespace corvane::host

@@ -6,7 +6,7 @@
 
 #include "headless/database.h"
 #include "headless/hostapplication.h"
-#include "headlessformathost.h"
+#include "plugin/measure/portformathost.h"
 
 namespace corvane {
 namespace {
@@ -16,7 +16,7 @@ using Dialog = CAdditionalFormatDialog;
 struct Drawing {
   headless::HostApplication app;
   headless::Database db{app};
-  testing::HeadlessFormatHost host{db};
+  PortFormatHost host = (app.setWorkingDatabase(&db), PortFormatHost{app});
 };
 
 Dialog::Input realInput(double value, AdditionalFormat settings = {}) {
@@ -138,7 +138,8 @@ TEST(CAdditionalFormatDialog, OkBuildsThePieceOrRefusesABadFactor) {
   };
   for (const auto& c : cases) {
     Drawing d;
-    testing::HeadlessFormatHost host(d.db, c.version);
+    d.app.setVersionMajor(c.version);
+    PortFormatHost host(d.app);
     Dialog dialog(host, realInput(2.0));
     dialog.onInitDialog();
     dialog.conversionFactor = c.factor;

@@ -7,7 +7,7 @@
 
 #include "headless/database.h"
 #include "headless/hostapplication.h"
-#include "headlessformathost.h"
+#include "plugin/measure/portformathost.h"
 #include "plugin/measure/formatpieces.h"
 
 namespace corvane {
@@ -16,7 +16,7 @@ namespace {
 struct Drawing {
   headless::HostApplication app;
   headless::Database db{app};
-  testing::HeadlessFormatHost host{db};
+  PortFormatHost host = (app.setWorkingDatabase(&db), PortFormatHost{app});
 };
 
 std::vector<ListEntry> samples(std::vector<std::wstring> texts) {
@@ -75,7 +75,9 @@ TEST(FormatLists, PrecisionSamplesForEachUnits) {
       EXPECT_EQ(precision.enabled, c.enabled) << c.units;
       EXPECT_EQ(precision.entries(), c.entries) << c.units;
       EXPECT_EQ(precision.selection(), c.enabled ? 0 : -1) << c.units;
-      EXPECT_EQ(d.host.shortVar(L"DIMZIN"), dimzin) << c.units;
+      int restored = -1;
+      ASSERT_TRUE(d.host.getShortVar(L"DIMZIN", restored));
+      EXPECT_EQ(restored, dimzin) << c.units;
     }
   }
 }
