@@ -9,10 +9,8 @@
 #include "core/textutil.h"
 #include "core/utf8.h"
 #include "headless/database.h"
-#include "headless/field.h"
-#include "headless/fieldengine.h"
-#include "headless/fieldlist.h"
 #include "headless/hostapplication.h"
+#include "host/acdbfield.h"
 #include "plugin/formula/exprbinding.h"
 #include "plugin/formula/exprengine.h"
 #include "plugin/formula/exprerror.h"
@@ -38,15 +36,11 @@ class NewDrawingBinding : public ExprBinding {
  private:
   // A temporary field made from the code, evaluated on demand and dropped again.
   std::optional<std::wstring> evaluate(const std::wstring& code) {
-    const host::AcDbObjectId id = headless::Field::create(db_, code);
-    auto* field = db_.get<headless::Field>(id);
-    host_.engine().evaluateField(*field, db_, host::AcDbField::kDemand);
-    std::optional<std::wstring> text;
-    if (field->evaluationStatus() == host::AcDbField::kSuccess) text = field->getDisplayText();
-    field->assignCode(L"");
-    db_.get<headless::FieldList>(db_.fieldListId())->remove(id);
-    db_.destroyObject(id);
-    return text;
+    const auto field = host_.newField();
+    if (!field || field->setFieldCode(code) != host::Acad::eOk) return std::nullopt;
+    field->evaluate(host::AcDbField::kDemand, &db_);
+    if (field->evaluationStatus() != host::AcDbField::kSuccess) return std::nullopt;
+    return field->getDisplayText();
   }
 
   headless::HostApplication host_;

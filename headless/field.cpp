@@ -6,6 +6,7 @@
 #include "core/textutil.h"
 #include "headless/database.h"
 #include "headless/fieldcode.h"
+#include "headless/fieldengine.h"
 #include "headless/fieldlist.h"
 #include "headless/fieldvaluetext.h"
 #include "headless/hostapplication.h"
@@ -60,19 +61,29 @@ void Field::assignCode(std::wstring_view code, bool asText) {
   evaluatorId_ = std::move(parsed.evaluatorId);
   ownCode_ = std::move(parsed.ownCode);
   for (const auto id : parsed.objectIds) objectIds_.emplace_back(id);
-  for (const auto& childCode : parsed.childCodes) children_.push_back(create(db, childCode, record_.id));
+  for (const auto& childCode : parsed.childCodes) {
+    children_.push_back(create(db, childCode, record_.id, false, listed_));
+  }
   state_ = kInitialized | kModified;
   status_ = kNotYetEvaluated;
   record_.modified = true;
 }
 
-host::AcDbObjectId Field::create(Database& db, std::wstring_view code, host::AcDbObjectId owner, bool asText) {
+host::AcDbObjectId Field::create(Database& db, std::wstring_view code, host::AcDbObjectId owner, bool asText,
+                                 bool listed) {
   auto field = std::make_unique<Field>();
   Field* raw = field.get();
+  raw->listed_ = listed;
   const host::AcDbObjectId id = db.addObject(std::move(field), owner);
-  db.get<FieldList>(db.fieldListId())->add(id);
+  if (listed) db.get<FieldList>(db.fieldListId())->add(id);
   raw->assignCode(code, asText);
   return id;
+}
+
+host::Acad::ErrorStatus Field::evaluate(int context, host::AcDbDatabase* /*db*/) {
+  // A field's children live in its own drawing, so that is where it evaluates.
+  Database& own = *record_.database;
+  return own.host().engine().evaluateField(*this, own, context);
 }
 
 Acad::ErrorStatus Field::setFieldCode(std::wstring_view code) {

@@ -35,8 +35,10 @@ class Field : public ObjectImpl<host::AcDbField> {
 
   // A new field made from the code, in the field list, owned by `owner` (none for a field
   // that is not placed yet).
+  // `listed` false makes a field of no drawing's field list (a temporary one), children too.
   static host::AcDbObjectId create(Database& db, std::wstring_view code, host::AcDbObjectId owner = {},
-                                   bool asText = false);
+                                   bool asText = false, bool listed = true);
+  host::Acad::ErrorStatus evaluate(int context, host::AcDbDatabase* db = nullptr) override;
 
   // The headless host's own access, with no open needed (the engine and the file layer).
   // Sets the code, replacing the children by new field objects made from the code.
@@ -75,6 +77,7 @@ class Field : public ObjectImpl<host::AcDbField> {
   int status_ = kNotYetEvaluated;
   int errorCode_ = 0;
   std::wstring message_;
+  bool listed_ = true;
 };
 
 }  // namespace corvane::headless

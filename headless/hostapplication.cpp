@@ -4,6 +4,7 @@
 
 #include "core/utf8.h"
 #include "headless/database.h"
+#include "headless/field.h"
 #include "headless/fieldcode.h"
 #include "headless/fieldengine.h"
 #include "headless/fieldvaluetext.h"
@@ -56,6 +57,32 @@ Acad::ErrorStatus HostApplication::openObject(host::AcDbObject*& object, host::A
   const Acad::ErrorStatus es = openRecord(s->headless->record(), mode, openErased);
   if (es == Acad::eOk) object = s->object;
   return es;
+}
+
+host::AcDbHostApplicationServices::FieldHolder HostApplication::newField() {
+  // It lives in the working drawing, outside its field list, until the holder lets go.
+  if (!working_) return FieldHolder(nullptr, [](host::AcDbField*) {});
+  Database* db = working_;
+  const host::AcDbObjectId id = Field::create(*db, L"", {}, false, false);
+  Field* field = db->get<Field>(id);
+  field->record().writeOpen = true;
+  return FieldHolder(field, [db, id](host::AcDbField* f) {
+    auto* own = static_cast<Field*>(f);
+    own->assignCode(L"");  // drops the children first
+    own->record().writeOpen = false;
+    db->destroyObject(id);
+  });
+}
+
+Acad::ErrorStatus HostApplication::getPropertyValue(host::AcDbObjectId id, std::wstring_view name,
+                                                    host::AcValue& value) const {
+  const Slot* s = slot(id);
+  if (!s) return Acad::eInvalidObjectId;
+  if (s->headless->record().erased) return Acad::eWasErased;
+  const auto property = s->headless->property(name);
+  if (!property) return Acad::eKeyNotFound;
+  value = *property;
+  return Acad::eOk;
 }
 
 std::optional<host::AcDbHostApplicationServices::FieldSpan> HostApplication::findField(std::wstring_view text,

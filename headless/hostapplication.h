@@ -34,6 +34,9 @@ class HostApplication : public host::AcDbHostApplicationServices {
   host::AcDbDatabase* database(host::AcDbObjectId id) const override;
   host::Acad::ErrorStatus openObject(host::AcDbObject*& object, host::AcDbObjectId id, host::AcDb::OpenMode mode,
                                      bool openErased = false) override;
+  FieldHolder newField() override;
+  host::Acad::ErrorStatus getPropertyValue(host::AcDbObjectId id, std::wstring_view name,
+                                           host::AcValue& value) const override;
   std::optional<FieldSpan> findField(std::wstring_view text, std::size_t from = 0) const override;
   void print(std::wstring_view text) override;
 

@@ -81,6 +81,10 @@ class AcDbField : public AcDbObject {
   virtual Acad::ErrorStatus setEvaluationOption(int option) = 0;
   virtual EvalStatus evaluationStatus(int* errorCode = nullptr, std::wstring* message = nullptr) const = 0;
   virtual int state() const = 0;
+
+  // Evaluates this field and its children now, in the given context and database (null: the
+  // field's own), without the batch brackets of the field reactors.
+  virtual Acad::ErrorStatus evaluate(int context, AcDbDatabase* db = nullptr) = 0;
 };
 
 }  // namespace corvane::host

@@ -2,6 +2,8 @@
 // every open database, the field engine and the command line.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +16,7 @@ namespace corvane::host {
 
 class AcDbDatabase;
 class AcDbObject;
+class AcDbField;
 class AcFdFieldEngine;
 namespace AcDb {
 enum OpenMode : int;
@@ -35,6 +38,16 @@ class AcDbHostApplicationServices {
   virtual AcDbDatabase* database(AcDbObjectId id) const = 0;
   virtual Acad::ErrorStatus openObject(AcDbObject*& object, AcDbObjectId id, AcDb::OpenMode mode,
                                        bool openErased = false) = 0;
+
+  // A new field that belongs to no drawing (the host's `new AcDbField`), open for write; it is
+  // deleted with the holder. It evaluates against the database given to evaluate().
+  using FieldHolder = std::unique_ptr<AcDbField, std::function<void(AcDbField*)>>;
+  virtual FieldHolder newField() = 0;
+
+  // A named property of an object as the host's property system reads it ("Area", "Layer",
+  // "Radius", ...): eInvalidObjectId/eWasErased for a missing object, eKeyNotFound for a
+  // property the object does not have.
+  virtual Acad::ErrorStatus getPropertyValue(AcDbObjectId id, std::wstring_view name, AcValue& value) const = 0;
 
   // Start and end (one past the closing marker) of the first field code at or after `from`,
   // nested fields included; nullopt when the text holds none.

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "headless/fieldlist.h"
 #include "support/testdrawing.h"
 
 namespace corvane::headless {
@@ -271,6 +272,48 @@ TEST(Database, ObjectsKnowWhetherTheyChanged) {
   EXPECT_FALSE(d.db.get<Text>(text)->record().modified);
   { host::AcDbObjectPointer<host::AcDbEntity> writer(services, text, host::AcDb::kForWrite); }
   EXPECT_TRUE(d.db.get<Text>(text)->record().modified);
+}
+
+}  // namespace
+}  // namespace corvane::headless
+
+namespace corvane::headless {
+namespace {
+
+TEST(HostApplication, TemporaryFieldsEvaluateAndLeaveNoTrace) {
+  corvane::testing::TestDrawing d;
+  const auto before = d.db.objectIds().size();
+  const auto listed = d.db.get<FieldList>(d.db.fieldListId())->ids().size();
+  {
+    auto field = d.host.newField();
+    ASSERT_TRUE(field);
+    ASSERT_EQ(field->setFieldCode(L"%<\\AcVar LUPREC>% and %<\\AcVar LUNITS>%"), host::Acad::eOk);
+    ASSERT_EQ(field->evaluate(AcDbField::kDemand), host::Acad::eOk);
+    EXPECT_EQ(field->evaluationStatus(), AcDbField::kSuccess);
+    EXPECT_EQ(field->getDisplayText(), L"4 and 2");
+    EXPECT_EQ(d.db.get<FieldList>(d.db.fieldListId())->ids().size(), listed);  // never in the field list
+  }
+  EXPECT_EQ(d.db.objectIds().size(), before);  // field and children gone with the holder
+
+  HostApplication noDrawing;
+  EXPECT_FALSE(noDrawing.newField());
+}
+
+TEST(HostApplication, PropertyValuesOfObjects) {
+  corvane::testing::TestDrawing d;
+  const auto circle = d.addCircle(2, L"Walls");
+  host::AcValue value;
+  EXPECT_EQ(d.host.getPropertyValue(circle, L"radius", value), host::Acad::eOk);
+  EXPECT_EQ(value, host::AcValue(2.0));
+  EXPECT_EQ(d.host.getPropertyValue(circle, L"Layer", value), host::Acad::eOk);
+  EXPECT_EQ(value, host::AcValue(L"Walls"));
+  EXPECT_EQ(d.host.getPropertyValue(circle, L"Nope", value), host::Acad::eKeyNotFound);
+  EXPECT_EQ(d.host.getPropertyValue(host::AcDbObjectId(5), L"Radius", value), host::Acad::eInvalidObjectId);
+  auto* object = d.db.get<Circle>(circle);
+  object->record().writeOpen = true;
+  ASSERT_EQ(object->erase(), host::Acad::eOk);
+  object->record().writeOpen = false;
+  EXPECT_EQ(d.host.getPropertyValue(circle, L"Radius", value), host::Acad::eWasErased);
 }
 
 }  // namespace
