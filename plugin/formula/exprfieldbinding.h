@@ -1,0 +1,37 @@
+// The formula engine's view of the drawing a formula field stands in, through the host port:
+// system variables and embedded field codes through temporary host fields, object properties
+// by handle in the working drawing. The owner table and self block are bound by the formula
+// field from the field's context.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "host/hostservices.h"
+#include "plugin/formula/exprbinding.h"
+
+namespace corvane {
+
+class ExprFieldBinding : public ExprBinding {
+ public:
+  explicit ExprFieldBinding(host::AcDbHostApplicationServices& services) : services_(services) {}
+
+  std::optional<std::wstring> ObjectProperty(std::wstring_view handle, std::wstring_view property) override;
+  std::optional<std::wstring> SystemVariable(std::wstring_view name) override;
+  std::wstring EvaluateFieldCode(std::wstring_view fieldCode) override;
+
+ protected:
+  host::AcDbHostApplicationServices& services() noexcept { return services_; }
+  // A value as text, the way the host shows a value with no format.
+  std::wstring valueText(const host::AcValue& value) const { return services_.formatValue(value, L""); }
+
+ private:
+  // The value text of a code evaluated in a temporary field of the working drawing; nullopt
+  // unless the evaluation succeeds.
+  std::optional<std::wstring> evaluateInTemporaryField(std::wstring_view code);
+
+  host::AcDbHostApplicationServices& services_;
+};
+
+}  // namespace corvane
