@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <string_view>
+
 #include "plugin/fields/asdkfieldevaluator.h"
 
 namespace corvane {
@@ -10,5 +13,13 @@ class AsdkExprEvaluator : public AsdkFieldEvaluator<AsdkExprEvaluator> {
   static constexpr std::size_t kRow = kExprRow;
   int evaluateField(host::AcDbField* field, host::AcDbDatabase* db, host::AcFdFieldValue& value);
 };
+
+// The expression of a formula field's record "\VxExpr (expression)": what stands between the
+// first opening and the last closing parenthesis (the text after the id when there are none).
+std::wstring FormulaExpressionOf(std::wstring_view record);
+// The engine's result as the field's value: numeric text within 1e-5 of its leading integer
+// becomes that 32-bit integer, other numeric text a double, both carrying the field's format;
+// anything else is a string (without the engine's literal marker), an empty one a single blank.
+host::AcFdFieldValue FormulaResultValue(const std::wstring& result, const std::wstring& format);
 
 }  // namespace corvane

@@ -1,0 +1,84 @@
+#include "plugin/formula/asdkexprevaluator.h"
+
+#include <gtest/gtest.h>
+
+#include "plugin/shell/ccorvaneapp.h"
+#include "support/testdrawing.h"
+
+namespace corvane {
+namespace {
+
+using corvane::testing::TestDrawing;
+using host::AcDbField;
+using host::AcValue;
+
+TEST(FormulaResultValue, TypesTheEnginesText) {
+  struct Case {
+    std::wstring result, format;
+    AcValue expected;
+  } const cases[] = {
+      {L"12", L"", AcValue(std::int32_t{12})},
+      {L"12.000001", L"", AcValue(std::int32_t{12})},  // within 1e-5 of its integer
+      {L"-3.99999", L"", AcValue(-3.99999)},
+      {L"12.5", L"", AcValue(12.5)},
+      {L"1E+06", L"", AcValue(1e6)},                   // leading integer 1: a double
+      {L"abc", L"", AcValue(L"abc")},
+      {L"", L"", AcValue(L" ")},
+      {L"\x13", L"", AcValue(L" ")},          // an empty literal
+      {L"\x13" L"12", L"%lu2", AcValue(L"12")},  // the literal '12' stays a text
+      {L"\x13" L"abc", L"", AcValue(L"abc")},
+      {L"divider is 0.", L"%lu2", AcValue(L"divider is 0.")},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(FormulaResultValue(c.result, c.format), c.expected) << c.result.size();
+  }
+  AcValue formatted = FormulaResultValue(L"8", L"%lu2%pr2");
+  EXPECT_EQ(formatted.getFormat(), L"%lu2%pr2");
+  EXPECT_EQ(FormulaResultValue(L"x", L"%lu2%pr2").getFormat(), L"");  // texts carry no format
+}
+
+TEST(FormulaExpressionOf, TakesWhatStandsBetweenTheParentheses) {
+  EXPECT_EQ(FormulaExpressionOf(L"\\VxExpr (A1*2)"), L"A1*2");
+  EXPECT_EQ(FormulaExpressionOf(L"\\VxExpr ((1+2)*(3))"), L"(1+2)*(3)");
+  EXPECT_EQ(FormulaExpressionOf(L"\\VxExpr 1+2"), L"1+2");
+  EXPECT_EQ(FormulaExpressionOf(L"\\VxExpr"), L"");
+}
+
+TEST(AsdkExprEvaluator, EvaluatesThroughTheFieldEngine) {
+  TestDrawing d;
+  CCorvaneApp app(d.host);
+  app.onInitialize();
+  const std::wstring handle = d.host.handle(d.addCircle(1.25)).text();
+  struct Case {
+    std::wstring code;
+    std::wstring display;
+  } const cases[] = {
+      {L"%<\\VxExpr (LUPREC*2) \\f \"%lu2%pr2\">%", L"8.00"},
+      {L"%<\\VxExpr (" + handle + L"!Radius*4)>%", L"5"},
+      {L"%<\\VxExpr (ROUND(2.346,2))>%", L"2.350000"},
+      {L"%<\\VxExpr (1/0)>%", L"divider is 0."},
+      {L"%<\\VxExpr (UCASE('ab') & '-' & %<\\AcVar LUNITS>%)>%", L"AB-2"},
+      {L"%<\\VxExpr ('')>%", L" "},
+  };
+  for (const auto& c : cases) {
+    const auto id = d.addField(c.code);
+    d.evaluateAll();
+    EXPECT_EQ(d.field(id).evaluationStatus(), AcDbField::kSuccess) << c.code.size();
+    EXPECT_EQ(d.field(id).getDisplayText(), c.display) << c.code.size();
+  }
+  app.onUnload();
+}
+
+TEST(AsdkExprEvaluator, RecordProblemsAreFieldFailures) {
+  TestDrawing d;
+  AsdkExprEvaluator evaluator;
+  auto& field = d.field(d.addField(L"%<\\VxExpr (1)>%"));
+  host::AcFdFieldValue value(L"kept");
+  EXPECT_EQ(evaluator.evaluateField(&field, &d.db, value), AcDbField::kOtherError);  // not compiled: no record
+  field.putData(L"VxExpr Data", AcValue(2.0));
+  EXPECT_EQ(evaluator.evaluateField(&field, &d.db, value), AcDbField::kInvalidCode);
+  EXPECT_EQ(value, host::AcFdFieldValue(L"kept"));
+}
+
+}  // namespace
+}  // namespace corvane
