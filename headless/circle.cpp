@@ -4,6 +4,33 @@
 
 namespace corvane::headless {
 
+using host::Acad;
+
+Acad::ErrorStatus Circle::getStartParam(double& param) const {
+  param = 0.0;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Circle::getEndParam(double& param) const {
+  param = geometry::kTwoPi;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Circle::getDistAtParam(double param, double& dist) const {
+  if (param < 0.0 || param > geometry::kTwoPi) return Acad::eInvalidInput;
+  dist = radius_ * param;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Circle::getArea(double& area) const {
+  area = M_PI * radius_ * radius_;
+  return Acad::eOk;
+}
+
+void Circle::addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const {
+  geometry::addEllipticArc(extents, transform, center(), {radius_, 0, 0}, {0, radius_, 0}, 0.0, geometry::kTwoPi);
+}
+
 std::optional<host::AcValue> Circle::property(std::wstring_view name) const {
   if (core::equalsNoCase(name, L"Radius")) return host::AcValue(radius_);
   if (core::equalsNoCase(name, L"Diameter")) return host::AcValue(2 * radius_);

@@ -3,11 +3,12 @@
 #include <array>
 
 #include "headless/entity.h"
-#include "host/acdbobject.h"
+#include "headless/shape.h"
+#include "host/acdbcircle.h"
 
 namespace corvane::headless {
 
-class Circle : public EntityImpl<host::AcDbEntity> {
+class Circle : public EntityImpl<host::AcDbCircle>, public Shape {
  public:
   using Point = std::array<double, 3>;
   Circle() = default;
@@ -15,8 +16,17 @@ class Circle : public EntityImpl<host::AcDbEntity> {
   std::wstring dxfName() const override { return L"CIRCLE"; }
   std::wstring className() const override { return L"AcDbCircle"; }
 
-  const Point& center() const noexcept { return center_; }
-  double radius() const noexcept { return radius_; }
+  host::AcGePoint3d center() const override { return host::AcGePoint3d::fromArray(center_); }
+  double radius() const override { return radius_; }
+
+  bool isClosed() const override { return true; }
+  // The parameter is the angle from the x axis.
+  host::Acad::ErrorStatus getStartParam(double& param) const override;
+  host::Acad::ErrorStatus getEndParam(double& param) const override;
+  host::Acad::ErrorStatus getDistAtParam(double param, double& dist) const override;
+  host::Acad::ErrorStatus getArea(double& area) const override;
+  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
+  void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;
 

@@ -4,10 +4,16 @@
 #include <stdexcept>
 
 #include "core/textutil.h"
+#include "headless/attribute.h"
+#include "headless/blockreference.h"
+#include "headless/blocktable.h"
 #include "headless/blocktablerecord.h"
 #include "headless/dictionary.h"
 #include "headless/fieldlist.h"
 #include "headless/hostapplication.h"
+#include "headless/layertable.h"
+#include "headless/layertablerecord.h"
+#include "headless/layout.h"
 #include "headless/objectimpl.h"
 #include "headless/sysvars.h"
 
@@ -23,6 +29,37 @@ Database::Database(HostApplication& host) : host_(host) {
   get<Dictionary>(namedObjects_)->put(L"ACAD_FIELDLIST", fieldList_);
   modelSpace_ = addObject(std::make_unique<BlockTableRecord>(L"*Model_Space"), {});
   paperSpace_ = addObject(std::make_unique<BlockTableRecord>(L"*Paper_Space"), {});
+  // The spaces came first and keep their early handles; the tables take them in now.
+  blockTable_ = addObject(std::make_unique<BlockTable>(), {});
+  for (const host::AcDbObjectId space : {modelSpace_, paperSpace_}) {
+    host_.lookupHeadless(space)->record().owner = blockTable_;
+    get<BlockTable>(blockTable_)->addRecord(space);
+  }
+  layerTable_ = addObject(std::make_unique<LayerTable>(), {});
+  addRecord(std::make_unique<LayerTableRecord>(L"0"));
+  layouts_ = addObject(std::make_unique<Dictionary>(), namedObjects_);
+  get<Dictionary>(namedObjects_)->put(L"ACAD_LAYOUT", layouts_);
+  const host::AcDbObjectId model = addObject(std::make_unique<Layout>(L"Model", modelSpace_, 0), layouts_);
+  const host::AcDbObjectId sheet = addObject(std::make_unique<Layout>(L"Layout1", paperSpace_, 1), layouts_);
+  get<Dictionary>(layouts_)->put(L"Model", model);
+  get<Dictionary>(layouts_)->put(L"Layout1", sheet);
+  get<BlockTableRecord>(modelSpace_)->setLayoutId(model);
+  get<BlockTableRecord>(paperSpace_)->setLayoutId(sheet);
+}
+
+Database::Database(HostApplication& host, Empty) : host_(host) {
+  for (const auto& var : initialSysVars()) sysvars_.emplace(var.name, var.value);
+  regApps_.emplace_back(L"ACAD");
+}
+
+void Database::setStandardObjects(const StandardObjects& objects) {
+  namedObjects_ = objects.namedObjects;
+  fieldList_ = objects.fieldList;
+  modelSpace_ = objects.modelSpace;
+  paperSpace_ = objects.paperSpace;
+  blockTable_ = objects.blockTable;
+  layerTable_ = objects.layerTable;
+  layouts_ = objects.layouts;
 }
 
 Database::~Database() {
@@ -86,17 +123,52 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   record.id = host_.registerObject(*this, *object, *headless);
   byHandle_.emplace(handle.value(), record.id);
   const host::AcDbObjectId id = record.id;
+  host::AcDbObject* added = object.get();
   objects_.push_back(std::move(object));
+  linkStructure(*added);
   return id;
+}
+
+void Database::linkStructure(host::AcDbObject& object) {
+  const host::AcDbObjectId id = object.objectId();
+  const host::AcDbObjectId owner = object.ownerId();
+  if (dynamic_cast<BlockTable*>(&object) && blockTable_.isNull()) blockTable_ = id;
+  if (dynamic_cast<LayerTable*>(&object) && layerTable_.isNull()) layerTable_ = id;
+  if (dynamic_cast<host::AcDbSymbolTableRecord*>(&object)) {
+    if (auto* table = dynamic_cast<SymbolTableBase*>(lookup(owner))) table->addRecord(id);
+  }
+  if (auto* reference = dynamic_cast<BlockReference*>(&object)) {
+    if (auto* block = get<BlockTableRecord>(reference->blockTableRecord())) block->addReference(id);
+  }
+  if (dynamic_cast<Attribute*>(&object)) {
+    if (auto* reference = get<BlockReference>(owner)) reference->addAttributeId(id);
+  }
+}
+
+host::AcDbObjectId Database::addRecord(std::unique_ptr<host::AcDbObject> record, host::AcDbHandle handle) {
+  host::AcDbObjectId table;
+  if (dynamic_cast<BlockTableRecord*>(record.get())) table = blockTable_;
+  if (dynamic_cast<LayerTableRecord*>(record.get())) table = layerTable_;
+  if (table.isNull()) throw std::invalid_argument("a record goes into the block table or the layer table");
+  return addObject(std::move(record), table, handle);
 }
 
 void Database::destroyObject(host::AcDbObjectId id) {
   const auto it = std::find_if(objects_.begin(), objects_.end(),
                                [id](const auto& object) { return object && object->objectId() == id; });
   if (it == objects_.end()) return;
+  // Nothing may keep the id of an object that is gone.
+  if (auto* reference = dynamic_cast<BlockReference*>(it->get())) {
+    if (auto* block = get<BlockTableRecord>(reference->blockTableRecord())) block->removeReference(id);
+  }
+  if (auto* table = dynamic_cast<SymbolTableBase*>(lookup((*it)->ownerId()))) table->removeRecord(id);
   byHandle_.erase((*it)->handle().value());
   host_.unregisterObject(id);
   objects_.erase(it);
+}
+
+void Database::raiseHandseed(host::AcDbHandle seed) {
+  if (seed.value() > handseed_.value()) handseed_ = seed;
 }
 
 host::AcDbObject* Database::lookup(host::AcDbObjectId id) const {
@@ -110,11 +182,12 @@ std::vector<host::AcDbObjectId> Database::objectIds() const {
   return ids;
 }
 
-host::AcDbObjectId Database::appendEntity(std::unique_ptr<host::AcDbObject> entity, host::AcDbObjectId block) {
+host::AcDbObjectId Database::appendEntity(std::unique_ptr<host::AcDbObject> entity, host::AcDbObjectId block,
+                                         host::AcDbHandle handle) {
   if (block.isNull()) block = modelSpace_;
   auto* record = get<BlockTableRecord>(block);
   if (!record) throw std::invalid_argument("entities go into a block table record");
-  const host::AcDbObjectId id = addObject(std::move(entity), block);
+  const host::AcDbObjectId id = addObject(std::move(entity), block, handle);
   record->append(id);
   return id;
 }

@@ -19,9 +19,25 @@ class HeadlessObject;
 
 class Database : public host::AcDbDatabase {
  public:
-  // A new drawing: the named objects dictionary with its field list, model and paper space,
-  // the "ACAD" application and the host's initial system variables.
+  // A new drawing: the named objects dictionary with its field list, the block table with
+  // model and paper space, the layer table with layer "0", the layouts "Model" and "Layout1"
+  // in the "ACAD_LAYOUT" dictionary, the "ACAD" application and the host's initial system
+  // variables.
   explicit Database(HostApplication& host);
+  // An empty drawing for a file to fill: no objects, the "ACAD" application and the host's
+  // initial system variables. Whoever fills it names the standard objects it read.
+  struct Empty {};
+  Database(HostApplication& host, Empty);
+  struct StandardObjects {
+    host::AcDbObjectId namedObjects;
+    host::AcDbObjectId fieldList;
+    host::AcDbObjectId modelSpace;
+    host::AcDbObjectId paperSpace;
+    host::AcDbObjectId blockTable;
+    host::AcDbObjectId layerTable;
+    host::AcDbObjectId layouts;
+  };
+  void setStandardObjects(const StandardObjects& objects);
   ~Database() override;
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
@@ -35,6 +51,9 @@ class Database : public host::AcDbDatabase {
   host::AcDbObjectId namedObjectsDictionaryId() const override { return namedObjects_; }
   host::AcDbObjectId currentSpaceId() const override { return modelSpace_; }
   host::AcDbObjectId modelSpaceId() const noexcept { return modelSpace_; }
+  host::AcDbObjectId blockTableId() const override { return blockTable_; }
+  host::AcDbObjectId layerTableId() const override { return layerTable_; }
+  host::AcDbObjectId layoutDictionaryId() const noexcept { return layouts_; }
   host::AcDbObjectId fieldListId() const noexcept { return fieldList_; }
 
   host::Acad::ErrorStatus getSysVar(std::wstring_view name, host::ResBuf& value) const override;
@@ -45,9 +64,13 @@ class Database : public host::AcDbDatabase {
 
   // Adds an object (which must be a headless object) with the given owner. A null handle
   // takes the next one from the handle seed; a given handle must be free and raises the seed
-  // past itself.
+  // past itself. The drawing's structure follows what is added: a symbol table record owned
+  // by a table joins it, a block reference is made known to its block, an attribute owned by
+  // a block reference joins its attributes.
   host::AcDbObjectId addObject(std::unique_ptr<host::AcDbObject> object, host::AcDbObjectId owner,
                                host::AcDbHandle handle = {});
+  // Adds a block table record or layer table record to its table.
+  host::AcDbObjectId addRecord(std::unique_ptr<host::AcDbObject> record, host::AcDbHandle handle = {});
   template <typename T, typename... Args>
   T* create(host::AcDbObjectId owner, Args&&... args) {
     auto object = std::make_unique<T>(std::forward<Args>(args)...);
@@ -68,11 +91,17 @@ class Database : public host::AcDbDatabase {
   std::vector<host::AcDbObjectId> objectIds() const;
 
   host::AcDbHandle handseed() const noexcept { return handseed_; }
+  // Raises the seed of new handles (never lowers it): a drawing read from a file keeps its own.
+  void raiseHandseed(host::AcDbHandle seed);
+  host::AcDbObjectId paperSpaceId() const noexcept { return paperSpace_; }
 
   // Puts an entity into model space (or the given block) and makes it owned there.
-  host::AcDbObjectId appendEntity(std::unique_ptr<host::AcDbObject> entity, host::AcDbObjectId block = {});
+  host::AcDbObjectId appendEntity(std::unique_ptr<host::AcDbObject> entity, host::AcDbObjectId block = {},
+                                  host::AcDbHandle handle = {});
 
  private:
+  void linkStructure(host::AcDbObject& object);
+
   HostApplication& host_;
   std::wstring fileName_;
   std::vector<std::unique_ptr<host::AcDbObject>> objects_;  // in creation order
@@ -82,6 +111,9 @@ class Database : public host::AcDbDatabase {
   host::AcDbObjectId fieldList_;
   host::AcDbObjectId modelSpace_;
   host::AcDbObjectId paperSpace_;
+  host::AcDbObjectId blockTable_;
+  host::AcDbObjectId layerTable_;
+  host::AcDbObjectId layouts_;
   std::map<std::wstring, host::ResBuf> sysvars_;  // key: upper-case name
   std::vector<std::wstring> regApps_;
 };

@@ -11,6 +11,11 @@
 namespace corvane::host {
 
 class AcDbHostApplicationServices;
+class AcDbBlockTable;
+class AcDbLayerTable;
+namespace AcDb {
+enum OpenMode : int;
+}
 
 class AcDbDatabase {
  public:
@@ -24,6 +29,11 @@ class AcDbDatabase {
   virtual Acad::ErrorStatus getAcDbObjectId(AcDbObjectId& id, AcDbHandle handle) const = 0;
   virtual AcDbObjectId namedObjectsDictionaryId() const = 0;
   virtual AcDbObjectId currentSpaceId() const = 0;
+  virtual AcDbObjectId blockTableId() const = 0;
+  virtual AcDbObjectId layerTableId() const = 0;
+  // Opens the table; the caller closes it (AcDbObjectPointer's adopting constructor does).
+  Acad::ErrorStatus getSymbolTable(AcDbBlockTable*& table, AcDb::OpenMode mode);
+  Acad::ErrorStatus getSymbolTable(AcDbLayerTable*& table, AcDb::OpenMode mode);
 
   // System variables kept with the drawing (LUNITS, LUPREC, DIMZIN, ...) and those of the
   // session; names are compared without regard to case. eInvalidInput for an unknown name.

@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "host/acdbextents.h"
 #include "host/errorstatus.h"
 #include "host/objectid.h"
 #include "host/resbuf.h"
@@ -21,6 +22,7 @@ class AcDbHostApplicationServices;
 
 namespace AcDb {
 enum OpenMode : int { kForRead = 0, kForWrite = 1, kForNotify = 2 };
+enum Visibility : int { kVisible = 0, kInvisible = 1 };
 }
 
 class AcDbObject {
@@ -58,6 +60,10 @@ class AcDbEntity : public AcDbObject {
   virtual std::wstring layer() const = 0;
   virtual bool visible() const = 0;
   virtual AcDbObjectId blockId() const = 0;  // the block table record that holds the entity
+  AcDb::Visibility visibility() const { return visible() ? AcDb::kVisible : AcDb::kInvisible; }
+  // The box around the entity's geometry in world coordinates; eInvalidExtents for an entity
+  // without measurable geometry.
+  virtual Acad::ErrorStatus getGeomExtents(AcDbExtents& /*extents*/) const { return Acad::eInvalidExtents; }
 };
 
 // Opens an object of a type for the scope of the pointer and closes it on every path.

@@ -24,6 +24,7 @@ const wchar_t* acadErrorStatusText(Acad::ErrorStatus status) noexcept {
     CORVANE_STATUS(eDuplicateKey)
     CORVANE_STATUS(eInvalidIndex)
     CORVANE_STATUS(eAlreadyInDb)
+    CORVANE_STATUS(eInvalidExtents)
     CORVANE_STATUS(eInvalidKey)
     CORVANE_STATUS(eWrongObjectType)
     CORVANE_STATUS(eWrongDatabase)

@@ -23,6 +23,7 @@ struct Acad {
     eDuplicateKey = 23,
     eInvalidIndex = 24,
     eAlreadyInDb = 26,
+    eInvalidExtents = 30,
     eInvalidKey = 33,
     eWrongObjectType = 34,
     eWrongDatabase = 35,

@@ -1,18 +1,33 @@
 // A drawing in memory with a host around it, made in a line or two by the tests.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "core/printf.h"
+#include "headless/arc.h"
+#include "headless/attribute.h"
+#include "headless/attributedefinition.h"
+#include "headless/blockreference.h"
+#include "headless/blocktablerecord.h"
 #include "headless/circle.h"
 #include "headless/database.h"
+#include "headless/dictionary.h"
 #include "headless/field.h"
 #include "headless/fieldengine.h"
+#include "headless/hatch.h"
 #include "headless/hostapplication.h"
+#include "headless/layertablerecord.h"
+#include "headless/layout.h"
 #include "headless/line.h"
+#include "headless/mleader.h"
+#include "headless/mtext.h"
+#include "headless/polyline.h"
 #include "headless/text.h"
 #include "headless/texthost.h"
+#include "headless/viewport.h"
 
 namespace corvane::testing {
 
@@ -41,6 +56,78 @@ struct TestDrawing {
   host::AcDbObjectId addField(const std::wstring& code) { return headless::Field::create(db, code); }
   // A text holding a field made from the code; returns the id of the text's field.
   host::AcDbObjectId addFieldText(const std::wstring& code) { return headless::attachField(db, addText(), code); }
+
+  // Entities of the other kinds, in model space unless a block is given. Angles in radians.
+  host::AcDbObjectId addArc(host::AcGePoint3d center, double radius, double startAngle, double endAngle,
+                            host::AcDbObjectId block = {}) {
+    return db.appendEntity(std::make_unique<headless::Arc>(center, radius, startAngle, endAngle), block);
+  }
+  host::AcDbObjectId addPolyline(std::vector<headless::geometry::Vertex> vertices, bool closed,
+                                 host::AcDbObjectId block = {}) {
+    return db.appendEntity(std::make_unique<headless::Polyline>(std::move(vertices), closed), block);
+  }
+  host::AcDbObjectId addHatch(std::vector<headless::HatchLoop> loops,
+                              headless::Hatch::Style style = headless::Hatch::Style::kNormal,
+                              host::AcDbObjectId block = {}) {
+    return db.appendEntity(std::make_unique<headless::Hatch>(L"SOLID", true, std::move(loops), style), block);
+  }
+  host::AcDbObjectId addMText(std::wstring contents, host::AcGePoint3d location = {}, double height = 0.2,
+                              host::AcDbObjectId block = {}) {
+    return db.appendEntity(std::make_unique<headless::MText>(location, height, std::move(contents)), block);
+  }
+  host::AcDbObjectId addMLeader(std::wstring contents, host::AcGePoint3d location = {}, double height = 0.2) {
+    return db.appendEntity(std::make_unique<headless::MLeader>(std::move(contents), location, height));
+  }
+  host::AcDbObjectId addLayer(std::wstring name) {
+    return db.addRecord(std::make_unique<headless::LayerTableRecord>(std::move(name)));
+  }
+  // A block definition with its base point; flags as BlockTableRecord::Flags.
+  host::AcDbObjectId addBlock(std::wstring name, int flags = 0, host::AcGePoint3d origin = {}) {
+    auto block = std::make_unique<headless::BlockTableRecord>(std::move(name), flags);
+    block->setOrigin(origin);
+    return db.addRecord(std::move(block));
+  }
+  // A paper-space layout: its space "*Paper_SpaceN" and its layout object, linked both ways.
+  host::AcDbObjectId addLayout(std::wstring name) {
+    const auto* blocks = db.get<host::AcDbBlockTable>(db.blockTableId());
+    int n = 0;
+    while (blocks->has(core::format(L"*Paper_Space%d", n))) ++n;
+    const host::AcDbObjectId space = addBlock(core::format(L"*Paper_Space%d", n));
+    auto* layouts = db.get<headless::Dictionary>(db.layoutDictionaryId());
+    const host::AcDbObjectId layout =
+        db.addObject(std::make_unique<headless::Layout>(name, space, static_cast<int>(layouts->entries().size())),
+                     db.layoutDictionaryId());
+    layouts->put(std::move(name), layout);
+    db.get<headless::BlockTableRecord>(space)->setLayoutId(layout);
+    return space;
+  }
+  host::AcDbObjectId addBlockReference(host::AcDbObjectId block, host::AcGePoint3d position = {},
+                                       host::AcGeScale3d scale = {}, double rotation = 0.0,
+                                       host::AcDbObjectId space = {}) {
+    return db.appendEntity(std::make_unique<headless::BlockReference>(block, position, scale, rotation), space);
+  }
+  host::AcDbObjectId addAttribute(host::AcDbObjectId reference, std::wstring tag, std::wstring text, int flags = 0) {
+    return db.addObject(std::make_unique<headless::Attribute>(std::move(tag), std::move(text),
+                                                              host::AcGePoint3d{}, 0.2, flags),
+                        reference);
+  }
+  host::AcDbObjectId addAttributeDefinition(host::AcDbObjectId block, std::wstring tag, std::wstring defaultText,
+                                            int flags = 0) {
+    return db.appendEntity(std::make_unique<headless::AttributeDefinition>(tag, tag + L"?", std::move(defaultText),
+                                                                           host::AcGePoint3d{}, 0.2, flags),
+                           block);
+  }
+  // The anonymous copy of a dynamic block that a reference with changed properties inserts,
+  // tagged with its definition's handle as the host tags it.
+  host::AcDbObjectId addDynamicVariant(host::AcDbObjectId definition, std::wstring name) {
+    db.registerApp(L"AcDbBlockRepBTag");
+    const host::AcDbObjectId variant = addBlock(std::move(name), headless::BlockTableRecord::kAnonymous);
+    auto& record = db.get<headless::BlockTableRecord>(variant)->record();
+    record.xdata = {{1001, std::wstring(L"AcDbBlockRepBTag")},
+                    {1070, std::int32_t{1}},
+                    {1005, db.get<headless::BlockTableRecord>(definition)->handle().text()}};
+    return variant;
+  }
 
   headless::Field& field(host::AcDbObjectId id) { return *db.get<headless::Field>(id); }
   static std::wstring idReference(host::AcDbObjectId id) {

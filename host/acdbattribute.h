@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+#include "host/acdbtext.h"
+
+namespace corvane::host {
+
+// The value of one attribute of a block reference, owned by the reference.
+class AcDbAttribute : public AcDbText {
+ public:
+  virtual std::wstring tag() const = 0;
+  virtual bool isInvisible() const = 0;
+  virtual bool isConstant() const = 0;
+};
+
+}  // namespace corvane::host

@@ -1,0 +1,31 @@
+// A block definition, or the space of a layout (model space, a paper space).
+#pragma once
+
+#include <vector>
+
+#include "host/acdbobjectiterator.h"
+#include "host/acdbsymboltable.h"
+#include "host/acgepoint.h"
+
+namespace corvane::host {
+
+class AcDbBlockTableRecord : public AcDbSymbolTableRecord {
+ public:
+  virtual bool isLayout() const = 0;
+  virtual AcDbObjectId getLayoutId() const = 0;  // null for a block that is no layout's space
+  virtual bool isAnonymous() const = 0;
+  virtual bool isFromExternalReference() const = 0;
+  virtual bool isFromOverlayReference() const = 0;
+  virtual bool isUnloaded() const = 0;
+  virtual bool hasAttributeDefinitions() const = 0;
+  // The base point: the block's point that lands on a reference's position.
+  virtual AcGePoint3d origin() const = 0;
+  // The entities in drawing order, erased ones left out.
+  virtual AcDbBlockTableRecordIterator newIterator() const = 0;
+  // The references to this block. Not direct only: also those that reach it through other
+  // blocks, i.e. the references of every block that holds a reference to it, and so on up.
+  // Erased references are listed; callers check.
+  virtual Acad::ErrorStatus getBlockReferenceIds(std::vector<AcDbObjectId>& ids, bool directOnly = true) const = 0;
+};
+
+}  // namespace corvane::host

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "host/acdbcurve.h"
+#include "host/acgepoint.h"
+
+namespace corvane::host {
+
+class AcDbCircle : public AcDbCurve {
+ public:
+  virtual AcGePoint3d center() const = 0;
+  virtual double radius() const = 0;
+};
+
+}  // namespace corvane::host

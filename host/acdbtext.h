@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "host/acdbobject.h"
+#include "host/acgepoint.h"
+
+namespace corvane::host {
+
+// A single-line text; attributes and attribute definitions are texts too.
+class AcDbText : public AcDbEntity {
+ public:
+  // The text as stored, "%%d"-style codes included.
+  virtual std::wstring textString() const = 0;
+  virtual AcGePoint3d position() const = 0;
+  virtual double height() const = 0;
+  virtual double rotation() const = 0;
+};
+
+}  // namespace corvane::host
