@@ -1,7 +1,15 @@
 #include "plugin/formula/exprfieldbinding.h"
 
+#include <vector>
+
+#include "core/crt.h"
 #include "core/printf.h"
+#include "core/textutil.h"
+#include "host/acdbattribute.h"
+#include "host/acdbblockreference.h"
+#include "host/acdbblocktablerecord.h"
 #include "host/acdbdatabase.h"
+#include "host/acdbdynblockreference.h"
 #include "host/acdbfield.h"
 #include "plugin/fields/fieldreferences.h"
 
@@ -31,6 +39,64 @@ std::wstring ExprFieldBinding::EvaluateFieldCode(std::wstring_view fieldCode) {
   // An object-property code travels with handles; the host's field wants ids.
   const std::wstring code = FormulaFieldHandlesToIds(services_, fieldCode);
   return evaluateInTemporaryField(code).value_or(L"####");
+}
+
+std::optional<std::wstring> ExprFieldBinding::SelfBlockProperty(std::wstring_view property) {
+  if (selfBlock_.isNull()) return std::nullopt;
+  return referenceProperty(selfBlock_, property, false);
+}
+
+std::optional<std::wstring> ExprFieldBinding::referenceProperty(host::AcDbObjectId reference,
+                                                                std::wstring_view property, bool attributes) {
+  const host::AcDbDynBlockReference dynamic(services_, reference);
+  std::vector<host::AcDbDynBlockReferenceProperty> properties;
+  if (dynamic.isDynamicBlock() && dynamic.getBlockProperties(properties) == Acad::eOk) {
+    for (const auto& p : properties) {
+      if (core::equalsNoCase(p.propertyName(), property)) return valueText(p.value());
+    }
+  }
+  if (!attributes) return std::nullopt;
+  host::AcDbObjectPointer<host::AcDbBlockReference> open(services_, reference, host::AcDb::kForRead);
+  if (!open) return std::nullopt;
+  for (auto it = open->attributeIterator(); !it.done(); it.step()) {
+    host::AcDbObjectPointer<host::AcDbAttribute> attribute(services_, it.objectId(), host::AcDb::kForRead);
+    if (attribute && core::equalsNoCase(attribute->tag(), property)) return attribute->textString();
+  }
+  return std::nullopt;
+}
+
+double ExprFieldBinding::SumBlockProperty(std::wstring_view blockName, std::wstring_view property) {
+  host::AcDbDatabase* db = services_.workingDatabase();
+  if (!db) return 0.0;
+  host::AcDbObjectId definition;
+  std::vector<host::AcDbObjectId> blocks;
+  {
+    host::AcDbBlockTable* raw = nullptr;
+    if (db->getSymbolTable(raw, host::AcDb::kForRead) != Acad::eOk) return 0.0;
+    host::AcDbObjectPointer<host::AcDbBlockTable> table(raw);
+    if (table->getAt(blockName, definition) != Acad::eOk) return 0.0;
+    for (auto it = table->newIterator(); !it.done(); it.step()) blocks.push_back(it.objectId());
+  }
+  // The definition's own references, and those of its anonymous variants (a dynamic block
+  // whose properties were changed is inserted through such a copy).
+  std::vector<host::AcDbObjectId> references;
+  for (const auto block : blocks) {
+    host::AcDbObjectPointer<host::AcDbBlockTableRecord> record(services_, block, host::AcDb::kForRead);
+    if (!record || (block != definition && !record->isAnonymous())) continue;
+    std::vector<host::AcDbObjectId> ids;
+    record->getBlockReferenceIds(ids);
+    for (const auto id : ids) {
+      if (block == definition || host::AcDbDynBlockReference(services_, id).dynamicBlockTableRecord() == definition) {
+        references.push_back(id);
+      }
+    }
+  }
+  double sum = 0.0;
+  for (const auto id : references) {
+    if (!services_.isValid(id) || services_.isErased(id)) continue;
+    if (const auto text = referenceProperty(id, property, true)) sum += core::wtof(*text);
+  }
+  return sum;
 }
 
 std::optional<std::wstring> ExprFieldBinding::evaluateInTemporaryField(std::wstring_view code) {

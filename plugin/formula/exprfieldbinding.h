@@ -21,6 +21,13 @@ class ExprFieldBinding : public ExprBinding {
   std::optional<std::wstring> SystemVariable(std::wstring_view name) override;
   std::wstring EvaluateFieldCode(std::wstring_view fieldCode) override;
 
+  // The block reference that holds the formula; its dynamic properties answer "_SELFBLOCK."
+  // names and VX_SELF.
+  void bindSelfBlock(host::AcDbObjectId reference) { selfBlock_ = reference; }
+  bool HasSelfBlock() const override { return !selfBlock_.isNull(); }
+  std::optional<std::wstring> SelfBlockProperty(std::wstring_view property) override;
+  double SumBlockProperty(std::wstring_view blockName, std::wstring_view property) override;
+
  protected:
   host::AcDbHostApplicationServices& services() noexcept { return services_; }
   // A value as text, the way the host shows a value with no format.
@@ -31,7 +38,12 @@ class ExprFieldBinding : public ExprBinding {
   // unless the evaluation succeeds.
   std::optional<std::wstring> evaluateInTemporaryField(std::wstring_view code);
 
+  // A dynamic property, or else an attribute, of a block reference, as text.
+  std::optional<std::wstring> referenceProperty(host::AcDbObjectId reference, std::wstring_view property,
+                                                bool attributes);
+
   host::AcDbHostApplicationServices& services_;
+  host::AcDbObjectId selfBlock_;
 };
 
 }  // namespace corvane
