@@ -15,6 +15,10 @@ int main(int argc, char** argv) {
   corvane::cli::addFormulaCommand(app, action);
   corvane::cli::addRtosCommand(app, action);
   corvane::cli::addFormatCommand(app, action);
+  corvane::cli::addFieldsCommand(app, action);
+  corvane::cli::addUpdateCommand(app, action);
+  corvane::cli::addSaveCommand(app, action);
+  corvane::cli::addRunCommand(app, action);
 
   try {
     app.parse(argc, argv);

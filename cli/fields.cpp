@@ -1,0 +1,103 @@
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "commands.h"
+#include "core/printf.h"
+#include "core/utf8.h"
+#include "dxf/drawingfile.h"
+#include "headless/database.h"
+#include "headless/field.h"
+#include "headless/fieldlist.h"
+#include "headless/hostapplication.h"
+
+namespace corvane::cli {
+
+namespace {
+
+struct FieldsOptions {
+  std::string drawing;
+  bool json = false;
+};
+
+// Control characters are shown as \uXXXX so that each field stays on one line.
+std::wstring oneLine(std::wstring_view text) {
+  std::wstring shown;
+  for (const wchar_t c : text) {
+    if (static_cast<unsigned>(c) < 0x20 || c == 0x7F) shown += core::format(L"\\u%04X", static_cast<unsigned>(c));
+    else shown.push_back(c);
+  }
+  return shown;
+}
+
+std::wstring jsonString(std::wstring_view text) {
+  std::wstring out = L"\"";
+  for (const wchar_t c : text) {
+    switch (c) {
+      case L'"': out += L"\\\""; break;
+      case L'\\': out += L"\\\\"; break;
+      case L'\n': out += L"\\n"; break;
+      case L'\r': out += L"\\r"; break;
+      case L'\t': out += L"\\t"; break;
+      default:
+        if (static_cast<unsigned>(c) < 0x20) out += core::format(L"\\u%04x", static_cast<unsigned>(c));
+        else out.push_back(c);
+    }
+  }
+  return out + L"\"";
+}
+
+void print(const std::wstring& text) {
+  const std::string utf8 = core::toUtf8(text);
+  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
+}
+
+int listFields(const FieldsOptions& options) {
+  headless::HostApplication host;
+  auto loaded = dxf::DrawingFile::load(options.drawing, host);
+  if (!loaded.drawing) {
+    std::fprintf(stderr, "corvane fields: %s\n", loaded.error.c_str());
+    return 1;
+  }
+  headless::Database& db = loaded.drawing->database();
+  host.setWorkingDatabase(&db);
+
+  std::wstring out = options.json ? L"[" : L"";
+  bool first = true;
+  for (const auto id : db.get<headless::FieldList>(db.fieldListId())->ids()) {
+    const auto* field = db.get<headless::Field>(id);
+    if (!field || field->isErased()) continue;
+    const std::wstring handle = field->handle().text();
+    const std::wstring owner = host.handle(field->ownerId()).text();
+    const std::wstring code =
+        field->getFieldCode(host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers);
+    const int status = field->evaluationStatus();
+    if (options.json) {
+      out += first ? L"\n" : L",\n";
+      out += core::format(L"  {\"handle\": %s, \"owner\": %s, \"evaluator\": %s, \"code\": %s, \"status\": %d, "
+                          L"\"value\": %s}",
+                          jsonString(handle), jsonString(owner), jsonString(field->evaluatorId()), jsonString(code),
+                          status, jsonString(field->getDisplayText()));
+    } else {
+      out += core::format(L"%s\t%s\t%s\t%d\t%s\t%s\n", handle, owner, field->evaluatorId(), status, oneLine(code),
+                          oneLine(field->getDisplayText()));
+    }
+    first = false;
+  }
+  if (options.json) out += first ? L"]\n" : L"\n]\n";
+  print(out);
+  return 0;
+}
+
+}  // namespace
+
+void addFieldsCommand(CLI::App& app, Action& action) {
+  auto options = std::make_shared<FieldsOptions>();
+  auto* cmd = app.add_subcommand(
+      "fields", "List the fields of a drawing: handle, owner, evaluator, status, code and value, one per line");
+  cmd->add_option("DRAWING", options->drawing, "The drawing (DXF)")->required();
+  cmd->add_flag("--json", options->json, "Print a JSON array of objects instead");
+  cmd->callback([&action, options] { action = [options] { return listFields(*options); }; });
+}
+
+}  // namespace corvane::cli

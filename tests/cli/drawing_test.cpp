@@ -1,0 +1,184 @@
+// The drawing commands of the corvane program: fields, update and save, with their output,
+// their exit codes and what they leave on disk.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct CommandRun {
+  std::string out;
+  std::string err;
+  int exitCode = -1;
+};
+
+std::string quoted(const std::string& arg) {
+  std::string q = "'";
+  for (const char c : arg) {
+    if (c == '\'') q += "'\\''";
+    else q += c;
+  }
+  return q + "'";
+}
+
+std::string readBytes(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+class Folder {
+ public:
+  Folder() : path_(fs::temp_directory_path() / ("corvane-cli-drawing-" + std::to_string(::getpid()))) {
+    fs::remove_all(path_);
+    fs::create_directories(path_);
+  }
+  ~Folder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  const fs::path& path() const { return path_; }
+  std::vector<std::string> entries() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(path_)) names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+ private:
+  fs::path path_;
+};
+
+CommandRun run(const std::vector<std::string>& args, const fs::path& errors) {
+  std::string command = quoted(CORVANE_CLI);
+  for (const auto& arg : args) command += " " + quoted(arg);
+  command += " 2>" + quoted(errors.string());
+  CommandRun result;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return result;
+  char buffer[4096];
+  std::size_t n = 0;
+  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
+  const int status = pclose(pipe);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.err = readBytes(errors);
+  fs::remove(errors);
+  return result;
+}
+
+fs::path sample(const char* name) { return fs::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name; }
+
+#define NEED_SAMPLES()                          \
+  do {                                          \
+    if (!fs::is_directory(sample(""))) {        \
+      GTEST_SKIP() << "no sample drawings";     \
+    }                                           \
+  } while (false)
+
+TEST(DrawingCommands, ListFieldsAsLinesOrJson) {
+  NEED_SAMPLES();
+  const Folder folder;
+  const auto errors = folder.path() / "stderr";
+  const std::string drawing = sample("ezdxf-uncommon.dxf").string();
+  // The field list's order; the date fields' children hold the date the drawing was saved with.
+  const CommandRun lines = run({"fields", drawing}, errors);
+  EXPECT_EQ(lines.exitCode, 0) << lines.err;
+  EXPECT_EQ(lines.out,
+            "600\t5FF\tAcVar\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t21/04/2020\n"
+            "5F8\t5F7\t_text\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t\n"
+            "5F9\t5F8\tAcVar\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t21/04/2020\n"
+            "5FF\t5FE\t_text\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t\n");
+  const CommandRun json = run({"fields", "--json", drawing}, errors);
+  EXPECT_EQ(json.exitCode, 0) << json.err;
+  EXPECT_EQ(json.out.substr(0, 2), "[\n");
+  EXPECT_NE(json.out.find("{\"handle\": \"5F9\", \"owner\": \"5F8\", \"evaluator\": \"AcVar\", \"code\": "
+                          "\"%<\\\\AcVar Date \\\\f \\\"dd/MM/yyyy\\\">%\", \"status\": 2, \"value\": \"21/04/2020\"}"),
+            std::string::npos)
+      << json.out;
+  EXPECT_EQ(std::count(json.out.begin(), json.out.end(), '{'), 4);
+  // A drawing without fields lists nothing.
+  const CommandRun none = run({"fields", "--json", sample("ezdxf-hatches_1.dxf").string()}, errors);
+  EXPECT_EQ(none.exitCode, 0);
+  EXPECT_EQ(none.out, "[]\n");
+}
+
+TEST(DrawingCommands, SaveWritesTheDrawingAsItCameIn) {
+  NEED_SAMPLES();
+  const Folder folder;
+  const auto out = folder.path() / "copy.dxf";
+  const CommandRun saved = run({"save", sample("ezdxf-mtext_complex_inline_codes.dxf").string(), "-o", out.string()},
+                               folder.path() / "stderr");
+  EXPECT_EQ(saved.exitCode, 0) << saved.err;
+  EXPECT_EQ(saved.out, "");
+  EXPECT_TRUE(readBytes(out) == readBytes(sample("ezdxf-mtext_complex_inline_codes.dxf")));
+}
+
+TEST(DrawingCommands, UpdateEvaluatesEveryFieldAndSaves) {
+  NEED_SAMPLES();
+  const Folder folder;
+  const auto errors = folder.path() / "stderr";
+  const auto original = readBytes(sample("ezdxf-mtext_complex_inline_codes.dxf"));
+  const auto copy = folder.path() / "texts.dxf";
+  std::ofstream(copy, std::ios::binary) << original;
+
+  // To another file: the drawing stays as it was.
+  const auto out = folder.path() / "updated.dxf";
+  const CommandRun elsewhere = run({"update", copy.string(), "-o", out.string()}, errors);
+  EXPECT_EQ(elsewhere.exitCode, 0) << elsewhere.err;
+  EXPECT_EQ(elsewhere.out, "Evaluated 16 of 16 fields; saved " + out.string() + "\n");
+  EXPECT_EQ(readBytes(copy), original);
+  // The file name fields now show the name of the file they were evaluated in.
+  const CommandRun listed = run({"fields", out.string()}, errors);
+  EXPECT_NE(listed.out.find("\tAcVar\t2\t%<\\AcVar Filename \\f \"%fn6\">%\ttexts.dxf\n"), std::string::npos)
+      << listed.out;
+
+  // In place: the drawing changes and the old one is kept as the backup.
+  const CommandRun inPlace = run({"update", copy.string()}, errors);
+  EXPECT_EQ(inPlace.exitCode, 0) << inPlace.err;
+  EXPECT_EQ(readBytes(copy), readBytes(out));
+  EXPECT_EQ(readBytes(folder.path() / "texts.bak"), original);
+}
+
+TEST(DrawingCommands, ReportErrorsWithoutWritingAnything) {
+  const Folder folder;
+  const auto errors = folder.path() / "stderr";
+  const auto broken = folder.path() / "broken.dxf";
+  std::ofstream(broken, std::ios::binary) << "  0\nSECTION\n  2\nENTITIES\n  0\nLINE\n 10\nnot a number\n";
+  const auto out = folder.path() / "out.dxf";
+  struct Case {
+    std::vector<std::string> args;
+    int exitCode;
+    std::string message;
+  };
+  const Case cases[] = {
+      {{"fields", (folder.path() / "missing.dxf").string()}, 1, "corvane fields: cannot open"},
+      {{"update", (folder.path() / "missing.dxf").string(), "-o", out.string()}, 1, "corvane update: cannot open"},
+      {{"save", broken.string(), "-o", out.string()}, 1, "corvane save: broken.dxf"},
+      {{"update", broken.string()}, 1, "corvane update: broken.dxf"},
+      {{"fields"}, 2, "DRAWING is required"},
+      {{"save", broken.string()}, 2, "--output is required"},
+      {{"fields", "a.dxf", "b.dxf"}, 2, ""},
+  };
+  for (const auto& c : cases) {
+    std::string line;
+    for (const auto& arg : c.args) line += arg + " ";
+    SCOPED_TRACE(line);
+    const CommandRun result = run(c.args, errors);
+    EXPECT_EQ(result.exitCode, c.exitCode);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+  }
+  EXPECT_EQ(folder.entries(), std::vector<std::string>{"broken.dxf"});
+}
+
+}  // namespace

@@ -1,0 +1,376 @@
+// Saving a drawing through the database: fields added and updated, objects erased, extended
+// data and system variables changed. Each saved file is read back by our own reader and, when
+// it is installed, by ezdxf, which shares no code with ours.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "core/printf.h"
+#include "core/utf8.h"
+#include "dxf/drawingfile.h"
+#include "dxftext.h"
+#include "headless/attribute.h"
+#include "headless/blocktablerecord.h"
+#include "headless/database.h"
+#include "headless/dictionary.h"
+#include "headless/field.h"
+#include "headless/fieldcode.h"
+#include "headless/fieldengine.h"
+#include "headless/fieldlist.h"
+#include "headless/hostapplication.h"
+#include "headless/mtext.h"
+#include "headless/text.h"
+#include "headless/texthost.h"
+#include "samples.h"
+
+namespace corvane::dxf {
+namespace {
+
+using host::AcDbField;
+using host::AcDbHandle;
+using host::AcDbObjectId;
+
+struct Loaded {
+  headless::HostApplication host;
+  std::unique_ptr<DrawingFile> drawing;
+
+  explicit Loaded(const std::string& bytes, const std::string& name = "drawing.dxf") {
+    auto loaded = DrawingFile::read(bytes, host, name);
+    EXPECT_TRUE(loaded.drawing) << loaded.error;
+    drawing = std::move(loaded.drawing);
+    if (drawing) host.setWorkingDatabase(&drawing->database());
+  }
+  headless::Database& db() { return drawing->database(); }
+  AcDbObjectId id(std::uint64_t handle) {
+    AcDbObjectId found;
+    db().getAcDbObjectId(found, AcDbHandle(handle));
+    return found;
+  }
+  std::string save() {
+    StringSink sink;
+    const Status status = drawing->write(sink);
+    EXPECT_TRUE(status.ok()) << status.message();
+    return sink.data;
+  }
+};
+
+std::string sample(const char* name) { return testing::readBytes(testing::sampleFolder() / name); }
+
+std::unique_ptr<Document> parse(const std::string& bytes) {
+  auto read = Document::read(bytes);
+  EXPECT_TRUE(read.document) << read.error;
+  return std::move(read.document);
+}
+
+std::uint64_t handleOf(const std::string& text) {
+  std::uint64_t value = 0;
+  parseHandle(text, value);
+  return value;
+}
+
+// Runs a script over a saved drawing with ezdxf; its output, or "ERROR: ..." when it failed.
+std::string runEzdxf(const std::string& script, const std::string& bytes) {
+  const testing::TempFolder folder("ezdxf-save");
+  const auto path = folder.path() / "saved.dxf";
+  testing::writeBytes(path, bytes);
+  const std::string command = testing::pythonWithEzdxf() + " -c '" + script + "' '" + path.string() + "' 2>&1";
+  FILE* pipe = ::popen(command.c_str(), "r");
+  if (pipe == nullptr) return "ERROR: cannot start python";
+  std::string output;
+  char buffer[4096];
+  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
+  return ::pclose(pipe) == 0 ? output : "ERROR: " + output;
+}
+
+// The text field linked to a text, with its texts and check sum, as a second read finds them.
+void expectTextField(Loaded& loaded, std::uint64_t textHandle, const std::wstring& text,
+                     const std::vector<std::wstring>& childCodes) {
+  const AcDbObjectId textId = loaded.id(textHandle);
+  ASSERT_FALSE(textId.isNull());
+  const auto* host = dynamic_cast<const headless::TextHost*>(loaded.db().lookup(textId));
+  ASSERT_NE(host, nullptr);
+  EXPECT_EQ(host->hostText(), text);
+  const auto* field = loaded.db().get<headless::Field>(headless::fieldOf(loaded.db(), textId));
+  ASSERT_NE(field, nullptr);
+  EXPECT_EQ(field->evaluatorId(), L"_text");
+  EXPECT_EQ(field->getDisplayText(), text);
+  EXPECT_EQ(field->evaluationStatus(), AcDbField::kSuccess);
+  host::AcValue checksum;
+  ASSERT_EQ(field->getData(L"ACFD_FIELDTEXT_CHECKSUM", checksum), host::Acad::eOk);
+  EXPECT_EQ(checksum, host::AcValue(headless::fieldTextChecksum(text)));
+  ASSERT_EQ(static_cast<std::size_t>(field->childCount()), childCodes.size());
+  const auto& list = loaded.db().get<headless::FieldList>(loaded.db().fieldListId())->ids();
+  EXPECT_NE(std::find(list.begin(), list.end(), field->objectId()), list.end());
+  for (std::size_t i = 0; i < childCodes.size(); ++i) {
+    const auto* child = loaded.db().get<headless::Field>(field->getChild(static_cast<int>(i)));
+    ASSERT_NE(child, nullptr);
+    EXPECT_EQ(child->getFieldCode(AcDbField::kFieldCode | AcDbField::kAddMarkers | AcDbField::kStripOptions).substr(0, childCodes[i].size()),
+              childCodes[i]);
+    EXPECT_EQ(child->ownerId(), field->objectId());
+    EXPECT_NE(std::find(list.begin(), list.end(), child->objectId()), list.end());
+  }
+}
+
+TEST(DrawingSave, AddedFieldsSurviveASaveAndASecondRead) {
+  CORVANE_NEED_SAMPLES();
+  Loaded first(sample("ezdxf-uncommon.dxf"));
+  headless::Database& db = first.db();
+  const AcDbObjectId line = first.id(0x222);
+  const AcDbObjectId mtext = first.id(0x248);
+  ASSERT_FALSE(line.isNull());
+  ASSERT_FALSE(mtext.isNull());
+  const AcDbObjectId text =
+      db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{1, 2, 0}, 2.5, L""));
+  const std::uint64_t textHandle = db.lookup(text)->handle().value();
+  EXPECT_GE(textHandle, 0x6DCu) << "new objects take handles from the drawing's seed";
+  const AcDbObjectId onText = headless::attachField(
+      db, text,
+      core::format(L"Layer %%<\\AcObjProp Object(%%<\\_ObjId %llu>%%).Layer>%% in %%<\\AcVar LUNITS>%% units",
+                   line.asOldId()));
+  const AcDbObjectId onMtext = headless::attachField(db, mtext, L"Units: %<\\AcVar LUPREC>%");
+  first.host.engine().evaluateFields(&db, {onText, onMtext}, AcDbField::kDemand);
+  const std::string saved = first.save();
+  EXPECT_EQ(first.save(), saved) << "a second save of the same state writes the same";
+
+  const auto doc = parse(saved);
+  ASSERT_TRUE(doc);
+  EXPECT_GT(handleOf(std::string(trimBlanks(doc->valueText(
+                doc->tags(doc->headerRecord())[doc->headerVariable("$HANDSEED")->first])))),
+            doc->maxHandle());
+  // The text's extension dictionary chain, as the host writes it: text -> xdict (no reactors)
+  // -> "ACAD_FIELD" dictionary -> "TEXT" field.
+  const RecordId textRecord = testing::recordOfHandle(*doc, textHandle);
+  ASSERT_NE(textRecord, kNoRecord);
+  const RecordView textView(*doc, textRecord);
+  ASSERT_TRUE(textView.extensionDictionary());
+  const RecordId xdict = testing::recordOfHandle(*doc, *textView.extensionDictionary());
+  EXPECT_EQ(RecordView(*doc, xdict).owner(), textHandle);
+  EXPECT_TRUE(RecordView(*doc, xdict).reactors().empty());
+  EXPECT_EQ(testing::firstValue(*doc, xdict, 3), "ACAD_FIELD");
+  const RecordId fieldDict = testing::recordOfHandle(*doc, handleOf(*testing::firstValue(*doc, xdict, 360)));
+  EXPECT_EQ(RecordView(*doc, fieldDict).reactors(), std::vector<std::uint64_t>{*textView.extensionDictionary()});
+  EXPECT_EQ(testing::firstValue(*doc, fieldDict, 3), "TEXT");
+
+  Loaded second(saved);
+  expectTextField(second, textHandle, L"Layer 0 in 2 units",
+                  {L"%<\\AcObjProp Object(%<\\_ObjId ", L"%<\\AcVar LUNITS>%"});
+  const auto* property = second.db().get<headless::Field>(
+      second.db().get<headless::Field>(headless::fieldOf(second.db(), second.id(textHandle)))->getChild(0));
+  ASSERT_EQ(property->objectIds().size(), 1u);
+  EXPECT_EQ(second.db().lookup(property->objectIds()[0])->handle(), AcDbHandle(0x222));
+  expectTextField(second, 0x248, L"Units: 4", {L"%<\\AcVar LUPREC>%"});
+  // The drawing's two own fields are still there: 4 before, 3 + 2 new.
+  EXPECT_EQ(second.db().get<headless::FieldList>(second.db().fieldListId())->ids().size(), 9u);
+
+  if (testing::pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
+  const std::string script =
+      "import sys, ezdxf\n"
+      "doc = ezdxf.readfile(sys.argv[1])\n"
+      "print(len(doc.audit().errors))\n"
+      "print(doc.entitydb[\"" + formatHandle(textHandle) + "\"].dxf.text)\n"
+      "print(doc.entitydb[\"248\"].text)\n";
+  EXPECT_EQ(runEzdxf(script, saved), "0\nLayer 0 in 2 units\nUnits: 4\n");
+}
+
+TEST(DrawingSave, UpdatedDateFieldsKeepTextValueAndCheckSumInStep) {
+  CORVANE_NEED_SAMPLES();
+  Loaded loaded(sample("ezdxf-uncommon.dxf"));
+  loaded.host.engine().evaluateFields(&loaded.db(), {}, AcDbField::kDemand);
+  const std::string saved = loaded.save();
+  const auto doc = parse(saved);
+  ASSERT_TRUE(doc);
+  // For each text (ATTDEF 5F5, ATTRIB 5FC): its wrapper field and that field's one child. The
+  // definition's wrapper has one data entry more, which says it belongs to a definition.
+  struct Case {
+    std::uint64_t text;
+    std::uint64_t wrapper;
+    std::uint64_t child;
+    long valueBlocks;
+  };
+  for (const Case c : {Case{0x5F5, 0x5F8, 0x5F9, 3}, Case{0x5FC, 0x5FF, 0x600, 2}}) {
+    SCOPED_TRACE(c.text);
+    const RecordId text = testing::recordOfHandle(*doc, c.text);
+    const RecordId wrapper = testing::recordOfHandle(*doc, c.wrapper);
+    const RecordId child = testing::recordOfHandle(*doc, c.child);
+    const std::string shown = *testing::firstValue(*doc, child, 301);
+    // The child's display text with its length; the database's view of it.
+    EXPECT_EQ(*testing::firstValue(*doc, child, 98), std::to_string(shown.size()));
+    const auto* field = loaded.db().get<headless::Field>(loaded.id(c.child));
+    EXPECT_EQ(core::toUtf8(field->getDisplayText()), shown);
+    EXPECT_EQ(*testing::firstValue(*doc, child, 95), std::to_string(field->evaluationStatus()));
+    // The text shows the wrapper's code with the child's text in place of its placeholder.
+    EXPECT_EQ(*testing::firstValue(*doc, wrapper, 2), "%<\\_FldIdx 0>%");
+    const std::string textValue = *testing::firstValue(*doc, text, 1, RecordView(*doc, text).find(100).value_or(1) + 1);
+    EXPECT_EQ(textValue, shown);
+    EXPECT_EQ(*testing::firstValue(*doc, wrapper, 301), shown);
+    // The check sum is that of the text: the 140 after the key.
+    const auto tags = testing::recordTags(*doc, wrapper);
+    const auto key = std::find(tags.begin(), tags.end(), std::pair<int, std::string>{6, "ACFD_FIELDTEXT_CHECKSUM"});
+    ASSERT_NE(key, tags.end());
+    const auto sum = std::find_if(key, tags.end(), [](const auto& tag) { return tag.first == 140; });
+    ASSERT_NE(sum, tags.end());
+    double checksum = 0;
+    for (std::size_t i = 0; i < textValue.size(); ++i) checksum += static_cast<double>((i + 1) * static_cast<unsigned char>(textValue[i]));
+    EXPECT_EQ(std::stod(sum->second), checksum);
+    // Each value block ends where it should.
+    EXPECT_EQ(std::count(tags.begin(), tags.end(), std::pair<int, std::string>{304, "ACVALUE_END"}), c.valueBlocks);
+  }
+  // The update changed only the fields and their texts.
+  const auto before = parse(sample("ezdxf-uncommon.dxf"));
+  ASSERT_EQ(before->sections().size(), doc->sections().size());
+  std::size_t changed = 0;
+  for (std::size_t s = 0; s < doc->sections().size(); ++s) {
+    ASSERT_EQ(before->sections()[s].records.size(), doc->sections()[s].records.size());
+    for (std::size_t r = 0; r < doc->sections()[s].records.size(); ++r) {
+      if (testing::recordTags(*before, before->sections()[s].records[r]) !=
+          testing::recordTags(*doc, doc->sections()[s].records[r])) {
+        ++changed;
+      }
+    }
+  }
+  EXPECT_EQ(changed, 6u) << "two texts and four fields";
+
+  if (testing::pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
+  EXPECT_EQ(runEzdxf("import sys, ezdxf\ndoc = ezdxf.readfile(sys.argv[1])\nprint(len(doc.audit().errors))\n", saved),
+            "0\n");
+}
+
+TEST(DrawingSave, ADrawingWithoutFieldsGetsItsFieldListAndClasses) {
+  CORVANE_NEED_SAMPLES();
+  Loaded first(sample("ezdxf-multi_insert_with_attribs.dxf"));
+  const AcDbObjectId attribute = first.id(0x3D);
+  ASSERT_NE(first.db().get<headless::Attribute>(attribute), nullptr);
+  headless::attachField(first.db(), attribute, L"%<\\AcVar LUNITS>%");
+  first.host.engine().evaluateFields(&first.db(), {}, AcDbField::kDemand);
+  const std::string saved = first.save();
+
+  const auto doc = parse(saved);
+  std::vector<std::string> classes;
+  for (const RecordId id : testing::recordsOfType(*doc, "CLASS")) classes.push_back(*testing::firstValue(*doc, id, 1));
+  EXPECT_NE(std::find(classes.begin(), classes.end(), "FIELD"), classes.end());
+  EXPECT_NE(std::find(classes.begin(), classes.end(), "FIELDLIST"), classes.end());
+  const auto lists = testing::recordsOfType(*doc, "FIELDLIST");
+  ASSERT_EQ(lists.size(), 1u);
+  EXPECT_EQ(*testing::firstValue(*doc, lists[0], 90), "2");
+  // The root dictionary names it.
+  const RecordId root = doc->sections()[*doc->findSection("OBJECTS")].records.front();
+  const auto tags = testing::recordTags(*doc, root);
+  const auto entry = std::find(tags.begin(), tags.end(), std::pair<int, std::string>{3, "ACAD_FIELDLIST"});
+  ASSERT_NE(entry, tags.end());
+  EXPECT_EQ(handleOf((entry + 1)->second), *RecordView(*doc, lists[0]).handle());
+
+  Loaded second(saved);
+  expectTextField(second, 0x3D, L"2", {L"%<\\AcVar LUNITS>%"});
+
+  if (testing::pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
+  EXPECT_EQ(runEzdxf("import sys, ezdxf\ndoc = ezdxf.readfile(sys.argv[1])\nprint(len(doc.audit().errors))\n"
+                     "print(doc.entitydb[\"3D\"].dxf.text)\n",
+                     saved),
+            "0\n2\n");
+}
+
+TEST(DrawingSave, ErasedAndReplacedObjectsLeaveTheDrawing) {
+  CORVANE_NEED_SAMPLES();
+  struct Case {
+    const char* name;
+    std::function<void(Loaded&)> change;
+    std::vector<std::uint64_t> gone;  // records no longer in the drawing
+    std::size_t fields;               // in the field list afterwards
+  };
+  const Case cases[] = {
+      // An erased multiline text takes its extension dictionary and fields along.
+      {"erase a text with a field",
+       [](Loaded& loaded) {
+         host::AcDbObjectPointer<host::AcDbObject> text(loaded.host, loaded.id(0x9A), host::AcDb::kForWrite);
+         ASSERT_EQ(text->erase(), host::Acad::eOk);
+       },
+       {0x9A, 0xA1, 0xAA, 0xA9, 0xCD},
+       14},
+      // A field replaced by another one: the old field and its child go, the new ones come.
+      {"replace a text's field",
+       [](Loaded& loaded) {
+         headless::attachField(loaded.db(), loaded.id(0xDA), L"plain text");
+       },
+       {0xDD, 0xDE},
+       15},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Loaded first(sample("ezdxf-mtext_complex_inline_codes.dxf"));
+    c.change(first);
+    const std::string saved = first.save();
+    const auto doc = parse(saved);
+    for (const auto handle : c.gone) EXPECT_EQ(testing::recordOfHandle(*doc, handle), kNoRecord) << handle;
+    const auto lists = testing::recordsOfType(*doc, "FIELDLIST");
+    ASSERT_EQ(lists.size(), 1u);
+    EXPECT_EQ(*testing::firstValue(*doc, lists[0], 90), std::to_string(c.fields));
+    for (const auto& [code, value] : testing::recordTags(*doc, lists[0])) {
+      if (code == 330 && handleOf(value) != 0xC) {
+        EXPECT_NE(testing::recordOfHandle(*doc, handleOf(value)), kNoRecord);
+      }
+    }
+    Loaded second(saved);
+    EXPECT_EQ(second.db().get<headless::FieldList>(second.db().fieldListId())->ids().size(), c.fields);
+    if (!testing::pythonWithEzdxf().empty()) {
+      EXPECT_EQ(runEzdxf("import sys, ezdxf\ndoc = ezdxf.readfile(sys.argv[1])\nprint(len(doc.audit().errors))\n", saved),
+                "0\n");
+    }
+  }
+}
+
+TEST(DrawingSave, WritesChangedExtendedDataAndSystemVariables) {
+  CORVANE_NEED_SAMPLES();
+  Loaded first(sample("ezdxf-uncommon.dxf"));
+  headless::Database& db = first.db();
+  ASSERT_EQ(db.registerApp(L"CORVANE_TEST"), host::Acad::eOk);
+  const host::ResBufList data = {{1001, std::wstring(L"CORVANE_TEST")},
+                                 {1000, std::wstring(L"stamp")},
+                                 {1070, std::int32_t{7}},
+                                 {1040, 2.5},
+                                 {1010, std::array<double, 3>{1, 2, 3}}};
+  {
+    host::AcDbObjectPointer<host::AcDbObject> line(first.host, first.id(0x222), host::AcDb::kForWrite);
+    ASSERT_EQ(line->setXData(data), host::Acad::eOk);
+  }
+  ASSERT_EQ(db.setSysVar(L"LUNITS", {host::RTSHORT, std::int32_t{4}}), host::Acad::eOk);
+  const std::string saved = first.save();
+
+  const auto doc = parse(saved);
+  std::vector<std::string> apps;
+  for (const RecordId id : testing::recordsOfType(*doc, "APPID")) apps.push_back(*testing::firstValue(*doc, id, 2));
+  EXPECT_EQ(std::count(apps.begin(), apps.end(), "CORVANE_TEST"), 1);
+  const auto variable = doc->headerVariable("$LUNITS");
+  ASSERT_TRUE(variable);
+  EXPECT_EQ(doc->toInteger(doc->tags(doc->headerRecord())[variable->first]), 4);
+
+  Loaded second(saved);
+  EXPECT_EQ(second.db().lookup(second.id(0x222))->xData(L"CORVANE_TEST"), data);
+  host::ResBuf units;
+  ASSERT_EQ(second.db().getSysVar(L"LUNITS", units), host::Acad::eOk);
+  EXPECT_EQ(units.value, (decltype(units.value){std::int32_t{4}}));
+  EXPECT_TRUE(second.db().isRegApp(L"CORVANE_TEST"));
+}
+
+TEST(DrawingSave, FailsWithoutWritingForObjectsItCannotSpell) {
+  CORVANE_NEED_SAMPLES();
+  const testing::TempFolder folder("drawingsave-fail");
+  const auto path = folder.path() / "drawing.dxf";
+  testing::writeBytes(path, sample("ezdxf-uncommon.dxf"));
+  headless::HostApplication host;
+  auto loaded = DrawingFile::load(path, host);
+  ASSERT_TRUE(loaded.drawing) << loaded.error;
+  // A block definition made in memory has no BLOCK and ENDBLK records to go with it yet.
+  loaded.drawing->database().addRecord(std::make_unique<headless::BlockTableRecord>(L"NEW_BLOCK"));
+  const Status status = loaded.drawing->save();
+  EXPECT_FALSE(status.ok());
+  EXPECT_NE(status.message().find("BLOCK_RECORD"), std::string::npos) << status.message();
+  EXPECT_EQ(testing::readBytes(path), sample("ezdxf-uncommon.dxf"));
+  EXPECT_EQ(folder.entries(), std::vector<std::string>{"drawing.dxf"});
+}
+
+}  // namespace
+}  // namespace corvane::dxf

@@ -1,0 +1,107 @@
+// Long texts: caret escapes and 250-character pieces, checked against the host's own pieces
+// and counts in a sample drawing.
+#include "dxf/textpieces.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "dxf/document.h"
+#include "dxf/recordview.h"
+#include "dxftext.h"
+#include "headless/fieldcode.h"
+#include "samples.h"
+
+namespace corvane::dxf {
+namespace {
+
+TEST(TextPieces, DecodesCaretEscapes) {
+  struct Case {
+    std::wstring stored;
+    std::wstring shown;
+  };
+  const Case cases[] = {
+      {L"a^Ib", L"a\tb"},
+      {L"^J^M", L"\n\r"},
+      {L"2^ 3", L"2^3"},           // a caret itself
+      {L"x^", L"x^"},              // a caret at the end stays
+      {L"^a^1", L"^a^1"},          // before anything else too
+      {std::wstring(L"^@", 2), std::wstring(1, L'\0')},
+      {L"^_", L"\x1F"},
+      {L"plain", L"plain"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(decodeCarets(c.stored), c.shown) << std::string(c.stored.begin(), c.stored.end());
+}
+
+TEST(TextPieces, EscapesOnlyControlCharacters) {
+  struct Case {
+    std::wstring text;
+    std::wstring stored;
+  };
+  const Case cases[] = {
+      {L"a\tb", L"a^Ib"},
+      {L"line\r\nnext", L"line^M^Jnext"},
+      {L"^I stays", L"^I stays"},  // texts are kept with their escapes
+      {L"\x1F", L"^_"},
+      {L"", L""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(escapeControlCharacters(c.text), c.stored);
+    EXPECT_EQ(decodeCarets(escapeControlCharacters(c.text)), decodeCarets(c.text));
+  }
+}
+
+TEST(TextPieces, SplitsIntoPiecesOfDecodedCharacters) {
+  struct Case {
+    std::wstring text;
+    std::vector<std::size_t> sizes;  // stored characters per piece
+  };
+  const std::wstring a250(250, L'a');
+  std::wstring escapes;
+  for (int i = 0; i < 250; ++i) escapes += L"^I";
+  const Case cases[] = {
+      {L"", {0}},
+      {L"abc", {3}},
+      {a250, {250}},
+      {a250 + L"b", {250, 1}},
+      {a250 + a250, {250, 250}},
+      {escapes, {500}},                            // 250 tabs
+      {std::wstring(249, L'a') + L"^Ib", {251, 1}},  // an escape is never cut
+      {std::wstring(249, L'a') + L"^", {250}},       // a lone caret counts as one
+  };
+  for (const auto& c : cases) {
+    std::vector<std::size_t> sizes;
+    std::wstring joined;
+    for (const auto piece : splitPieces(c.text)) {
+      sizes.push_back(piece.size());
+      joined += piece;
+    }
+    EXPECT_EQ(sizes, c.sizes);
+    EXPECT_EQ(joined, c.text);
+  }
+}
+
+TEST(TextPieces, CutsAMultilineTextWhereTheHostDid) {
+  CORVANE_NEED_SAMPLES();
+  auto read = Document::readFile(testing::sampleFolder() / "ezdxf-mtext_complex_inline_codes.dxf");
+  ASSERT_TRUE(read.document) << read.error;
+  const Document& doc = *read.document;
+  const auto texts = testing::recordsOfType(doc, "MTEXT");
+  ASSERT_FALSE(texts.empty());
+  std::vector<std::wstring> pieces;
+  for (const Tag& tag : doc.tags(texts.front()))
+    if (tag.code == 3 || tag.code == 1) pieces.push_back(doc.text(tag));
+  ASSERT_GT(pieces.size(), 2u);
+  std::wstring whole;
+  for (const auto& piece : pieces) whole += piece;
+  std::vector<std::wstring> split;
+  for (const auto piece : splitPieces(whole)) split.emplace_back(piece);
+  EXPECT_EQ(split, pieces);
+  // The host counts the decoded text: its field keeps 1995 as the length and this check sum.
+  EXPECT_EQ(decodeCarets(whole).size(), 1995u);
+  EXPECT_EQ(headless::fieldTextChecksum(decodeCarets(whole)), 206757213.0);
+}
+
+}  // namespace
+}  // namespace corvane::dxf
