@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/textutil.h"
+#include "headless/cellhost.h"
 #include "headless/database.h"
 #include "headless/field.h"
 #include "headless/fieldlist.h"
@@ -192,6 +193,10 @@ void FieldEngine::updateHostTexts(Database& db, const std::vector<host::AcDbObje
   for (const auto id : topLevel) {
     const auto* field = db.get<Field>(id);
     if (!field || field->evaluationStatus() == AcDbField::kNotYetEvaluated) continue;
+    if (auto* cells = dynamic_cast<CellHost*>(db.lookup(field->ownerId()))) {
+      cells->fieldEvaluated(id, field->getDisplayText());
+      continue;
+    }
     const auto* fieldDict = db.lookup(field->ownerId());
     const auto* xdict = fieldDict ? db.lookup(fieldDict->ownerId()) : nullptr;
     auto* owner = xdict ? db.lookup(xdict->ownerId()) : nullptr;

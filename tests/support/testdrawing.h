@@ -1,6 +1,7 @@
 // A drawing in memory with a host around it, made in a line or two by the tests.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -25,6 +26,7 @@
 #include "headless/mleader.h"
 #include "headless/mtext.h"
 #include "headless/polyline.h"
+#include "headless/table.h"
 #include "headless/text.h"
 #include "headless/texthost.h"
 #include "headless/viewport.h"
@@ -56,6 +58,29 @@ struct TestDrawing {
   host::AcDbObjectId addField(const std::wstring& code) { return headless::Field::create(db, code); }
   // A text holding a field made from the code; returns the id of the text's field.
   host::AcDbObjectId addFieldText(const std::wstring& code) { return headless::attachField(db, addText(), code); }
+
+  // A table in model space with the given cells, row by row: a text that is a number becomes a
+  // number, one with field codes a field cell, "" an empty cell.
+  host::AcDbObjectId addTable(const std::vector<std::vector<std::wstring>>& cells, host::AcGePoint3d position = {},
+                              double rowHeight = headless::Table::kDefaultRowHeight,
+                              double columnWidth = headless::Table::kDefaultColumnWidth) {
+    std::size_t columns = 0;
+    for (const auto& row : cells) columns = std::max(columns, row.size());
+    auto made = std::make_unique<headless::Table>(static_cast<int>(cells.size()), static_cast<int>(columns), rowHeight,
+                                                  columnWidth);
+    made->setPosition(position);
+    const host::AcDbObjectId id = db.appendEntity(std::move(made));
+    host::AcDbObjectPointer<host::AcDbTable> open(host, id, host::AcDb::kForWrite);
+    for (std::size_t r = 0; r < cells.size(); ++r) {
+      for (std::size_t c = 0; c < cells[r].size(); ++c) {
+        if (cells[r][c].empty()) continue;
+        open->setValue(static_cast<int>(r), static_cast<int>(c), cells[r][c],
+                       host::AcValueOptions::kConvertTextToValue | host::AcValueOptions::kParseTextForFieldCode);
+      }
+    }
+    return id;
+  }
+  headless::Table& table(host::AcDbObjectId id) { return *db.get<headless::Table>(id); }
 
   // Entities of the other kinds, in model space unless a block is given. Angles in radians.
   host::AcDbObjectId addArc(host::AcGePoint3d center, double radius, double startAngle, double endAngle,
