@@ -19,5 +19,6 @@ void addFieldsCommand(CLI::App& app, Action& action);
 void addUpdateCommand(CLI::App& app, Action& action);
 void addSaveCommand(CLI::App& app, Action& action);
 void addRunCommand(CLI::App& app, Action& action);
+void addTableCommand(CLI::App& app, Action& action);
 
 }  // namespace corvane::cli

@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
   corvane::cli::addUpdateCommand(app, action);
   corvane::cli::addSaveCommand(app, action);
   corvane::cli::addRunCommand(app, action);
+  corvane::cli::addTableCommand(app, action);
 
   try {
     app.parse(argc, argv);
