@@ -12,6 +12,8 @@ constexpr double kDegree = kPi / 180.0;
 // needed (island tests, spline-free boundaries); areas and lengths of arcs stay exact.
 constexpr double kFlatteningStep = kTwoPi / 256.0;
 constexpr int kSplineSamplesPerSpan = 64;
+// Beyond any degree a drawing program writes; evaluation cost grows with its square.
+constexpr int kMaxSplineDegree = 25;
 
 double cross(const AcGePoint2d& a, const AcGePoint2d& b) noexcept { return a.x * b.y - a.y * b.x; }
 double cross(const AcGeVector2d& a, const AcGeVector2d& b) noexcept { return a.x * b.y - a.y * b.x; }
@@ -58,7 +60,8 @@ struct PlaneEllipse {
     return std::abs(sum * h / 3.0);
   }
   std::vector<AcGePoint2d> points() const {
-    const int n = std::max(1, static_cast<int>(std::ceil(std::abs(t1 - t0) / kFlatteningStep)));
+    const double steps = std::ceil(std::abs(t1 - t0) / kFlatteningStep);
+    const int n = std::isfinite(steps) ? std::clamp(static_cast<int>(std::min(steps, 1024.0)), 1, 1024) : 1;
     std::vector<AcGePoint2d> result;
     result.reserve(static_cast<std::size_t>(n) + 1);
     for (int i = 0; i <= n; ++i) result.push_back(at(t0 + (t1 - t0) * i / n));
@@ -68,12 +71,21 @@ struct PlaneEllipse {
 
 // The stored angles of an edge turned into its run of parameters: counter-clockwise edges
 // run up from start to end, clockwise ones down from -start to -end.
+// A run never exceeds a full turn, whatever numbers a file holds.
 void orientRun(double& t0, double& t1, bool counterClockwise) noexcept {
-  if (counterClockwise) {
-    while (t1 < t0) t1 += kTwoPi;
-  } else {
-    while (t1 > t0) t1 -= kTwoPi;
+  double d = t1 - t0;
+  if (!std::isfinite(d)) {
+    t1 = t0;
+    return;
   }
+  if (counterClockwise) {
+    if (d > kTwoPi) d = kTwoPi;
+    if (d < 0.0) d = std::fmod(d, kTwoPi) + kTwoPi;
+  } else {
+    if (d < -kTwoPi) d = -kTwoPi;
+    if (d > 0.0) d = std::fmod(d, kTwoPi) - kTwoPi;
+  }
+  t1 = t0 + d;
 }
 
 PlaneEllipse toEllipse(const CircularArcEdge& edge) noexcept {
@@ -118,7 +130,7 @@ void appendChain(std::vector<AcGePoint2d>& chain, const std::vector<AcGePoint2d>
 
 bool usableSpline(const SplineEdge& s) noexcept {
   const std::size_t n = s.controlPoints.size();
-  if (s.degree < 1 || n <= static_cast<std::size_t>(s.degree)) return false;
+  if (s.degree < 1 || s.degree > kMaxSplineDegree || n <= static_cast<std::size_t>(s.degree)) return false;
   if (s.knots.size() != n + static_cast<std::size_t>(s.degree) + 1) return false;
   if (s.rational && s.weights.size() != n) return false;
   if (!std::is_sorted(s.knots.begin(), s.knots.end())) return false;
@@ -326,6 +338,22 @@ std::vector<int> loopDepths(const std::vector<Loop>& loops) {
   std::vector<std::vector<AcGePoint2d>> chains;
   chains.reserve(loops.size());
   for (const Loop& loop : loops) chains.push_back(flatten(loop));
+  // A box around each chain spares the point test for loops that cannot hold the point.
+  std::vector<std::array<double, 4>> boxes;
+  boxes.reserve(chains.size());
+  for (const auto& chain : chains) {
+    std::array<double, 4> box{0, 0, -1, -1};
+    for (std::size_t k = 0; k < chain.size(); ++k) {
+      const AcGePoint2d& p = chain[k];
+      box = k == 0 ? std::array<double, 4>{p.x, p.y, p.x, p.y}
+                   : std::array<double, 4>{std::min(box[0], p.x), std::min(box[1], p.y), std::max(box[2], p.x),
+                                           std::max(box[3], p.y)};
+    }
+    boxes.push_back(box);
+  }
+  auto inBox = [](const std::array<double, 4>& box, const AcGePoint2d& p) {
+    return p.x >= box[0] && p.x <= box[2] && p.y >= box[1] && p.y <= box[3];
+  };
   std::vector<int> depths(loops.size(), 0);
   for (std::size_t i = 0; i < loops.size(); ++i) {
     const auto& chain = chains[i];
@@ -339,7 +367,7 @@ std::vector<int> loopDepths(const std::vector<Loop>& loops) {
       }
     }
     for (std::size_t j = 0; j < loops.size(); ++j) {
-      if (j != i && chains[j].size() >= 3 && insidePolygon(chains[j], probe)) ++depths[i];
+      if (j != i && chains[j].size() >= 3 && inBox(boxes[j], probe) && insidePolygon(chains[j], probe)) ++depths[i];
     }
   }
   return depths;
@@ -416,8 +444,12 @@ void addPoint(AcDbExtents& extents, const Transform& transform, const AcGePoint3
 
 void addEllipticArc(AcDbExtents& extents, const Transform& transform, const AcGePoint3d& center,
                     const AcGeVector3d& u, const AcGeVector3d& v, double t0, double t1) noexcept {
+  if (!std::isfinite(t0) || !std::isfinite(t1)) return;
   if (t1 < t0) std::swap(t0, t1);
-  t1 = std::min(t1, t0 + kTwoPi);
+  // Far from zero the parameters lose their fraction: work within one turn of it.
+  const double run = std::min(t1 - t0, kTwoPi);
+  t0 = std::fmod(t0, kTwoPi);
+  t1 = t0 + run;
   const AcGePoint3d c = transform.apply(center);
   const AcGeVector3d tu = transform.applyLinear(u);
   const AcGeVector3d tv = transform.applyLinear(v);
@@ -433,7 +465,8 @@ void addEllipticArc(AcDbExtents& extents, const Transform& transform, const AcGe
   for (const auto& [a, b] : coefficients) {
     if (a == 0.0 && b == 0.0) continue;
     const double base = std::atan2(b, a);
-    for (double m = std::ceil((t0 - base) / kPi); base + m * kPi <= t1; m += 1.0) extents.addPoint(at(base + m * kPi));
+    const double first = std::ceil((t0 - base) / kPi);
+    for (int k = 0; k < 4 && base + (first + k) * kPi <= t1; ++k) extents.addPoint(at(base + (first + k) * kPi));
   }
 }
 

@@ -180,6 +180,9 @@ TEST(Geometry, EdgeLoopAreas) {
                  LineEdge{{2 / std::sqrt(5.0), 2 / std::sqrt(5.0)}, {0, 0}}}),
        std::atan(2.0)},
       {"clockwise ellipse", edgeLoop({EllipticArcEdge{{0, 0}, {2, 0}, 0.5, 0, 360, false}}), 2 * kPiValue},
+      // an edge never runs more than one turn
+      {"two turns count once", edgeLoop({CircularArcEdge{{0, 0}, 1.0, 0, 720, true}}), kPiValue},
+      {"two turns back count once", edgeLoop({CircularArcEdge{{0, 0}, 1.0, 720, 0, false}}), kPiValue},
   };
   for (const auto& c : cases) EXPECT_NEAR(std::abs(loopSignedArea(c.loop)), c.area, 1e-9) << c.name;
 }
@@ -323,6 +326,20 @@ TEST(Geometry, ArcExtentsReachTheAxesTheyPass) {
   addEllipticArc(stretched, Transform::scale(3, 1, 1), {0, 0, 0}, {2, 0, 0}, {0, 2, 0}, 0, 2 * kPiValue);
   EXPECT_NEAR(stretched.minPoint().x, -6, 1e-12);
   EXPECT_NEAR(stretched.maxPoint().y, 2, 1e-12);
+}
+
+TEST(Geometry, NumbersFarOutEndQuickly) {
+  // Angles a damaged file may hold: the work stays within one turn and ends.
+  const Loop loop = edgeLoop({CircularArcEdge{{0, 0}, 1.0, 1e300, -1e300, true},
+                              CircularArcEdge{{0, 0}, 1.0, 1e20, 1e20 + 720, false},
+                              EllipticArcEdge{{0, 0}, {2, 0}, 0.5, std::nan(""), 1e18, true}});
+  EXPECT_LE(flatten(loop).size(), 3u * 1025);
+  AcDbExtents box;
+  addLoop(box, Transform::identity(), loop, 0.0);
+  addEllipticArc(box, Transform::identity(), {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, 1e20, 1e20 + 1);
+  EXPECT_FALSE(box.isEmpty());
+  EXPECT_LE(box.maxPoint().x, 1.0 + 1e-12);
+  EXPECT_GE(hatchArea({loop}, HatchStyle::kNormal), 0.0);
 }
 
 TEST(Geometry, LoopExtents) {
