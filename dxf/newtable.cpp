@@ -195,6 +195,7 @@ Status createTable(Document& doc, RecordId owner, const headless::Table& table, 
   if (!db) return Status::failure("the table is not in a drawing");
   if (doc.version() < "AC1018") return Status::failure("drawings older than R2004 cannot hold tables");
   if (table.numRows() < 1 || table.numColumns() < 1) return Status::failure("a table needs a row and a column");
+  if (const auto problem = unwritable(table)) return Status::failure(*problem);
   if (owner >= kNoRecord || doc.recordType(owner) != "BLOCK_RECORD") {
     return Status::failure("a table goes into a block table record");
   }

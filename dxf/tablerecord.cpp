@@ -75,7 +75,7 @@ std::optional<std::array<double, 3>> pointAt(const Document& doc, std::span<cons
 std::wstring joinedText(const Document& doc, std::span<const Tag> tags, const std::vector<std::size_t>& pieces) {
   std::string bytes;
   for (const std::size_t i : pieces) doc.appendValueText(tags[i], bytes);
-  return decodeCarets(doc.codec().decode(bytes));
+  return doc.codec().decode(bytes);
 }
 
 std::optional<LegacyTable> scanLegacy(const Document& doc, RecordId record, const headless::Database& db,
@@ -240,7 +240,7 @@ bool legacyHolds(const LegacyCell& old, const headless::TableCell& cell, const M
   if (MergeState{old.covered, old.mergeWidth, old.mergeHeight} != merge) return false;
   if (block) return old.block == liveHandle(db, cell.block);
   if (old.field != liveHandle(db, cell.field)) return false;
-  if (old.text != cell.text) return false;
+  if (old.text != escapeControlCharacters(cell.text)) return false;
   if (!old.value) return cell.value.isEmpty() || cell.value == host::AcValue(cell.text);
   if (old.value->opaque) return cell.value.isEmpty();
   return old.value->value == cell.value || old.value->value == storedValue(cell);
@@ -264,7 +264,7 @@ void appendCellText(std::vector<NewTag>& out, const Document& doc, const headles
     ValueStyle style;
     if (old) style.flags = old->flags;
     style.unitType = cell.format.unitType;
-    style.formatted = cell.text;
+    style.formatted = escapeControlCharacters(cell.text);  // texts are kept as a drawing file spells them
     appendValueBlock(out, doc, storedValue(cell), style, true, db);
   } else if (cell.type != host::AcDb::kBlockCell && !cell.text.empty()) {
     appendPieces(out, doc, cell.text, 2, 1);
@@ -308,6 +308,11 @@ void appendChangedCell(std::vector<NewTag>& out, const Document& doc, std::span<
   }
   out.insert(out.end(), group.begin(), group.end());
   appendCellText(out, doc, cell, db, old.value ? &*old.value : nullptr);
+}
+
+AcGeVector3d unitVector(const AcGeVector3d& v) {
+  const double length = v.length();
+  return length > 0.0 ? AcGeVector3d{v.x / length, v.y / length, v.z / length} : v;
 }
 
 void setTag(Document& doc, RecordId id, std::size_t index, const NewTag& tag) {
@@ -549,6 +554,7 @@ void appendTableCell(std::vector<NewTag>& out, const Document& doc, const headle
 }
 
 Status writeTable(Document& doc, RecordId record, const headless::Table& table) {
+  // Everything that can refuse the write is looked at before the first change.
   const headless::Database* db = table.record().database;
   if (!db) return Status::failure("the table is not in a drawing");
   std::string error;
@@ -557,12 +563,26 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
   if (legacy->cells.empty() || table.numRows() < 1 || table.numColumns() < 1) {
     return Status::failure("a table without cells cannot be written");
   }
-
+  if (const auto problem = unwritable(table)) return Status::failure(*problem);
+  const TableCompanions companions = findTableCompanions(doc, scanRecordHeader(doc, record));
+  std::optional<TableContent> content;
+  if (companions.content != kNoRecord) {
+    content = scanTableContent(doc, companions.content, *db, error);
+    if (!content) return Status::failure("the table's second copy of its cells cannot be read: " + error);
+  }
   bool sameGrid = table.numRows() == legacy->rows && table.numColumns() == legacy->columns;
   for (int r = 0; sameGrid && r < table.numRows(); ++r) sameGrid = table.rowOrigin(r) == r;
   for (int c = 0; sameGrid && c < table.numColumns(); ++c) sameGrid = table.columnOrigin(c) == c;
+  // Row heights and column widths stand together before the cells, where rows can be added.
+  std::vector<std::size_t> sizeIndices = legacy->heights;
+  sizeIndices.insert(sizeIndices.end(), legacy->widths.begin(), legacy->widths.end());
+  const bool together = !sizeIndices.empty() && std::is_sorted(sizeIndices.begin(), sizeIndices.end()) &&
+                        sizeIndices.back() - sizeIndices.front() + 1 == sizeIndices.size();
+  if (!together && !sameGrid) {
+    return Status::failure("the table record's row heights and column widths are not where rows can be added");
+  }
 
-  // The cells, from the last tag of the record backwards, so that the indices found stay good.
+  // The cells first: they are the record's last part, so the indices found before them stay good.
   std::vector<NewTag> cells;
   std::vector<TextChange> changes;
   {
@@ -576,7 +596,8 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
         const LegacyCell* old = ro >= 0 && co >= 0 && ro < legacy->rows && co < legacy->columns
                                     ? &legacy->cells[static_cast<std::size_t>(ro * legacy->columns + co)]
                                     : nullptr;
-        const bool untouched = old && !cell.edited && MergeState{old->covered, old->mergeWidth, old->mergeHeight} == merge;
+        const bool untouched =
+            old && !cell.edited && MergeState{old->covered, old->mergeWidth, old->mergeHeight} == merge;
         if (!old) {
           appendTableCell(cells, doc, table, r, c);
         } else if (untouched || legacyHolds(*old, cell, merge, *db)) {
@@ -584,7 +605,8 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
         } else {
           appendChangedCell(cells, doc, tags, *old, cell, merge, *db);
         }
-        if (sameGrid && old && cell.edited && old->text != cell.text && cell.type != host::AcDb::kBlockCell) {
+        if (sameGrid && old && cell.edited && old->text != escapeControlCharacters(cell.text) &&
+            cell.type != host::AcDb::kBlockCell) {
           changes.push_back({r, c, cell.text});
         }
       }
@@ -592,25 +614,20 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
   }
   replaceTags(doc, record, legacy->cellsBegin, legacy->cellsEnd, cells);
 
-  // Row heights and column widths stand together before the cells.
   std::vector<NewTag> sizes;
   for (int r = 0; r < table.numRows(); ++r) sizes.push_back(NewTag::real(141, table.rowHeight(r)));
   for (int c = 0; c < table.numColumns(); ++c) sizes.push_back(NewTag::real(142, table.columnWidth(c)));
-  std::vector<std::size_t> sizeIndices = legacy->heights;
-  sizeIndices.insert(sizeIndices.end(), legacy->widths.begin(), legacy->widths.end());
-  const bool together = std::is_sorted(sizeIndices.begin(), sizeIndices.end()) &&
-                        sizeIndices.back() - sizeIndices.front() + 1 == sizeIndices.size();
   if (together) {
     replaceTags(doc, record, sizeIndices.front(), sizeIndices.back() + 1, sizes);
-  } else if (sameGrid) {
-    for (std::size_t i = sizeIndices.size(); i-- > 0;) setTag(doc, record, sizeIndices[i], sizes[i]);
   } else {
-    return Status::failure("the table record's row heights and column widths are not where rows can be added");
+    for (std::size_t i = sizeIndices.size(); i-- > 0;) setTag(doc, record, sizeIndices[i], sizes[i]);
   }
   setTag(doc, record, legacy->columnCountIndex, NewTag::integer(92, table.numColumns()));
   setTag(doc, record, legacy->rowCountIndex, NewTag::integer(91, table.numRows()));
-  if (legacy->directionIndex != kNoIndex) {
-    const AcGeVector3d d = table.direction();
+  // The table keeps its direction as a unit vector; the record's stays as spelt while it
+  // points the same way.
+  const AcGeVector3d d = table.direction();
+  if (legacy->directionIndex != kNoIndex && !(unitVector(legacy->direction) == d)) {
     setPoint(doc, record, legacy->directionIndex, 11, d.x, d.y, d.z);
   }
   if (legacy->insertIndex != kNoIndex) {
@@ -618,13 +635,7 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
     setPoint(doc, record, legacy->insertIndex, 10, p.x, p.y, p.z);
   }
 
-  const TableCompanions companions = findTableCompanions(doc, scanRecordHeader(doc, record));
-  if (companions.content != kNoRecord) {
-    std::string contentError;
-    const auto content = scanTableContent(doc, companions.content, *db, contentError);
-    if (!content) return Status::failure("the table's second copy of its cells cannot be read: " + contentError);
-    writeTableContent(doc, *content, table, *db);
-  }
+  if (content) writeTableContent(doc, *content, table, *db);
   if (!sameGrid && companions.geometry != kNoRecord) writeTableGeometry(doc, companions.geometry, table);
   // The drawing follows: changed texts in place, or all of it anew when the grid changed.
   if (sameGrid) {
@@ -633,6 +644,46 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
     redrawTable(doc, legacy->graphics, table, styleTextHeight(doc, legacy->style), freeHandles(doc, *db));
   }
   return Status::success();
+}
+
+std::optional<std::string> unwritable(const headless::Table& table) {
+  auto finite = [](std::initializer_list<double> values) {
+    return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); });
+  };
+  // Names and formats are written as single values, which cannot hold line breaks.
+  auto oneValue = [](std::wstring_view text) {
+    return text.find_first_of(std::wstring_view(L"\r\n\0", 3)) == std::wstring_view::npos;
+  };
+  if (!oneValue(table.layer())) return "the table's layer name holds a line break";
+  const auto p = table.position();
+  const auto d = table.direction();
+  const auto n = table.normal();
+  if (!finite({p.x, p.y, p.z, d.x, d.y, d.z, n.x, n.y, n.z})) return "the table's position or direction is not a number";
+  for (int r = 0; r < table.numRows(); ++r) {
+    if (!finite({table.rowHeight(r)})) return "a row height of the table is not a number";
+  }
+  for (int c = 0; c < table.numColumns(); ++c) {
+    if (!finite({table.columnWidth(c)})) return "a column width of the table is not a number";
+  }
+  for (int r = 0; r < table.numRows(); ++r) {
+    for (int c = 0; c < table.numColumns(); ++c) {
+      const headless::TableCell& cell = table.cell(r, c);
+      double real = 0.0;
+      host::AcValue::Point2d p2{};
+      host::AcValue::Point3d p3{};
+      host::AcValue::Date date;
+      const bool ok = finite({cell.blockScale}) && (!cell.value.get(real) || finite({real})) &&
+                      (!cell.value.get(p2) || finite({p2[0], p2[1]})) &&
+                      (!cell.value.get(p3) || finite({p3[0], p3[1], p3[2]})) &&
+                      (!cell.value.get(date) || finite({date.oleDate})) && oneValue(cell.format.format) &&
+                      oneValue(cell.value.getFormat());
+      if (!ok) {
+        return "cell " + std::to_string(r) + "," + std::to_string(c) +
+               " of the table holds a number or a format a drawing cannot";
+      }
+    }
+  }
+  return std::nullopt;
 }
 
 }  // namespace corvane::dxf

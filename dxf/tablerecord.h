@@ -10,6 +10,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "dxf/document.h"
@@ -60,6 +62,10 @@ std::vector<std::uint64_t> resolveTableLinks(const headless::Database& db, headl
 // stayed, the texts of changed cells are replaced where they can be found in it; where rows
 // or columns were added, it is drawn anew.
 Status writeTable(Document& doc, RecordId record, const headless::Table& table);
+
+// Why the table cannot go into a drawing as it is (a size, a coordinate or a cell's number
+// that is not finite, a layer name or format with a line break); nullopt when it can.
+std::optional<std::string> unwritable(const headless::Table& table);
 
 // The group of one cell written from nothing, as the host spells it for the drawing's
 // version (the value block from R2007 on, the text in 1 and 2 before). The table must be in

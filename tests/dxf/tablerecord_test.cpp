@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -534,6 +536,43 @@ TEST(TableRecord, NewTablesNeedADrawingThatCanHoldThem) {
   EXPECT_EQ(createTable(*bare.doc, bare.record(0x1F), loose, created).message(), "the table is not in a drawing");
   EXPECT_EQ(writeTable(*bare.doc, bare.record(0x1F), loose).message(), "the table is not in a drawing");
   EXPECT_TRUE(bare.bytes() == bareBefore);
+}
+
+TEST(TableRecord, RefusesTablesADrawingCannotHoldAndLeavesItAsItWas) {
+  if (!std::filesystem::exists(sample("ezdxf-acad_table_simple.dxf"))) GTEST_SKIP() << "no sample drawings";
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double inf = std::numeric_limits<double>::infinity();
+  struct Case {
+    const char* name;
+    std::function<void(headless::Table&)> spoil;
+    std::string error;
+  } const cases[] = {
+      {"row height", [&](headless::Table& t) { t.setRowHeight(1, nan); }, "a row height of the table is not a number"},
+      {"column width", [&](headless::Table& t) { t.setColumnWidth(0, inf); },
+       "a column width of the table is not a number"},
+      {"position", [&](headless::Table& t) { t.setPosition({0.0, nan, 0.0}); },
+       "the table's position or direction is not a number"},
+      {"cell value", [&](headless::Table& t) { t.putValue(2, 2, AcValue(inf)); },
+       "cell 2,2 of the table holds a number or a format a drawing cannot"},
+      {"point value", [&](headless::Table& t) { t.putValue(0, 0, AcValue(AcValue::Point3d{1.0, nan, 0.0})); },
+       "cell 0,0 of the table holds a number or a format a drawing cannot"},
+      {"format", [&](headless::Table& t) { t.editCell(1, 0).format.format = L"%lu2\n"; },
+       "cell 1,0 of the table holds a number or a format a drawing cannot"},
+      {"layer", [&](headless::Table& t) { t.setLayer(L"a\nb"); }, "the table's layer name holds a line break"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Loaded loaded(sample("ezdxf-acad_table_simple.dxf"));
+    headless::Table* table = loaded.table(0x9C);
+    ASSERT_NE(table, nullptr);
+    ASSERT_EQ(table->putValue(1, 1, AcValue(L"changed")), host::Acad::eOk);
+    c.spoil(*table);
+    const std::string before = loaded.bytes();
+    EXPECT_EQ(writeTable(*loaded.doc, loaded.record(0x9C), *table).message(), c.error);
+    NewTable created;
+    EXPECT_EQ(createTable(*loaded.doc, loaded.record(0x1F), *table, created).message(), c.error);
+    EXPECT_TRUE(loaded.bytes() == before);
+  }
 }
 
 }  // namespace
