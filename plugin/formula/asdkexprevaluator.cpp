@@ -52,6 +52,7 @@ int AsdkExprEvaluator::evaluateField(AcDbField* field, host::AcDbDatabase* db, h
   if (!db) return AcDbField::kOtherError;
 
   ExprFieldBinding binding(db->services());
+  binding.bindContext(*field, dialogOwnerTable_ ? *dialogOwnerTable_ : host::AcDbObjectId());
   ExprEngine engine(FormulaExpressionOf(code), binding);
   std::wstring result;
   try {

@@ -11,7 +11,14 @@ namespace corvane {
 class AsdkExprEvaluator : public AsdkFieldEvaluator<AsdkExprEvaluator> {
  public:
   static constexpr std::size_t kRow = kExprRow;
+  // `dialogOwnerTable`: the process-wide table chosen in the formula dialog, which binds a
+  // field that has no owner of its own; it belongs to the application and outlives this.
+  explicit AsdkExprEvaluator(const host::AcDbObjectId* dialogOwnerTable = nullptr)
+      : dialogOwnerTable_(dialogOwnerTable) {}
   int evaluateField(host::AcDbField* field, host::AcDbDatabase* db, host::AcFdFieldValue& value);
+
+ private:
+  const host::AcDbObjectId* dialogOwnerTable_;
 };
 
 // The expression of a formula field's record "\VxExpr (expression)": what stands between the

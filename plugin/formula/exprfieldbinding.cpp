@@ -11,6 +11,7 @@
 #include "host/acdbdatabase.h"
 #include "host/acdbdynblockreference.h"
 #include "host/acdbfield.h"
+#include "host/acdbtable.h"
 #include "plugin/fields/fieldreferences.h"
 
 namespace corvane {
@@ -39,6 +40,70 @@ std::wstring ExprFieldBinding::EvaluateFieldCode(std::wstring_view fieldCode) {
   // An object-property code travels with handles; the host's field wants ids.
   const std::wstring code = FormulaFieldHandlesToIds(services_, fieldCode);
   return evaluateInTemporaryField(code).value_or(L"####");
+}
+
+int ExprFieldBinding::OwnerTableRows() const {
+  host::AcDbObjectPointer<host::AcDbTable> table(services_, ownerTable_, host::AcDb::kForRead);
+  return table ? table->numRows() : 0;
+}
+
+int ExprFieldBinding::OwnerTableColumns() const {
+  host::AcDbObjectPointer<host::AcDbTable> table(services_, ownerTable_, host::AcDb::kForRead);
+  return table ? table->numColumns() : 0;
+}
+
+std::optional<std::wstring> ExprFieldBinding::OwnerTableCell(int row, int column) {
+  host::AcDbObjectPointer<host::AcDbTable> table(services_, ownerTable_, host::AcDb::kForRead);
+  if (!table || row < 1 || column < 1 || row > table->numRows() || column > table->numColumns()) return std::nullopt;
+  const int r = row - 1, c = column - 1;
+  const host::AcValue value = table->value(r, c);
+  // A number is read as the number it is, whatever the cell's display format rounds it to.
+  std::int32_t whole = 0;
+  double real = 0;
+  if (value.get(whole)) return core::format(L"%d", whole);
+  if (value.get(real)) return core::format(L"%.15G", real);
+  if (table->contentType(r, c) == host::AcDb::kCellContentTypeField) return services_.formatValue(value, value.getFormat());
+  std::wstring text;
+  if (table->textString(r, c, host::AcValueOptions::kIgnoreMtextFormat, text) != Acad::eOk) return std::wstring();
+  return text;
+}
+
+void ExprFieldBinding::bindContext(const host::AcDbField& field, host::AcDbObjectId dialogOwnerTable) {
+  host::AcDbObjectId id = field.ownerId();
+  if (id.isNull() || !services_.isValid(id)) {
+    if (!dialogOwnerTable.isNull() && services_.isValid(dialogOwnerTable)) ownerTable_ = dialogOwnerTable;
+    return;
+  }
+  // Each step goes one owner up; a drawing's ownership is a tree, so the walk ends.
+  for (int depth = 0; depth < 1000; ++depth) {
+    if (id.isNull() || !services_.isValid(id) || services_.isErased(id)) return;
+    // A cell's field is owned by its table.
+    if (host::AcDbObjectPointer<host::AcDbTable> table(services_, id, host::AcDb::kForRead); table) {
+      ownerTable_ = id;
+      return;
+    }
+    if (host::AcDbObjectPointer<host::AcDbBlockTableRecord> block(services_, id, host::AcDb::kForRead); block) {
+      if (block->isAnonymous()) {
+        std::vector<host::AcDbObjectId> references;
+        block->getBlockReferenceIds(references);
+        if (references.empty()) return;
+        if (host::AcDbObjectPointer<host::AcDbTable> table(services_, references.front(), host::AcDb::kForRead); table) {
+          ownerTable_ = references.front();
+        } else {
+          selfBlock_ = references.front();
+        }
+        return;
+      }
+      if (!block->isLayout()) return;
+    }
+    if (host::AcDbObjectPointer<host::AcDbBlockReference> reference(services_, id, host::AcDb::kForRead); reference) {
+      selfBlock_ = id;
+      return;
+    }
+    host::AcDbObjectPointer<host::AcDbObject> object(services_, id, host::AcDb::kForRead);
+    if (!object) return;
+    id = object->ownerId();
+  }
 }
 
 std::optional<std::wstring> ExprFieldBinding::SelfBlockProperty(std::wstring_view property) {

@@ -21,6 +21,18 @@ class ExprFieldBinding : public ExprBinding {
   std::optional<std::wstring> SystemVariable(std::wstring_view name) override;
   std::wstring EvaluateFieldCode(std::wstring_view fieldCode) override;
 
+  // The table whose cells bare addresses and ranges name.
+  void bindOwnerTable(host::AcDbObjectId table) { ownerTable_ = table; }
+  bool HasOwnerTable() const override { return !ownerTable_.isNull(); }
+  int OwnerTableRows() const override;
+  int OwnerTableColumns() const override;
+  std::optional<std::wstring> OwnerTableCell(int row, int column) override;
+
+  // Binds the field's context: walking up from the field's owner, a table becomes the owner
+  // table and a block reference the self block; a field with no owner of its own falls back
+  // to the table chosen in the formula dialog (null when none was chosen).
+  void bindContext(const host::AcDbField& field, host::AcDbObjectId dialogOwnerTable);
+
   // The block reference that holds the formula; its dynamic properties answer "_SELFBLOCK."
   // names and VX_SELF.
   void bindSelfBlock(host::AcDbObjectId reference) { selfBlock_ = reference; }
@@ -44,6 +56,7 @@ class ExprFieldBinding : public ExprBinding {
 
   host::AcDbHostApplicationServices& services_;
   host::AcDbObjectId selfBlock_;
+  host::AcDbObjectId ownerTable_;
 };
 
 }  // namespace corvane

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,23 @@
 #include "headless/text.h"
 #include "headless/texthost.h"
 #include "headless/viewport.h"
+
+namespace corvane::host {
+// Values in test failures: data type, then the value as the host shows it plainly.
+inline void PrintTo(const AcValue& value, std::ostream* out) {
+  std::wstring text;
+  std::int32_t whole = 0;
+  double real = 0;
+  if (value.get(whole)) text = std::to_wstring(whole);
+  else if (value.get(real)) text = core::format(L"%.17G", real);
+  else value.get(text);
+  *out << "AcValue(type " << value.dataType() << ", \"";
+  for (const wchar_t c : text) *out << (c < 0x80 ? static_cast<char>(c) : '?');
+  *out << "\", format \"";
+  for (const wchar_t c : value.getFormat()) *out << (c < 0x80 ? static_cast<char>(c) : '?');
+  *out << "\")";
+}
+}  // namespace corvane::host
 
 namespace corvane::testing {
 

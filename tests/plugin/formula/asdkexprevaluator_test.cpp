@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "headless/blockreference.h"
+#include "headless/blocktablerecord.h"
 #include "plugin/shell/ccorvaneapp.h"
 #include "support/testdrawing.h"
 
@@ -78,6 +80,59 @@ TEST(AsdkExprEvaluator, RecordProblemsAreFieldFailures) {
   field.putData(L"VxExpr Data", AcValue(2.0));
   EXPECT_EQ(evaluator.evaluateField(&field, &d.db, value), AcDbField::kInvalidCode);
   EXPECT_EQ(value, host::AcFdFieldValue(L"kept"));
+}
+
+}  // namespace
+}  // namespace corvane
+
+namespace corvane {
+namespace {
+
+TEST(AsdkExprEvaluator, BindsTheTableItStandsIn) {
+  TestDrawing d;
+  CCorvaneApp app(d.host);
+  app.onInitialize();
+  const auto table = d.addTable({{L"2", L"3", L"abc"},
+                                 {L"4.5", L"", L""},
+                                 {L"%<\\VxExpr (A1*2)>%", L"%<\\VxExpr (SUM(A1:B2))>%",
+                                  L"%<\\VxExpr (MAX(A1:A2) & '|' & $C$1 & '|' & AB1)>%"}});
+  d.evaluateAll();
+  auto& cells = d.table(table);
+  EXPECT_EQ(cells.textString(2, 0), L"4");
+  EXPECT_EQ(cells.textString(2, 1), L"9.500000");  // a real with no format, as the host shows it
+  EXPECT_EQ(cells.textString(2, 2), L"4.5|abc|AB1");  // a cell past the table stays a name
+
+  // A loose field has no table; one placed nowhere takes the table the dialog chose.
+  const auto loose = d.addFieldText(L"%<\\VxExpr (A1+1)>%");
+  host::AcDbObjectId chosen;
+  AsdkExprEvaluator evaluator(&chosen);
+  auto& unplaced = d.field(d.addField(L"%<\\VxExpr (A1)>%"));
+  evaluator.compile(&unplaced, &d.db, nullptr);
+  host::AcFdFieldValue value;
+  ASSERT_EQ(evaluator.evaluateField(&unplaced, &d.db, value), AcDbField::kSuccess);
+  EXPECT_EQ(value, host::AcFdFieldValue(L"A1"));  // no table: "A1" is a plain name
+  chosen = table;
+  ASSERT_EQ(evaluator.evaluateField(&unplaced, &d.db, value), AcDbField::kSuccess);
+  EXPECT_EQ(value, host::AcFdFieldValue(std::int32_t{2}));
+  d.evaluateAll();
+  EXPECT_EQ(d.field(loose).getDisplayText(), L"#VAL!");  // a text field's own context binds no table
+  app.onUnload();
+}
+
+TEST(AsdkExprEvaluator, BindsTheBlockReferenceItStandsIn) {
+  TestDrawing d;
+  CCorvaneApp app(d.host);
+  app.onInitialize();
+  const auto door = d.addBlock(L"DOOR");
+  d.db.get<headless::BlockTableRecord>(door)->setDynamicBlock(true);
+  const auto reference = d.addBlockReference(door);
+  d.db.get<headless::BlockReference>(reference)->setDynamicProperties(
+      {host::AcDbDynBlockReferenceProperty(L"Width", AcValue(0.9))});
+  const auto attribute = d.addAttribute(reference, L"W", L"");
+  const auto field = headless::attachField(d.db, attribute, L"%<\\VxExpr (VX_SELF('Width')*1000)>%");
+  d.evaluateAll();
+  EXPECT_EQ(d.field(field).getDisplayText(), L"900");
+  app.onUnload();
 }
 
 }  // namespace
