@@ -10,7 +10,9 @@
 #include "dxf/numbertext.h"
 #include "dxf/objectreader.h"
 #include "dxf/objectwriter.h"
+#include "dxf/newtable.h"
 #include "dxf/recordheader.h"
+#include "dxf/tablerecord.h"
 #include "dxf/textpieces.h"
 #include "headless/blocktable.h"
 #include "headless/blocktablerecord.h"
@@ -23,6 +25,7 @@
 #include "headless/layertable.h"
 #include "headless/layout.h"
 #include "headless/proxyobject.h"
+#include "headless/table.h"
 #include "headless/texthost.h"
 
 namespace corvane::dxf {
@@ -171,7 +174,8 @@ void DrawingFile::bind(headless::HostApplication& host) {
         if (core::equalsNoCase(block->name(), L"*Model_Space") && standard.modelSpace.isNull()) standard.modelSpace = id;
         if (core::equalsNoCase(block->name(), L"*Paper_Space") && standard.paperSpace.isNull()) standard.paperSpace = id;
         linked.emplace_back(id, rid);
-      } else if (type == "DICTIONARY" || type == "FIELDLIST" || type == "FIELD" || type == "LAYOUT") {
+      } else if (type == "DICTIONARY" || type == "FIELDLIST" || type == "FIELD" || type == "LAYOUT" ||
+                 type == "ACAD_TABLE") {
         if (section == "OBJECTS" && standard.namedObjects.isNull() && type == "DICTIONARY") standard.namedObjects = id;
         linked.emplace_back(id, rid);
       } else if (type == "TABLE") {
@@ -199,7 +203,8 @@ void DrawingFile::bind(headless::HostApplication& host) {
     }
   }
 
-  // Dictionary entries, field lists, fields, layouts and blocks name other objects.
+  // Dictionary entries, field lists, fields, layouts, blocks and tables name other objects.
+  std::vector<std::pair<headless::Table*, TableLinks>> tables;
   for (const auto& [id, rid] : linked) {
     const auto tags = doc.tags(rid);
     const RecordHeader header = scanRecordHeader(doc, rid);
@@ -248,6 +253,10 @@ void DrawingFile::bind(headless::HostApplication& host) {
         field->setEvaluationOption(stored.evaluationOption);
       }
       field->setState(stored.state);
+    } else if (auto* table = db.get<headless::Table>(id)) {
+      // A table whose record cannot be read stays empty; its record is written back as read.
+      TableLinks links;
+      if (readTable(doc, rid, db, *table, links)) tables.emplace_back(table, std::move(links));
     } else if (auto* layout = db.get<headless::Layout>(id)) {
       layout->setBlockTableRecordId(firstHandle(own("AcDbLayout"), 330));
     } else if (auto* block = db.get<headless::BlockTableRecord>(id)) {
@@ -255,6 +264,9 @@ void DrawingFile::bind(headless::HostApplication& host) {
       block->setDynamicBlock(!headless::xdataOf(block->record(), L"AcDbDynamicBlockGUID").empty());
     }
   }
+
+  // Fields go into their cells once the fields are complete.
+  for (auto& [table, links] : tables) resolveTableLinks(db, *table, links);
 
   // The objects every database has, made when the file lacks them; they reach the file only
   // once they change.
@@ -504,6 +516,18 @@ Status DrawingFile::update() {
     bool newFieldList = false;
     for (const auto id : added) {
       const host::AcDbObject& object = *db.lookup(id);
+      if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
+        // A table comes with its block, and a style when the drawing has none.
+        NewTable created;
+        const Status status = createTable(doc, recordOf(table->ownerId()), *table, created, [&db] {
+          const std::uint64_t handle = db.handseed().value();
+          db.raiseHandseed(AcDbHandle(handle + 1));
+          return handle;
+        });
+        if (!status) return status;
+        bindRecord(id, created.table);
+        continue;
+      }
       std::string error;
       auto tags = writer.newRecord(object, error);
       if (!tags) return Status::failure(error);

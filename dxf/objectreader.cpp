@@ -5,6 +5,7 @@
 
 #include "core/textutil.h"
 #include "dxf/numbertext.h"
+#include "dxf/tablerecord.h"
 #include "headless/arc.h"
 #include "headless/attribute.h"
 #include "headless/attributedefinition.h"
@@ -24,6 +25,7 @@
 #include "headless/mleader.h"
 #include "headless/mtext.h"
 #include "headless/polyline.h"
+#include "headless/table.h"
 #include "headless/text.h"
 #include "headless/viewport.h"
 
@@ -395,6 +397,14 @@ std::unique_ptr<host::AcDbObject> ObjectReader::makeEntity(RecordId id, const Re
     return finish(std::move(entity));
   }
   if (type == "HATCH") return finish(makeHatch(id, header));
+  // A table's cells name fields and blocks and its content sits in later records: the loader
+  // reads them once every record has its object. A record that is no readable table stays
+  // what it is to everyone else, a proxy.
+  if (type == "ACAD_TABLE") {
+    headless::Table trial;
+    TableLinks links;
+    if (readTable(doc_, id, db_, trial, links)) return finish(std::make_unique<headless::Table>());
+  }
   if (type == "VIEWPORT") {
     const Values viewport = subclass(doc_, tags, header, "AcDbViewport");
     auto entity = std::make_unique<headless::Viewport>(viewport.point(10), viewport.real(40), viewport.real(41),

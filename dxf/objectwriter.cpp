@@ -1,6 +1,7 @@
 #include "dxf/objectwriter.h"
 
 #include <map>
+#include <stdexcept>
 
 #include "core/textutil.h"
 #include "dxf/extendeddata.h"
@@ -8,6 +9,7 @@
 #include "dxf/numbertext.h"
 #include "dxf/recordedit.h"
 #include "dxf/recordheader.h"
+#include "dxf/tablerecord.h"
 #include "dxf/textpieces.h"
 #include "headless/blocktablerecord.h"
 #include "headless/circle.h"
@@ -19,6 +21,7 @@
 #include "headless/line.h"
 #include "headless/mtext.h"
 #include "headless/proxyobject.h"
+#include "headless/table.h"
 #include "headless/text.h"
 #include "headless/texthost.h"
 
@@ -119,6 +122,12 @@ bool ObjectWriter::writeBody(RecordId id, const host::AcDbObject& object) {
     const auto before = readFieldRecord(doc_, id, db_);
     const auto body = fieldBodyTags(*field, doc_, db_, id);
     return replaceTags(doc_, id, before.bodyBegin, before.bodyEnd, body);
+  }
+  if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
+    const Status status = writeTable(doc_, id, *table);
+    if (!status) throw std::runtime_error(status.message());
+    writeEntity(id, *table);
+    return true;
   }
   if (dynamic_cast<const headless::Dictionary*>(&object)) return writeDictionary(id, object);
   if (dynamic_cast<const headless::FieldList*>(&object)) return writeFieldList(id, object);
