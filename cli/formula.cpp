@@ -9,7 +9,11 @@
 #include "core/textutil.h"
 #include "core/utf8.h"
 #include "headless/database.h"
+#include "dxf/drawingfile.h"
 #include "headless/hostapplication.h"
+#include "host/acdbtable.h"
+#include "plugin/formula/exprfieldbinding.h"
+#include "plugin/shell/ccorvaneapp.h"
 #include "host/acdbfield.h"
 #include "plugin/formula/exprbinding.h"
 #include "plugin/formula/exprengine.h"
@@ -49,6 +53,8 @@ class NewDrawingBinding : public ExprBinding {
 
 struct FormulaOptions {
   bool postfix = false;
+  std::string drawing;
+  std::string table;
   std::vector<std::string> expressions;
 };
 
@@ -69,8 +75,7 @@ void printLine(std::wstring_view line) {
   std::fputc('\n', stdout);
 }
 
-int runFormula(const FormulaOptions& options) {
-  NewDrawingBinding binding;
+void printExpressions(const FormulaOptions& options, ExprBinding& binding) {
   for (const auto& expression : options.expressions) {
     ExprEngine engine(core::fromUtf8(expression), binding);
     std::wstring line;
@@ -86,6 +91,42 @@ int runFormula(const FormulaOptions& options) {
     printLine(line);
   }
   std::fflush(stdout);
+}
+
+// Formulas bound to a table of a drawing, as a formula field in one of its cells is bound.
+int runInDrawing(const FormulaOptions& options) {
+  headless::HostApplication host;
+  auto loaded = dxf::DrawingFile::load(options.drawing, host);
+  if (!loaded.drawing) {
+    std::fprintf(stderr, "corvane formula: %s\n", loaded.error.c_str());
+    return 1;
+  }
+  headless::Database& db = loaded.drawing->database();
+  host.setWorkingDatabase(&db);
+  ExprFieldBinding binding(host);
+  if (!options.table.empty()) {
+    const auto handle = host::AcDbHandle::fromText(core::fromUtf8(options.table));
+    host::AcDbObjectId id;
+    if (!handle || db.getAcDbObjectId(id, *handle) != host::Acad::eOk ||
+        !host::AcDbObjectPointer<host::AcDbTable>(host, id, host::AcDb::kForRead)) {
+      std::fprintf(stderr, "corvane formula: %s is not the handle of a table in %s\n", options.table.c_str(),
+                   options.drawing.c_str());
+      return 1;
+    }
+    binding.bindOwnerTable(id);
+  }
+  // Fields embedded in the formulas evaluate with the plug-in's own types too.
+  CCorvaneApp app(host);
+  app.onInitialize();
+  printExpressions(options, binding);
+  app.onUnload();
+  return 0;
+}
+
+int runFormula(const FormulaOptions& options) {
+  if (!options.drawing.empty()) return runInDrawing(options);
+  NewDrawingBinding binding;
+  printExpressions(options, binding);
   return 0;
 }
 
@@ -95,6 +136,9 @@ void addFormulaCommand(CLI::App& app, Action& action) {
   auto options = std::make_shared<FormulaOptions>();
   auto* formula = app.add_subcommand("formula", "Evaluate formula expressions, one output line per expression");
   formula->add_flag("--postfix", options->postfix, "Print each expression's postfix form instead of its value");
+  auto* drawing = formula->add_option("--drawing", options->drawing, "Evaluate in this drawing (DXF)");
+  formula->add_option("--table", options->table, "Bind the table with this handle, as for a field in one of its cells")
+      ->needs(drawing);
   formula->add_option("EXPR", options->expressions, "Expressions; put -- first when one begins with '-'")
       ->required();
   formula->callback([&action, options] { action = [options] { return runFormula(*options); }; });
