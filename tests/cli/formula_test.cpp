@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -79,12 +80,31 @@ TEST(FormulaCommand, BadUsageExitsWithTwo) {
       {"formula", "--postfix"},
       {"formula", "--bogus", "1"},
       {"formula", "-ABS(3)"},  // taken for options without "--"
+      {"formula", "--table", "9C", "A1"},  // a table needs its drawing
   };
   for (const auto& args : cases) {
     const CommandRun r = run(args);
     EXPECT_EQ(r.exitCode, 2) << args.back();
     EXPECT_EQ(r.out, "") << args.back();
   }
+}
+
+TEST(FormulaCommand, BindsATableOfADrawing) {
+  const std::string sample = std::string(CORVANE_SHARED_DIR) + "/samples/dxf/ezdxf-acad_table_simple.dxf";
+  if (!std::ifstream(sample)) GTEST_SKIP() << "no sample drawings";
+  // The sample's table (handle 9C): "Title" over the numbers 1 to 6 in two rows of three.
+  const CommandRun bound = run({"formula", "--drawing", sample, "--table", "9C", "--", "A2+B3", "SUM(A2:C3)",
+                                "AVG(A2:C2)", "A1 & '!'", "LUNITS"});
+  EXPECT_EQ(bound.exitCode, 0);
+  // AVG divides by its arguments (one range), not by the cells; with a table bound, a bare name
+  // is a property of the table, so the system variable is not asked for.
+  EXPECT_EQ(bound.out, "6\n21\n6\nTitle!\nLUNITS\n");
+  for (const char* handle : {"1", "ZZ", "9D"}) {
+    const CommandRun wrong = run({"formula", "--drawing", sample, "--table", handle, "A1"});
+    EXPECT_EQ(wrong.exitCode, 1) << handle;
+    EXPECT_EQ(wrong.out, "") << handle;
+  }
+  EXPECT_EQ(run({"formula", "--drawing", "no-such-drawing.dxf", "A1"}).exitCode, 1);
 }
 
 }  // namespace
