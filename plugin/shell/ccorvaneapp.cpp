@@ -1,5 +1,12 @@
 #include "plugin/shell/ccorvaneapp.h"
 
+#include "core/printf.h"
+#include "core/textutil.h"
+#include "host/acdbdatabase.h"
+#include "host/acedcommandstack.h"
+#include "host/acedmenu.h"
+#include "host/acfdui.h"
+#include "host/hostsystem.h"
 #include "plugin/fields/fieldregistration.h"
 #include "plugin/formula/asdkexprevaluator.h"
 #include "plugin/linked/asdkdefinedobjectevaluator.h"
@@ -11,6 +18,22 @@
 #include "plugin/measure/asdktablecellevaluator.h"
 
 namespace corvane {
+
+namespace {
+
+// The module's path is read into a buffer of the system's maximum path length.
+constexpr std::size_t kMaxPath = 260;
+
+// The folder part of a path: everything before the last "\" or "/" (the root keeps its
+// separator, as "C:\" and "/" do).
+std::wstring removeFileSpec(std::wstring path) {
+  const std::size_t last = path.find_last_of(L"\\/");
+  if (last == std::wstring::npos) return (path.size() >= 2 && path[1] == L':') ? path.substr(0, 2) : std::wstring();
+  if (last == 0 || (last == 2 && path[1] == L':')) return path.substr(0, last + 1);
+  return path.substr(0, last);
+}
+
+}  // namespace
 
 std::unique_ptr<host::AcFdFieldEvaluator> makeCorvaneEvaluator(std::size_t row) {
   switch (row) {
@@ -29,19 +52,123 @@ std::unique_ptr<host::AcFdFieldEvaluator> makeCorvaneEvaluator(std::size_t row) 
 CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services)
     : services_(services), loader_(makeCorvaneEvaluator), fieldReactor_(fieldEvaluationActive_) {}
 
-CCorvaneApp::~CCorvaneApp() = default;
+CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSession& session)
+    : services_(services),
+      session_(&session),
+      loader_(makeCorvaneEvaluator),
+      fieldReactor_(fieldEvaluationActive_),
+      registry_(&session.registry()) {}
 
-void CCorvaneApp::onInitialize() {
+CCorvaneApp::~CCorvaneApp() {
+  // The hook and the database reactor stay registered for as long as the module is loaded;
+  // the module ends here.
+  if (session_) {
+    if (databaseReactor_ && databaseReactorDb_)
+      session_->removeDatabaseReactor(databaseReactorDb_, databaseReactor_.get());
+    if (dialogHook_) {
+      if (auto* manager = session_->fieldManager()) manager->UnregisterFieldDialogHook(dialogHook_.get());
+    }
+    if (menuTimerId_ != 0) session_->system().killTimer(menuTimerId_);
+  }
+}
+
+host::AcRx::AppRetCode CCorvaneApp::On_kInitAppMsg() {
+  if (session_) {
+    registerCommands();
+
+    dialogHook_ = std::make_unique<AsdkCustomOptionDialogHook>(&session_->system());
+    if (auto* manager = session_->fieldManager()) manager->RegisterFieldDialogHook(dialogHook_.get());
+
+    std::wstring module = session_->system().moduleFileName();
+    if (module.size() >= kMaxPath) module.resize(kMaxPath - 1);
+    moduleFolder_ = removeFileSpec(std::move(module));
+
+    registry_.setRoot(host::RegistryHive::kCurrentUser, settings::kMaker);
+
+    arrangeMenuLoading();
+
+    if (!editorReactor_) editorReactor_ = std::make_unique<AsdkEditorReactor>(*session_, reactorState_, true);
+    if (!databaseReactor_) {
+      databaseReactor_ = std::make_unique<AsdkDataBaseReactor>(reactorState_);
+      if (host::AcDbDatabase* db = services_.workingDatabase()) {
+        if (session_->addDatabaseReactor(db, databaseReactor_.get()) == host::Acad::eOk) databaseReactorDb_ = db;
+      }
+    }
+  }
   registerEvaluatorLoader(services_, loader_);
   if (auto* engine = services_.fieldEngine()) engine->addFieldReactor(&fieldReactor_);
   fieldServicesRegistered_ = true;
+  return host::AcRx::kRetOK;
 }
 
-void CCorvaneApp::onUnload() {
-  if (!fieldServicesRegistered_) return;
-  unregisterEvaluatorLoader(services_, loader_);
-  if (auto* engine = services_.fieldEngine()) engine->removeFieldReactor(&fieldReactor_);
-  fieldServicesRegistered_ = false;
+host::AcRx::AppRetCode CCorvaneApp::On_kUnloadAppMsg() {
+  if (commandsRegistered_ && session_) {
+    session_->commandStack().removeGroup(kCommandGroup);
+    commandsRegistered_ = false;
+  }
+  editorReactor_.reset();
+  if (fieldServicesRegistered_) {
+    unregisterEvaluatorLoader(services_, loader_);
+    if (auto* engine = services_.fieldEngine()) engine->removeFieldReactor(&fieldReactor_);
+    fieldServicesRegistered_ = false;
+  }
+  return host::AcRx::kRetOK;
 }
+
+host::AcRx::AppRetCode CCorvaneApp::On_kLoadDwgMsg() {
+  if (host::AcDbDatabase* db = services_.workingDatabase()) {
+    std::wstring name = db->getFilename();
+    if (!name.empty()) {
+      currentDrawingName_ = std::move(name);
+      currentDrawingFlag_ = false;
+    }
+  }
+  return host::AcRx::kRetOK;
+}
+
+void CCorvaneApp::registerCommands() {
+  auto& stack = session_->commandStack();
+  for (const Command& command : commands()) {
+    const auto action = command.action;
+    stack.addCommand(kCommandGroup, command.globalName, command.localName, host::ACRX_CMD::kModal,
+                     [this, action] { (this->*action)(); });
+  }
+  commandsRegistered_ = true;
+}
+
+void CCorvaneApp::arrangeMenuLoading() {
+  if (session_->menus().isMenuGroupLoaded(kProductName)) return;
+  if (core::equalsNoCase(session_->program(), L"acadlt")) {
+    // The light edition runs no expressions; a timer sends the command once a document is
+    // there. The marker file lets a site load the menu its own way.
+    const auto& system = session_->system();
+    const std::wstring marker = core::format(L"%s\\%s", moduleFolder_, kMarkerFile);
+    if (system.fileExists(menuFilePath()) && !system.fileExists(marker)) {
+      menuTimerId_ = session_->system().setTimer(kMenuTimerPeriodMs, [this](std::uintptr_t) { onMenuTimer(); });
+    }
+  } else {
+    session_->queueExpr(core::format(L"(command \"%s\")", L"Corvane_LoadMenu"));
+  }
+}
+
+void CCorvaneApp::onMenuTimer() {
+  if (!session_) return;
+  const bool loaded = session_->menus().isMenuGroupLoaded(kProductName);
+  if (session_->hasCurrentDocument() && !loaded && menuTimerId_ != 0) {
+    session_->sendStringToExecute(L"Corvane_LoadMenu\n", false, true, true);
+    session_->system().killTimer(menuTimerId_);
+    menuTimerId_ = 0;
+  } else if (loaded) {
+    session_->system().killTimer(menuTimerId_);
+    menuTimerId_ = 0;
+  }
+}
+
+std::wstring CCorvaneApp::menuFilePath() const {
+  const bool japanese = session_ && session_->system().systemDefaultLangId() == host::kLangJapanese;
+  return core::format(L"%s%s%s", moduleFolder_ + L"\\", kProductName, japanese ? L".jp.cuix" : L".cuix");
+}
+
+std::wstring CCorvaneApp::helpFilePath() const { return core::format(L"%s\\%s.chm", moduleFolder_, kProductName); }
 
 }  // namespace corvane

@@ -1,0 +1,112 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "core/utf8.h"
+#include "headless/database.h"
+#include "headless/hostapplication.h"
+#include "headless/script.h"
+#include "headless/session.h"
+#include "plugin/shell/ccorvaneapp.h"
+
+namespace corvane::cli {
+
+namespace {
+
+struct RunOptions {
+  std::string drawing;
+  std::string script;
+  std::string output;
+  bool save = false;
+  bool light = false;
+  std::vector<std::string> commands;
+};
+
+void fail(const std::string& message) { std::fprintf(stderr, "corvane run: %s\n", message.c_str()); }
+
+// The plug-in is built into this program, so the program's file is its module: the menu and
+// help files are looked for beside it.
+std::wstring moduleFile() {
+  std::error_code error;
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+  return error ? std::wstring(L"corvane") : core::fromUtf8(self.string());
+}
+
+int runCommands(const RunOptions& options) {
+  if (options.drawing != "new") {
+    fail("this build opens only the drawing \"new\", an empty drawing; reading DXF drawings is not part of it yet");
+    return 1;
+  }
+  if (options.save || !options.output.empty()) {
+    fail("this build cannot save drawings yet");
+    return 1;
+  }
+  headless::Script script;
+  if (!options.script.empty()) {
+    std::string error;
+    auto loaded = headless::Script::fromFile(options.script, error);
+    if (!loaded) {
+      fail(error);
+      return 1;
+    }
+    script = std::move(*loaded);
+  }
+
+  headless::HostApplication host;
+  headless::Database db(host);
+  headless::Session::Options sessionOptions;
+  sessionOptions.program = options.light ? L"acadlt" : L"acad";
+  sessionOptions.moduleFile = moduleFile();
+  headless::Session session(host, std::move(script), sessionOptions);
+  session.openDocument(&db);
+
+  int problems = 0;
+  {
+    CCorvaneApp app(host, session);
+    if (session.loadApplication(app) != host::AcRx::kRetOK) {
+      fail("the plug-in did not initialise");
+      return 1;
+    }
+    if (options.commands.empty()) {
+      problems = session.runScript();
+    } else {
+      for (const auto& command : options.commands) {
+        const auto outcome = session.runCommand(core::fromUtf8(command));
+        if (outcome == headless::Session::Outcome::kUnknown || outcome == headless::Session::Outcome::kFailed)
+          ++problems;
+      }
+      if (!session.script().empty()) {
+        std::fprintf(stderr, "corvane run: %zu line(s) of the script were not read by the commands\n",
+                     session.script().size());
+      }
+    }
+    session.unloadApplication(app);
+  }
+  host.print(L"\n");
+  std::fflush(stdout);
+  return problems == 0 ? 0 : 1;
+}
+
+}  // namespace
+
+void addRunCommand(CLI::App& app, Action& action) {
+  auto options = std::make_shared<RunOptions>();
+  auto* run = app.add_subcommand(
+      "run", "Open a drawing, load the plug-in and run commands, a script answering their prompts and boxes");
+  run->add_option("DRAWING", options->drawing, "The drawing; \"new\" for an empty one")->required();
+  run->add_option("--script", options->script,
+                  "Answers, one per line (an empty line is Enter, ^C cancels, [Yes] answers a box); without "
+                  "COMMANDs the script holds the commands too");
+  auto* output = run->add_option("-o,--output", options->output, "Save the drawing to this file");
+  run->add_flag("--save", options->save, "Save the drawing in place")->excludes(output);
+  run->add_flag("--lt", options->light, "Act as the light edition of the host (program name acadlt)");
+  run->add_option("COMMAND", options->commands, "Commands to run in order; put -- before them");
+  run->callback([&action, options] { action = [options] { return runCommands(*options); }; });
+}
+
+}  // namespace corvane::cli

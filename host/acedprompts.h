@@ -1,0 +1,57 @@
+// The editor's prompts on the command line: points, window corners, entity picks, selection
+// sets, keywords, strings and integers. Each returns one of the host's result codes.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/acgepoint.h"
+#include "host/objectid.h"
+#include "host/resbuf.h"
+
+namespace corvane::host {
+
+enum PromptResult : int {
+  RTNONE = 5000,   // Enter on an empty input
+  RTNORM = 5100,   // an answer
+  RTERROR = -5001,
+  RTCAN = -5002,   // cancelled
+  RTREJ = -5003,   // the request was refused
+  RTKWORD = -5005,  // a keyword was given; getInput() tells which
+};
+
+// Input control bits of initGet.
+enum InitGetFlags : int {
+  RSG_NONULL = 1,  // Enter is not an answer
+  RSG_NOZERO = 2,
+  RSG_NONEG = 4,
+};
+
+class AcEdPrompts {
+ public:
+  virtual ~AcEdPrompts() = default;
+
+  // Sets the input control and keywords of the next prompt only. Keywords are separated by
+  // blanks; a part after " _" gives their global names in the same order ("Yes No _Yes No").
+  virtual int initGet(int flags, std::wstring_view keywords) = 0;
+  // The global name of the keyword given at the last prompt that returned RTKWORD.
+  virtual int getInput(std::wstring& keyword) = 0;
+
+  // A point; `base` draws a rubber band and lets "@dx,dy" answers be relative to it.
+  virtual int getPoint(const AcGePoint3d* base, std::wstring_view prompt, AcGePoint3d& point) = 0;
+  // The other corner of a window that starts at `base`.
+  virtual int getCorner(const AcGePoint3d& base, std::wstring_view prompt, AcGePoint3d& point) = 0;
+  // One entity, with the point at which it was picked.
+  virtual int entSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePoint3d& picked) = 0;
+  // A selection set. Mode "X" takes every entity of the working drawing's layouts that passes
+  // the filter; an empty mode asks the user. The filter lists group codes (0 the entity type,
+  // 8 the layer) with wildcard values; null or empty passes everything.
+  virtual int ssGet(std::wstring_view mode, const ResBufList* filter, std::vector<AcDbObjectId>& selection) = 0;
+  virtual int getKword(std::wstring_view prompt, std::wstring& keyword) = 0;
+  // A text; without `allowSpaces` it ends at the first blank as the host's does.
+  virtual int getString(bool allowSpaces, std::wstring_view prompt, std::wstring& text) = 0;
+  virtual int getInt(std::wstring_view prompt, int& value) = 0;
+};
+
+}  // namespace corvane::host

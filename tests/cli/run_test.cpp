@@ -1,0 +1,118 @@
+// Runs the built corvane program's run command and checks what it prints and how it exits.
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "headless/scratchfolder.h"
+
+namespace {
+
+using corvane::testing::ScratchFolder;
+
+struct CommandRun {
+  std::string out;
+  std::string err;
+  int exitCode = -1;
+};
+
+std::string quoted(const std::string& arg) {
+  std::string q = "'";
+  for (const char c : arg) {
+    if (c == '\'') {
+      q += "'\\''";
+    } else {
+      q += c;
+    }
+  }
+  return q + "'";
+}
+
+// The settings go to a file of the test's own, never the user's.
+CommandRun run(const ScratchFolder& folder, const std::vector<std::string>& args) {
+  const auto errors = folder / "stderr.txt";
+  std::string command = "CORVANE_REGISTRY=" + quoted((folder / "registry.reg").string()) + " " + quoted(CORVANE_CLI);
+  for (const auto& arg : args) command += " " + quoted(arg);
+  command += " 2>" + quoted(errors.string()) + " </dev/null";
+  CommandRun result;
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return result;
+  char buffer[4096];
+  std::size_t n = 0;
+  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
+  const int status = pclose(pipe);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.err = ScratchFolder::read(errors);
+  return result;
+}
+
+// There is no menu file beside the built program, so the full host's menu loading says so.
+const std::string kNoMenu =
+    "\nCommand: Corvane_LoadMenu\nFailed to load the menu and toolbar of Corvane. Please load Corvane.cuix from the "
+    "installation folder of Corvane manually.";
+
+TEST(RunCommand, RunsCommandsInANewDrawing) {
+  ScratchFolder folder;
+  ScratchFolder::write(folder / "answers.scr", "[OK]\n");
+  ScratchFolder::write(folder / "session.scr", "Corvane_Test\r\nCorvane_About\r\n\r\nCorvane_Multi_Cell_Fields\r\n");
+  const std::string box =
+      "\n** Halvek Corvane (Information) **\nCorvane 0.1.0\nLive fields for drawings: formulas, table cells, areas, "
+      "lengths, block counts, Excel cells, text files and objects of other drawings.\n\nhttps://halvek.example/"
+      "corvane/\n";
+  struct Case {
+    std::vector<std::string> args;
+    std::string out;
+    int exitCode;
+  } const cases[] = {
+      {{"run", "new", "Corvane_Test"}, kNoMenu + "\nCommand: Corvane_Test\n6.687500\n", 0},
+      {{"run", "new", "--", "corvane_test", "_Corvane_Test"},
+       kNoMenu + "\nCommand: corvane_test\n6.687500\nCommand: _Corvane_Test\n6.687500\n", 0},
+      // The light edition loads its menu by timer, and only when the menu file is there.
+      {{"run", "--lt", "new", "Corvane_Test"}, "\nCommand: Corvane_Test\n6.687500\n", 0},
+      {{"run", "new", "--script", (folder / "answers.scr").string(), "--", "Corvane_About"},
+       kNoMenu + "\nCommand: Corvane_About" + box + "[OK] -> OK\n", 0},
+      // Without commands the script holds them, answers after each.
+      {{"run", "new", "--script", (folder / "session.scr").string()},
+       kNoMenu + "\nCommand: Corvane_Test\n6.687500\nCommand: Corvane_About" + box +
+           "[OK] -> OK (default)\nCommand: Corvane_Multi_Cell_Fields\nCorvane_Multi_Cell_Fields is not available in "
+           "this build.\n",
+       0},
+      {{"run", "--lt", "new", "Corvane_Test", "Nothing"},
+       "\nCommand: Corvane_Test\n6.687500\nCommand: Nothing\nUnknown command \"NOTHING\".\n", 1},
+  };
+  for (const auto& c : cases) {
+    const CommandRun result = run(folder, c.args);
+    EXPECT_EQ(result.out, c.out) << c.args.back();
+    EXPECT_EQ(result.exitCode, c.exitCode) << c.args.back() << "\n" << result.err;
+  }
+}
+
+TEST(RunCommand, RefusesWhatItCannotDo) {
+  ScratchFolder folder;
+  ScratchFolder::write(folder / "drawing.dxf", "0\nEOF\n");
+  struct Case {
+    std::vector<std::string> args;
+    int exitCode;
+    std::string message;  // part of what stderr says
+  } const cases[] = {
+      {{"run", (folder / "drawing.dxf").string(), "Corvane_Test"}, 1, "only the drawing \"new\""},
+      {{"run", "new", "-o", (folder / "out.dxf").string(), "Corvane_Test"}, 1, "cannot save"},
+      {{"run", "new", "--save", "Corvane_Test"}, 1, "cannot save"},
+      {{"run", "new", "--script", (folder / "missing.scr").string(), "Corvane_Test"}, 1, "cannot open the script"},
+      {{"run", "new", "--save", "-o", "x.dxf"}, 2, "excludes"},
+      {{"run"}, 2, "DRAWING"},
+  };
+  for (const auto& c : cases) {
+    const CommandRun result = run(folder, c.args);
+    EXPECT_EQ(result.exitCode, c.exitCode) << c.args.back();
+    EXPECT_EQ(result.out, "") << c.args.back();
+    EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder / "out.dxf"));
+  EXPECT_FALSE(std::filesystem::exists(folder / "registry.reg"));
+}
+
+}  // namespace
