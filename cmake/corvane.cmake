@@ -5,8 +5,9 @@ set(CORVANE_WARNINGS
   -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
   -Wformat=2 -Wimplicit-fallthrough -Wmissing-declarations
   -Wundef -Wunused
-  # GCC 12 reports false "maybe uninitialized" values inside the standard library at -O3.
-  -Wno-maybe-uninitialized)
+  # GCC 12 reports false "maybe uninitialized" values and overlapping copies inside the
+  # standard library's strings at -O3.
+  -Wno-maybe-uninitialized -Wno-restrict)
 
 function(corvane_warnings target)
   target_compile_options(${target} PRIVATE ${CORVANE_WARNINGS})

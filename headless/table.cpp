@@ -473,9 +473,20 @@ Acad::ErrorStatus Table::clearSubSelection() {
 // ---- the headless side -----------------------------------------------------------------------
 
 void Table::fieldEvaluated(host::AcDbObjectId id, const std::wstring& displayText) {
+  // Every field of a big table reports here once per batch: find its cell through an index,
+  // rebuilt only when cells have moved or changed fields since.
+  auto hit = fieldCells_.find(id.asOldId());
+  if (hit == fieldCells_.end() || hit->second >= cells_.size() || cells_[hit->second].field != id) {
+    fieldCells_.clear();
+    for (std::size_t i = 0; i < cells_.size(); ++i) {
+      if (!cells_[i].field.isNull()) fieldCells_.emplace(cells_[i].field.asOldId(), i);
+    }
+    hit = fieldCells_.find(id.asOldId());
+    if (hit == fieldCells_.end()) return;
+  }
   const Field* field = record_.database ? record_.database->get<Field>(id) : nullptr;
-  for (auto& c : cells_) {
-    if (c.field != id) continue;
+  {
+    auto& c = cells_[hit->second];
     host::AcValue fieldValue;
     if (field) field->getValue(fieldValue);
     if (c.text != displayText || !(c.value == fieldValue)) {

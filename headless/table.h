@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "headless/cellhost.h"
@@ -176,6 +177,8 @@ class Table : public EntityImpl<host::AcDbTable>, public CellHost {
   host::AcGeVector3d normal_{0.0, 0.0, 1.0};
   host::AcDb::FlowDirection flow_ = host::AcDb::kTtoB;
   host::AcDbObjectId tableStyle_;
+  // Which cell holds which field, for fieldEvaluated; checked on every use.
+  std::unordered_map<std::uint64_t, std::size_t> fieldCells_;
 };
 
 }  // namespace corvane::headless
