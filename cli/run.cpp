@@ -8,6 +8,7 @@
 
 #include "commands.h"
 #include "core/utf8.h"
+#include "dxf/drawingfile.h"
 #include "headless/database.h"
 #include "headless/hostapplication.h"
 #include "headless/script.h"
@@ -38,12 +39,9 @@ std::wstring moduleFile() {
 }
 
 int runCommands(const RunOptions& options) {
-  if (options.drawing != "new") {
-    fail("this build opens only the drawing \"new\", an empty drawing; reading DXF drawings is not part of it yet");
-    return 1;
-  }
-  if (options.save || !options.output.empty()) {
-    fail("this build cannot save drawings yet");
+  const bool isNew = options.drawing == "new";
+  if (isNew && (options.save || !options.output.empty())) {
+    fail("a new drawing cannot be saved by this build; run the commands on a DXF drawing to save the result");
     return 1;
   }
   headless::Script script;
@@ -58,12 +56,27 @@ int runCommands(const RunOptions& options) {
   }
 
   headless::HostApplication host;
-  headless::Database db(host);
+  std::unique_ptr<dxf::DrawingFile> drawing;
+  std::unique_ptr<headless::Database> newDrawing;
+  headless::Database* db = nullptr;
+  if (isNew) {
+    newDrawing = std::make_unique<headless::Database>(host);
+    db = newDrawing.get();
+  } else {
+    auto loaded = dxf::DrawingFile::load(options.drawing, host);
+    if (!loaded.drawing) {
+      fail(loaded.error);
+      return 1;
+    }
+    drawing = std::move(loaded.drawing);
+    db = &drawing->database();
+  }
+
   headless::Session::Options sessionOptions;
   sessionOptions.program = options.light ? L"acadlt" : L"acad";
   sessionOptions.moduleFile = moduleFile();
   headless::Session session(host, std::move(script), sessionOptions);
-  session.openDocument(&db);
+  session.openDocument(db);
 
   int problems = 0;
   {
@@ -72,14 +85,14 @@ int runCommands(const RunOptions& options) {
       fail("the plug-in did not initialise");
       return 1;
     }
+    const auto count = [&problems](headless::Session::Outcome outcome) {
+      if (outcome == headless::Session::Outcome::kUnknown || outcome == headless::Session::Outcome::kFailed)
+        ++problems;
+    };
     if (options.commands.empty()) {
       problems = session.runScript();
     } else {
-      for (const auto& command : options.commands) {
-        const auto outcome = session.runCommand(core::fromUtf8(command));
-        if (outcome == headless::Session::Outcome::kUnknown || outcome == headless::Session::Outcome::kFailed)
-          ++problems;
-      }
+      for (const auto& command : options.commands) count(session.runCommand(core::fromUtf8(command)));
       if (!session.script().empty()) {
         std::fprintf(stderr, "corvane run: %zu line(s) of the script were not read by the commands\n",
                      session.script().size());
@@ -89,6 +102,19 @@ int runCommands(const RunOptions& options) {
   }
   host.print(L"\n");
   std::fflush(stdout);
+
+  if (drawing && (options.save || !options.output.empty())) {
+    // A command that stopped half-way may have left the drawing half-changed.
+    if (session.failures() > 0) {
+      fail("the drawing was not saved because a command failed");
+      return 1;
+    }
+    const dxf::Status saved = options.output.empty() ? drawing->save() : drawing->saveAs(options.output);
+    if (!saved) {
+      fail(saved.message());
+      return 1;
+    }
+  }
   return problems == 0 ? 0 : 1;
 }
 
@@ -98,11 +124,11 @@ void addRunCommand(CLI::App& app, Action& action) {
   auto options = std::make_shared<RunOptions>();
   auto* run = app.add_subcommand(
       "run", "Open a drawing, load the plug-in and run commands, a script answering their prompts and boxes");
-  run->add_option("DRAWING", options->drawing, "The drawing; \"new\" for an empty one")->required();
+  run->add_option("DRAWING", options->drawing, "The drawing (DXF), or \"new\" for an empty one")->required();
   run->add_option("--script", options->script,
                   "Answers, one per line (an empty line is Enter, ^C cancels, [Yes] answers a box); without "
                   "COMMANDs the script holds the commands too");
-  auto* output = run->add_option("-o,--output", options->output, "Save the drawing to this file");
+  auto* output = run->add_option("-o,--output", options->output, "Save the drawing to this file; the drawing itself stays as it was");
   run->add_flag("--save", options->save, "Save the drawing in place")->excludes(output);
   run->add_flag("--lt", options->light, "Act as the light edition of the host (program name acadlt)");
   run->add_option("COMMAND", options->commands, "Commands to run in order; put -- before them");

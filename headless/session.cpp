@@ -176,6 +176,7 @@ Session::Outcome Session::execute(std::wstring_view typed) {
   }
   const bool cancelled = prompts_.cancelled();
   prompts_.setCancelled(outerCancelled);
+  if (failed) ++failures_;
 
   const auto reactors = reactors_;
   for (auto* reactor : reactors) {

@@ -88,6 +88,8 @@ class Session : public host::HostSession, public host::AcEditor {
   // What the host does between commands: queued expressions, one round of timers, and the
   // text sent for execution.
   void idle();
+  // Commands that stopped with an error since the session began.
+  int failures() const noexcept { return failures_; }
 
   // Tells the drawing's reactors that an object changed.
   void notifyObjectModified(const host::AcDbObject& object);
@@ -125,6 +127,7 @@ class Session : public host::HostSession, public host::AcEditor {
   std::vector<host::AcRxArxApp*> apps_;
   std::deque<std::wstring> queued_;  // expressions
   std::deque<std::wstring> sent_;    // lines sent for execution
+  int failures_ = 0;
 };
 
 }  // namespace corvane::headless

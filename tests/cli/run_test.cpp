@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -92,15 +93,16 @@ TEST(RunCommand, RunsCommandsInANewDrawing) {
 
 TEST(RunCommand, RefusesWhatItCannotDo) {
   ScratchFolder folder;
-  ScratchFolder::write(folder / "drawing.dxf", "0\nEOF\n");
+  ScratchFolder::write(folder / "garbage.dxf", "this is not a drawing\n");
   struct Case {
     std::vector<std::string> args;
     int exitCode;
     std::string message;  // part of what stderr says
   } const cases[] = {
-      {{"run", (folder / "drawing.dxf").string(), "Corvane_Test"}, 1, "only the drawing \"new\""},
-      {{"run", "new", "-o", (folder / "out.dxf").string(), "Corvane_Test"}, 1, "cannot save"},
-      {{"run", "new", "--save", "Corvane_Test"}, 1, "cannot save"},
+      {{"run", (folder / "missing.dxf").string(), "Corvane_Test"}, 1, "corvane run: "},
+      {{"run", (folder / "garbage.dxf").string(), "Corvane_Test"}, 1, "corvane run: "},
+      {{"run", "new", "-o", (folder / "out.dxf").string(), "Corvane_Test"}, 1, "a new drawing cannot be saved"},
+      {{"run", "new", "--save", "Corvane_Test"}, 1, "a new drawing cannot be saved"},
       {{"run", "new", "--script", (folder / "missing.scr").string(), "Corvane_Test"}, 1, "cannot open the script"},
       {{"run", "new", "--save", "-o", "x.dxf"}, 2, "excludes"},
       {{"run"}, 2, "DRAWING"},
@@ -111,8 +113,34 @@ TEST(RunCommand, RefusesWhatItCannotDo) {
     EXPECT_EQ(result.out, "") << c.args.back();
     EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
   }
+  EXPECT_EQ(ScratchFolder::read(folder / "garbage.dxf"), "this is not a drawing\n");
   EXPECT_FALSE(std::filesystem::exists(folder / "out.dxf"));
   EXPECT_FALSE(std::filesystem::exists(folder / "registry.reg"));
+}
+
+TEST(RunCommand, RunsCommandsOnADrawingAndSavesIt) {
+  const std::filesystem::path sample =
+      std::filesystem::path(CORVANE_SHARED_DIR) / "samples/dxf/ezdxf-multi_insert_with_attribs.dxf";
+  if (!std::filesystem::exists(sample)) GTEST_SKIP() << "no sample drawings here";
+  ScratchFolder folder;
+  const std::string original = ScratchFolder::read(sample);
+  ScratchFolder::write(folder / "drawing.dxf", original);
+
+  // Commands that change nothing: the drawing saved elsewhere comes out as it went in, and the
+  // drawing itself is left alone.
+  CommandRun result =
+      run(folder, {"run", "--lt", (folder / "drawing.dxf").string(), "-o", (folder / "copy.dxf").string(),
+                   "Corvane_Test"});
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(result.out, "\nCommand: Corvane_Test\n6.687500\n");
+  EXPECT_EQ(ScratchFolder::read(folder / "copy.dxf"), original);
+  EXPECT_FALSE(std::filesystem::exists(folder / "drawing.bak"));
+
+  // Saved in place, the old file is kept as the backup.
+  result = run(folder, {"run", "--lt", (folder / "drawing.dxf").string(), "--save", "Corvane_Test"});
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(ScratchFolder::read(folder / "drawing.dxf"), original);
+  EXPECT_EQ(ScratchFolder::read(folder / "drawing.bak"), original);
 }
 
 }  // namespace

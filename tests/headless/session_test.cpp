@@ -157,6 +157,7 @@ TEST(Session, AScriptRunsCommandsAndTheirAnswersAndLeavesBoxLinesForBoxes) {
   // A box takes only a bracketed line; the next command's answers stay where they are.
   Rig rig(L"BOX\nSTR\nab cd\n\nbogus\nFAIL\n^C\nKW\n[Yes]\ny");
   EXPECT_EQ(rig.session.runScript(), 2);  // the unknown command and the failed one
+  EXPECT_EQ(rig.session.failures(), 1);
   EXPECT_EQ(rig.out,
             L"\nCommand: BOX\n** Halvek Corvane (Question) **\nReplace the link?\nIt points elsewhere."
             L"\n[Yes] [No] [Cancel] -> No (default)\nanswer 7"
