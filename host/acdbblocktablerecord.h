@@ -22,9 +22,9 @@ class AcDbBlockTableRecord : public AcDbSymbolTableRecord {
   virtual AcGePoint3d origin() const = 0;
   // The entities in drawing order, erased ones left out.
   virtual AcDbBlockTableRecordIterator newIterator() const = 0;
-  // The references to this block. Not direct only: also those that reach it through other
-  // blocks, i.e. the references of every block that holds a reference to it, and so on up.
-  // Erased references are listed; callers check.
+  // The references to this block; without directOnly also those that reach it through other
+  // blocks: the references of every block that holds a reference to it, and so on up.
+  // Erased references are listed too; callers check.
   virtual Acad::ErrorStatus getBlockReferenceIds(std::vector<AcDbObjectId>& ids, bool directOnly = true) const = 0;
 };
 

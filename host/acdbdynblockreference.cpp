@@ -8,7 +8,10 @@ AcDbDynBlockReference::AcDbDynBlockReference(AcDbHostApplicationServices& servic
   if (!reference) return;
   block_ = reference->blockTableRecord();
   dynamic_ = reference->isDynamicBlock();
-  if (!dynamic_) return;
+  if (!dynamic_) {
+    status_ = Acad::eNotApplicable;
+    return;
+  }
   definition_ = reference->dynamicBlockTableRecord();
   status_ = reference->getBlockProperties(properties_);
 }

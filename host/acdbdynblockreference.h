@@ -18,6 +18,7 @@ class AcDbDynBlockReference {
   AcDbObjectId dynamicBlockTableRecord() const noexcept { return definition_; }
   // The block the reference inserts: the anonymous variant or the definition itself.
   AcDbObjectId anonymousBlockTableRecord() const noexcept { return block_; }
+  // eNotApplicable for a reference of a block that is no dynamic block.
   Acad::ErrorStatus getBlockProperties(std::vector<AcDbDynBlockReferenceProperty>& properties) const;
 
  private:

@@ -350,6 +350,7 @@ TEST(Blocks, DynamicVariantsLeadToTheirDefinition) {
   EXPECT_EQ(notAReference.getBlockProperties(properties), Acad::eNotThatKindOfClass);
   host::AcDbObjectPointer<host::AcDbBlockReference> chairRef(d.host, chair, host::AcDb::kForRead);
   EXPECT_EQ(chairRef->getBlockProperties(properties), Acad::eNotApplicable);
+  EXPECT_EQ(host::AcDbDynBlockReference(d.host, chair).getBlockProperties(properties), Acad::eNotApplicable);
 }
 
 TEST(Blocks, TagWithAStaleHandleLeadsNowhere) {

@@ -187,6 +187,31 @@ TEST(Geometry, EdgeLoopAreas) {
   for (const auto& c : cases) EXPECT_NEAR(std::abs(loopSignedArea(c.loop)), c.area, 1e-9) << c.name;
 }
 
+TEST(Geometry, EdgeLengths) {
+  SplineEdge squareSpline;
+  squareSpline.degree = 1;
+  squareSpline.knots = {0, 0, 1, 2, 3, 4, 4};
+  squareSpline.controlPoints = {{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}};
+  struct Case {
+    const char* name;
+    Edge edge;
+    double length;
+  } const cases[] = {
+      {"line 3-4-5", LineEdge{{1, 1}, {4, 5}}, 5.0},
+      {"circle r2", CircularArcEdge{{7, 7}, 2.0, 0, 360, true}, 4 * kPiValue},
+      // 30 to 120 deg is a quarter turn of radius 4: 2 pi
+      {"quarter r4", CircularArcEdge{{0, 0}, 4.0, 30, 120, true}, 2 * kPiValue},
+      {"clockwise quarter r4", CircularArcEdge{{0, 0}, 4.0, 30, 120, false}, 2 * kPiValue},
+      // The perimeter of the ellipse with semi-axes 2 and 1 is 4 a E(e), e^2 = 3/4, a = 2,
+      // E = 1.2110560275684594 (complete elliptic integral of the second kind).
+      {"ellipse 2 x 1", EllipticArcEdge{{0, 0}, {0, -2}, 0.5, 0, 360, true}, 8 * 1.2110560275684594},
+      // half of it, from the major axis to the opposite end
+      {"half ellipse", EllipticArcEdge{{0, 0}, {2, 0}, 0.5, 0, 180, true}, 4 * 1.2110560275684594},
+      {"degree 1 spline", squareSpline, 4.0},
+  };
+  for (const auto& c : cases) EXPECT_NEAR(edgeLength(c.edge), c.length, 1e-9) << c.name;
+}
+
 TEST(Geometry, ClockwiseEdgesRunTheOtherWay) {
   // The stored angles of a clockwise quarter arc (270, 360) read as counter-clockwise would
   // put it in the fourth quadrant; read right, it lies in the first.
