@@ -479,9 +479,14 @@ Status DrawingFile::update() {
       if (gone(id)) continue;
       if (recordOf(id) != kNoRecord) {
         if (record.modified) changed.push_back(id);
-      } else if (record.modified || unboundDefaults_.count(id.asOldId()) == 0) {
+      } else if (unboundDefaults_.count(id.asOldId()) != 0) {
+        // Stand-ins for what the file lacks stay out of it, but for a field list that holds
+        // fields now.
+        const auto* list = db.get<headless::FieldList>(id);
+        if (list && !list->ids().empty()) added.push_back(id);
+      } else if (!record.owner.isNull()) {
         // Objects no one owns (a field made and never placed) stay out of the drawing.
-        if (!record.owner.isNull()) added.push_back(id);
+        added.push_back(id);
       }
     }
     std::vector<AcDbObjectId> written = changed;

@@ -1,5 +1,6 @@
 #include "dxf/objectwriter.h"
 
+#include <cmath>
 #include <map>
 #include <stdexcept>
 
@@ -11,6 +12,10 @@
 #include "dxf/recordheader.h"
 #include "dxf/tablerecord.h"
 #include "dxf/textpieces.h"
+#include "headless/arc.h"
+#include "headless/attribute.h"
+#include "headless/attributedefinition.h"
+#include "headless/blockreference.h"
 #include "headless/blocktablerecord.h"
 #include "headless/circle.h"
 #include "headless/database.h"
@@ -18,8 +23,11 @@
 #include "headless/field.h"
 #include "headless/fieldlist.h"
 #include "headless/hostapplication.h"
+#include "headless/layertablerecord.h"
 #include "headless/line.h"
+#include "headless/mleader.h"
 #include "headless/mtext.h"
+#include "headless/polyline.h"
 #include "headless/proxyobject.h"
 #include "headless/table.h"
 #include "headless/text.h"
@@ -42,6 +50,100 @@ void appendPoint(std::vector<NewTag>& out, std::int16_t code, const host::AcGePo
 }
 
 constexpr double kDegrees = 3.14159265358979323846 / 180.0;
+
+// The groups one subclass of a record keeps for an object's properties. Each set finds the
+// first tag of its code in the subclass and gives it the value when it holds another one; a
+// missing tag is added at the subclass's end unless the value is the one a missing tag means.
+class Subclass {
+ public:
+  Subclass(Document& doc, RecordId id, std::string_view name) : doc_(doc), id_(id), name_(name) {}
+
+  bool exists() const { return range().first != kNoIndex; }
+
+  bool set(const NewTag& value, const NewTag* absentMeans = nullptr) {
+    const auto [begin, end] = range();
+    if (begin == kNoIndex) return false;
+    const auto tags = doc_.tags(id_);
+    for (std::size_t i = begin; i < end; ++i) {
+      if (tags[i].code != value.code) continue;
+      if (holdsValue(doc_, tags[i], value)) return false;
+      doc_.setValue(id_, i, value.value);
+      return true;
+    }
+    if (absentMeans && absentMeans->value == value.value) return false;
+    doc_.insertTag(id_, end, value);
+    return true;
+  }
+  // A real number the file keeps in other units (degrees for radians): the stored value
+  // times `scale` is the object's. Values equal but for the last bits of the conversion stay.
+  bool setReal(std::int16_t code, double value, double scale = 1.0, std::optional<double> absentMeans = {}) {
+    const auto [begin, end] = range();
+    if (begin == kNoIndex) return false;
+    const auto tags = doc_.tags(id_);
+    for (std::size_t i = begin; i < end; ++i) {
+      if (tags[i].code != code) continue;
+      const auto stored = doc_.toDouble(tags[i]);
+      if (stored && std::fabs(*stored * scale - value) <= 1e-12 * std::max(1.0, std::fabs(value))) return false;
+      doc_.setValue(id_, i, formatDouble(value / scale));
+      return true;
+    }
+    if (absentMeans && *absentMeans == value) return false;
+    doc_.insertTag(id_, end, NewTag::real(code, value / scale));
+    return true;
+  }
+  bool setPoint(std::int16_t code, const host::AcGePoint3d& point) {
+    bool changed = setReal(code, point.x);
+    changed |= setReal(static_cast<std::int16_t>(code + 10), point.y);
+    changed |= setReal(static_cast<std::int16_t>(code + 20), point.z, 1.0, 0.0);
+    return changed;
+  }
+  bool setNormal(const host::AcGeVector3d& normal) {
+    bool changed = setReal(210, normal.x, 1.0, 0.0);
+    changed |= setReal(220, normal.y, 1.0, 0.0);
+    changed |= setReal(230, normal.z, 1.0, 1.0);
+    return changed;
+  }
+  // Sets the bits of `mask` in the first integer of the code to those of `bits`.
+  bool setBits(std::int16_t code, std::int64_t mask, std::int64_t bits) {
+    const auto [begin, end] = range();
+    if (begin == kNoIndex) return false;
+    const auto tags = doc_.tags(id_);
+    for (std::size_t i = begin; i < end; ++i) {
+      if (tags[i].code != code) continue;
+      const std::int64_t stored = doc_.toInteger(tags[i]).value_or(0);
+      const std::int64_t wanted = (stored & ~mask) | (bits & mask);
+      if (wanted == stored) return false;
+      doc_.setInteger(id_, i, wanted);
+      return true;
+    }
+    if ((bits & mask) == 0) return false;
+    doc_.insertTag(id_, end, NewTag::integer(code, bits & mask));
+    return true;
+  }
+  // The subclass's tags [begin, end), from after its marker; kNoIndex when it has none.
+  std::pair<std::size_t, std::size_t> range() const {
+    const RecordHeader header = scanRecordHeader(doc_, id_);
+    const auto tags = doc_.tags(id_);
+    const std::size_t marker = findSubclass(doc_, tags, name_, header.bodyBegin);
+    if (marker == kNoIndex) return {kNoIndex, kNoIndex};
+    return {marker + 1, subclassEnd(tags, marker)};
+  }
+
+ private:
+  Document& doc_;
+  RecordId id_;
+  std::string_view name_;
+};
+
+template <typename TextEntity>
+bool writeTextProperties(Document& doc, RecordId id, const TextEntity& text) {
+  Subclass own(doc, id, "AcDbText");
+  bool changed = own.setPoint(10, text.position());
+  changed |= own.setReal(40, text.height());
+  changed |= own.setReal(50, text.rotation(), kDegrees, 0.0);
+  changed |= own.setReal(41, text.widthFactor(), 1.0, 1.0);
+  return changed;
+}
 
 }  // namespace
 
@@ -135,7 +237,157 @@ bool ObjectWriter::writeBody(RecordId id, const host::AcDbObject& object) {
   if (const auto* text = dynamic_cast<const headless::TextHost*>(&object)) {
     changed |= writeHostText(id, object, text->hostText());
   }
+  changed |= writeProperties(id, object);
   if (const auto* entity = dynamic_cast<const host::AcDbEntity*>(&object)) changed |= writeEntity(id, *entity);
+  return changed;
+}
+
+bool ObjectWriter::writeProperties(RecordId id, const host::AcDbObject& object) {
+  // The properties the modelled kinds keep in their own subclasses. Kinds not listed here
+  // (hatches, viewports, block definitions, layouts) keep their records as read.
+  if (const auto* text = dynamic_cast<const headless::Text*>(&object)) return writeTextProperties(doc_, id, *text);
+  if (const auto* attribute = dynamic_cast<const headless::Attribute*>(&object)) {
+    bool changed = writeTextProperties(doc_, id, *attribute);
+    Subclass own(doc_, id, "AcDbAttribute");
+    changed |= own.set(textTag(doc_, 2, attribute->tag()));
+    changed |= own.set(NewTag::integer(70, attribute->flags()));
+    return changed;
+  }
+  if (const auto* definition = dynamic_cast<const headless::AttributeDefinition*>(&object)) {
+    bool changed = writeTextProperties(doc_, id, *definition);
+    Subclass own(doc_, id, "AcDbAttributeDefinition");
+    changed |= own.set(textTag(doc_, 3, definition->prompt()));
+    changed |= own.set(textTag(doc_, 2, definition->tag()));
+    changed |= own.set(NewTag::integer(70, definition->flags()));
+    return changed;
+  }
+  if (const auto* mtext = dynamic_cast<const headless::MText*>(&object)) {
+    Subclass own(doc_, id, "AcDbMText");
+    bool changed = own.setPoint(10, mtext->location());
+    changed |= own.setReal(40, mtext->textHeight());
+    changed |= own.setReal(41, mtext->width(), 1.0, 0.0);
+    changed |= own.set(NewTag::integer(71, mtext->attachment()));
+    // The rotation is an angle (50) or the direction of the text's x axis (11, 21, 31),
+    // whichever the record keeps; an angle when it keeps neither.
+    const auto [begin, end] = own.range();
+    const auto tags = doc_.tags(id);
+    std::optional<double> x;
+    std::optional<double> y;
+    bool angle = false;
+    for (std::size_t i = begin; i < end; ++i) {
+      if (tags[i].code == 50) angle = true;
+      if (tags[i].code == 11 && !x) x = doc_.toDouble(tags[i]);
+      if (tags[i].code == 21 && !y) y = doc_.toDouble(tags[i]);
+    }
+    if (angle || !x || !y) {
+      changed |= own.setReal(50, mtext->rotation(), 1.0, 0.0);
+    } else if (std::fabs(std::atan2(*y, *x) - mtext->rotation()) > 1e-12) {
+      changed |= own.setReal(11, std::cos(mtext->rotation()));
+      changed |= own.setReal(21, std::sin(mtext->rotation()));
+    }
+    return changed;
+  }
+  if (const auto* line = dynamic_cast<const headless::Line*>(&object)) {
+    Subclass own(doc_, id, "AcDbLine");
+    return own.setPoint(10, line->startPoint()) | own.setPoint(11, line->endPoint());
+  }
+  if (const auto* arc = dynamic_cast<const headless::Arc*>(&object)) {
+    Subclass circle(doc_, id, "AcDbCircle");
+    Subclass own(doc_, id, "AcDbArc");
+    bool changed = circle.setPoint(10, arc->ocsCenter());
+    changed |= circle.setReal(40, arc->radius());
+    changed |= circle.setNormal(arc->normal());
+    changed |= own.setReal(50, arc->startAngle(), kDegrees);
+    changed |= own.setReal(51, arc->endAngle(), kDegrees);
+    return changed;
+  }
+  if (const auto* circle = dynamic_cast<const headless::Circle*>(&object)) {
+    Subclass own(doc_, id, "AcDbCircle");
+    return own.setPoint(10, circle->center()) | own.setReal(40, circle->radius());
+  }
+  if (const auto* reference = dynamic_cast<const headless::BlockReference*>(&object)) {
+    Subclass own(doc_, id, "AcDbBlockReference");
+    bool changed = false;
+    if (const auto* block = db_.get<headless::BlockTableRecord>(reference->blockTableRecord())) {
+      changed |= own.set(textTag(doc_, 2, block->name()));
+    }
+    changed |= own.setPoint(10, reference->position());
+    changed |= own.setReal(41, reference->scaleFactors().sx, 1.0, 1.0);
+    changed |= own.setReal(42, reference->scaleFactors().sy, 1.0, 1.0);
+    changed |= own.setReal(43, reference->scaleFactors().sz, 1.0, 1.0);
+    changed |= own.setReal(50, reference->rotation(), kDegrees, 0.0);
+    changed |= own.setNormal(reference->normal());
+    return changed;
+  }
+  if (const auto* polyline = dynamic_cast<const headless::Polyline*>(&object)) return writePolyline(id, *polyline);
+  if (const auto* layer = dynamic_cast<const headless::LayerTableRecord*>(&object)) {
+    Subclass own(doc_, id, "AcDbLayerTableRecord");
+    bool changed = own.set(textTag(doc_, 2, layer->name()));
+    changed |= own.setBits(70, 1 | 4, (layer->isFrozen() ? 1 : 0) | (layer->isLocked() ? 4 : 0));
+    // An off layer keeps its colour negative.
+    const auto [begin, end] = own.range();
+    for (std::size_t i = begin; begin != kNoIndex && i < end; ++i) {
+      if (doc_.tags(id)[i].code != 62) continue;
+      const std::int64_t color = doc_.toInteger(doc_.tags(id)[i]).value_or(7);
+      if ((color < 0) != layer->isOff()) {
+        doc_.setInteger(id, i, -color);
+        changed = true;
+      }
+      break;
+    }
+    return changed;
+  }
+  return false;
+}
+
+bool ObjectWriter::writePolyline(RecordId id, const headless::Polyline& polyline) {
+  Subclass own(doc_, id, "AcDbPolyline");
+  auto [begin, end] = own.range();
+  if (begin == kNoIndex) return false;
+  bool changed = own.setBits(70, 1, polyline.isClosed() ? 1 : 0);
+  changed |= own.setReal(38, polyline.elevation(), 1.0, 0.0);
+  changed |= own.setReal(43, polyline.constantWidth(), 1.0, 0.0);
+  changed |= own.setNormal(polyline.normal());
+  // The vertices: the count, then from the first 10 to the last vertex tag, rewritten as a run
+  // where the tags that keep their values stay.
+  std::tie(begin, end) = own.range();
+  auto tags = doc_.tags(id);
+  // Widths are written when a vertex has one, or when the record spelt them out already.
+  bool widths = std::any_of(polyline.vertices().begin(), polyline.vertices().end(), [](const auto& v) {
+    return v.startWidth != 0.0 || v.endWidth != 0.0;
+  });
+  for (std::size_t i = begin; i < end; ++i) widths |= tags[i].code == 40;
+  std::vector<NewTag> vertices;
+  for (const auto& vertex : polyline.vertices()) {
+    vertices.push_back(NewTag::real(10, vertex.point.x));
+    vertices.push_back(NewTag::real(20, vertex.point.y));
+    if (widths) {
+      vertices.push_back(NewTag::real(40, vertex.startWidth));
+      vertices.push_back(NewTag::real(41, vertex.endWidth));
+    }
+    if (vertex.bulge != 0.0) vertices.push_back(NewTag::real(42, vertex.bulge));
+  }
+  std::size_t first = end;
+  std::size_t last = end;
+  for (std::size_t i = begin; i < end; ++i) {
+    const int code = tags[i].code;
+    if (code == 10 && first == end) first = i;
+    if (first != end && (code == 10 || code == 20 || code == 40 || code == 41 || code == 42 || code == 91)) last = i + 1;
+  }
+  if (first == end) last = first;
+  // Vertex ids (91) of newer files go with the vertices they stood with.
+  changed |= replaceTags(doc_, id, first, last, vertices);
+  std::tie(begin, end) = own.range();
+  tags = doc_.tags(id);
+  for (std::size_t i = begin; i < end; ++i) {
+    if (tags[i].code != 90) continue;
+    const NewTag count = NewTag::integer(90, static_cast<std::int64_t>(polyline.vertices().size()));
+    if (!holdsValue(doc_, tags[i], count)) {
+      doc_.setValue(id, i, count.value);
+      changed = true;
+    }
+    break;
+  }
   return changed;
 }
 
@@ -195,6 +447,21 @@ bool ObjectWriter::writeHostText(RecordId id, const host::AcDbObject& object, st
     std::vector<NewTag> pieces;
     appendPieces(pieces, doc_, text, 3, 1);
     return replaceTags(doc_, id, first, last == kNoIndex ? first : last + 1, pieces);
+  }
+  if (object.dxfName() == L"MULTILEADER") {
+    // The text of the context data: the 304 after the has-text flag, before the leaders.
+    const std::size_t marker = findSubclass(doc_, tags, "AcDbMLeader", header.bodyBegin);
+    if (marker == kNoIndex) return false;
+    const NewTag value = textTag(doc_, 304, escapeControlCharacters(text));
+    bool hasText = false;
+    for (std::size_t i = marker + 1; i < header.xdataBegin && tags[i].code != 302; ++i) {
+      if (tags[i].code == 290 && !hasText) hasText = doc_.toInteger(tags[i]).value_or(0) != 0;
+      if (tags[i].code != 304 || !hasText) continue;
+      if (holdsValue(doc_, tags[i], value)) return false;
+      doc_.setValue(id, i, value.value);
+      return true;
+    }
+    return false;
   }
   const std::size_t marker = findSubclass(doc_, tags, "AcDbText", header.bodyBegin);
   const std::size_t begin = marker == kNoIndex ? header.bodyBegin : marker + 1;

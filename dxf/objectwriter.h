@@ -13,6 +13,7 @@
 
 namespace corvane::headless {
 class Database;
+class Polyline;
 }
 
 namespace corvane::dxf {
@@ -38,6 +39,8 @@ class ObjectWriter {
   bool writeExtendedData(RecordId id, const host::AcDbObject& object);
   bool writeBody(RecordId id, const host::AcDbObject& object);
   bool writeEntity(RecordId id, const host::AcDbEntity& entity);
+  bool writeProperties(RecordId id, const host::AcDbObject& object);
+  bool writePolyline(RecordId id, const headless::Polyline& polyline);
   bool writeHostText(RecordId id, const host::AcDbObject& object, std::wstring_view text);
   bool writeDictionary(RecordId id, const host::AcDbObject& object);
   bool writeFieldList(RecordId id, const host::AcDbObject& object);

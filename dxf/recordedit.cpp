@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/utf8.h"
 #include "dxf/groupcode.h"
 #include "dxf/numbertext.h"
 #include "dxf/textpieces.h"
@@ -31,8 +32,9 @@ void appendPieces(std::vector<NewTag>& out, const Document& doc, std::wstring_vi
 
 namespace {
 
-// A tag's value in one spelling: numbers and handles as they read, text as stored.
-std::string canonical(int code, std::string_view spelt) {
+// A tag's value in one spelling: numbers and handles as they read, text as it decodes (an
+// escape such as "\U+00B0" and the character itself are the same text).
+std::string canonical(const Document& doc, int code, std::string_view spelt) {
   std::string key = std::to_string(code);
   key.push_back(':');
   if (isHandleCode(code)) {
@@ -53,6 +55,10 @@ std::string canonical(int code, std::string_view spelt) {
       appendInteger(key, integer);
       return key;
     }
+  }
+  if (valueKind(code) == ValueKind::String && spelt.find("\\U+") != std::string_view::npos) {
+    key += core::toUtf8(doc.codec().decode(spelt));
+    return key;
   }
   key.append(spelt);
   return key;
@@ -76,7 +82,7 @@ bool holdsValue(const Document& doc, const Tag& tag, const NewTag& value) {
   if (tag.code != value.code) return false;
   const std::string spelt = doc.valueText(tag);
   if (spelt == value.value) return true;
-  return canonical(tag.code, spelt) == canonical(value.code, value.value);
+  return canonical(doc, tag.code, spelt) == canonical(doc, value.code, value.value);
 }
 
 bool replaceTags(Document& doc, RecordId id, std::size_t begin, std::size_t end, std::span<const NewTag> tags) {
@@ -86,9 +92,9 @@ bool replaceTags(Document& doc, RecordId id, std::size_t begin, std::size_t end,
   std::vector<std::string> after(m);
   {
     const auto old = doc.tags(id);
-    for (std::size_t i = 0; i < n; ++i) before[i] = canonical(old[begin + i].code, doc.valueText(old[begin + i]));
+    for (std::size_t i = 0; i < n; ++i) before[i] = canonical(doc, old[begin + i].code, doc.valueText(old[begin + i]));
   }
-  for (std::size_t j = 0; j < m; ++j) after[j] = canonical(tags[j].code, tags[j].value);
+  for (std::size_t j = 0; j < m; ++j) after[j] = canonical(doc, tags[j].code, tags[j].value);
 
   // The tags both runs keep, as the longest common subsequence of their values. The table is
   // quadratic; past a size the runs are only trimmed of their common ends.

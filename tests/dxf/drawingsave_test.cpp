@@ -13,7 +13,9 @@
 #include "core/utf8.h"
 #include "dxf/drawingfile.h"
 #include "dxftext.h"
+#include "headless/arc.h"
 #include "headless/attribute.h"
+#include "headless/blockreference.h"
 #include "headless/blocktablerecord.h"
 #include "headless/database.h"
 #include "headless/dictionary.h"
@@ -22,7 +24,9 @@
 #include "headless/fieldengine.h"
 #include "headless/fieldlist.h"
 #include "headless/hostapplication.h"
+#include "headless/layertablerecord.h"
 #include "headless/mtext.h"
+#include "headless/polyline.h"
 #include "headless/table.h"
 #include "headless/text.h"
 #include "headless/texthost.h"
@@ -391,6 +395,138 @@ TEST(DrawingSave, TablesAreReadAndWrittenThroughTheDatabase) {
   EXPECT_EQ(copy->numRows(), 2);
   EXPECT_EQ(copy->textString(0, 1), L"new");
   EXPECT_EQ(second.db().get<headless::BlockTableRecord>(second.db().modelSpaceId())->entities().size(), 2u);
+}
+
+TEST(DrawingSave, ObjectsOpenedForWriteButUnchangedKeepTheirRecords) {
+  CORVANE_NEED_SAMPLES();
+  for (const char* name : {"ezdxf-uncommon.dxf", "acadsharp-sample_AC1032_ascii.dxf", "ezdxf-hatches_2.dxf"}) {
+    SCOPED_TRACE(name);
+    Loaded loaded(sample(name));
+    for (const auto id : loaded.db().objectIds()) {
+      host::AcDbObjectPointer<host::AcDbObject> object(loaded.host, id, host::AcDb::kForWrite);
+      ASSERT_TRUE(object);
+    }
+    EXPECT_TRUE(loaded.save() == sample(name)) << "an unchanged object changed its record";
+  }
+}
+
+TEST(DrawingSave, WritesChangedPropertiesIntoTheirGroups) {
+  CORVANE_NEED_SAMPLES();
+  constexpr double kPi = 3.14159265358979323846;
+  using Point = host::AcGePoint3d;
+  struct Case {
+    const char* name;
+    std::uint64_t handle;
+    std::function<void(host::AcDbObject&)> change;
+    std::function<void(const host::AcDbObject&)> check;
+    std::vector<std::pair<int, std::string>> groups;  // in the saved record
+  };
+  const Case cases[] = {
+      {"multiline text", 0x248,
+       [](host::AcDbObject& o) {
+         auto& text = dynamic_cast<headless::MText&>(o);
+         text.setLocation({1, 2, 3});
+         text.setWidth(12.5);
+         text.setAttachment(5);
+       },
+       [](const host::AcDbObject& o) {
+         const auto& text = dynamic_cast<const headless::MText&>(o);
+         EXPECT_EQ(text.location(), (Point{1, 2, 3}));
+         EXPECT_EQ(text.width(), 12.5);
+         EXPECT_EQ(text.attachment(), 5);
+       },
+       {{10, "1.0"}, {20, "2.0"}, {30, "3.0"}, {41, "12.5"}, {71, "5"}}},
+      {"arc", 0x321,
+       [](host::AcDbObject& o) {
+         auto& arc = dynamic_cast<headless::Arc&>(o);
+         arc.setRadius(2);
+         arc.setStartAngle(kPi / 2);
+       },
+       [](const host::AcDbObject& o) {
+         const auto& arc = dynamic_cast<const headless::Arc&>(o);
+         EXPECT_EQ(arc.radius(), 2.0);
+         EXPECT_NEAR(arc.startAngle(), kPi / 2, 1e-12);
+         EXPECT_NEAR(arc.endAngle(), 248.817378352542 * kPi / 180, 1e-12);
+       },
+       {{40, "2.0"}, {50, "90.0"}, {51, "248.817378352542"}}},
+      {"block reference", 0x5FA,
+       [](host::AcDbObject& o) {
+         auto& reference = dynamic_cast<headless::BlockReference&>(o);
+         reference.setPosition({5, 6, 0});
+         reference.setRotation(kPi);
+         reference.setScaleFactors({2, 2, 2});
+       },
+       [](const host::AcDbObject& o) {
+         const auto& reference = dynamic_cast<const headless::BlockReference&>(o);
+         EXPECT_EQ(reference.position(), (Point{5, 6, 0}));
+         EXPECT_NEAR(reference.rotation(), kPi, 1e-12);
+         EXPECT_EQ(reference.scaleFactors(), (host::AcGeScale3d{2, 2, 2}));
+         EXPECT_EQ(reference.blockName(), L"DATE_BLOCK");
+       },
+       {{2, "DATE_BLOCK"}, {10, "5.0"}, {41, "2.0"}, {42, "2.0"}, {43, "2.0"}, {50, "180.0"}}},
+      {"attribute", 0x5FC,
+       [](host::AcDbObject& o) {
+         auto& attribute = dynamic_cast<headless::Attribute&>(o);
+         attribute.setTag(L"WHEN");
+         attribute.setFlags(headless::Attribute::kInvisible);
+         attribute.setHeight(0.75);
+       },
+       [](const host::AcDbObject& o) {
+         const auto& attribute = dynamic_cast<const headless::Attribute&>(o);
+         EXPECT_EQ(attribute.tag(), L"WHEN");
+         EXPECT_TRUE(attribute.isInvisible());
+         EXPECT_EQ(attribute.height(), 0.75);
+         EXPECT_EQ(attribute.textString(), L"21/04/2020");
+       },
+       {{2, "WHEN"}, {70, "1"}, {40, "0.75"}, {1, "21/04/2020"}}},
+      {"polyline", 0x5F4,
+       [](host::AcDbObject& o) {
+         auto& polyline = dynamic_cast<headless::Polyline&>(o);
+         auto vertices = polyline.vertices();
+         vertices.resize(2);
+         vertices[0].bulge = 1.0;
+         polyline.setVertices(vertices);
+         polyline.setClosed(false);
+       },
+       [](const host::AcDbObject& o) {
+         const auto& polyline = dynamic_cast<const headless::Polyline&>(o);
+         ASSERT_EQ(polyline.vertices().size(), 2u);
+         EXPECT_EQ(polyline.vertices()[0].bulge, 1.0);
+         EXPECT_EQ(polyline.vertices()[1].point.x, 3.928978666877583);
+         EXPECT_FALSE(polyline.isClosed());
+       },
+       {{90, "2"}, {70, "0"}, {42, "1.0"}}},
+      {"layer", 0x10,
+       [](host::AcDbObject& o) {
+         auto& layer = dynamic_cast<headless::LayerTableRecord&>(o);
+         layer.setIsLocked(true);
+         layer.setIsOff(true);
+       },
+       [](const host::AcDbObject& o) {
+         const auto& layer = dynamic_cast<const headless::LayerTableRecord&>(o);
+         EXPECT_TRUE(layer.isLocked());
+         EXPECT_TRUE(layer.isOff());
+         EXPECT_FALSE(layer.isFrozen());
+       },
+       {{70, "4"}, {62, "-7"}}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Loaded first(sample("ezdxf-uncommon.dxf"));
+    {
+      host::AcDbObjectPointer<host::AcDbObject> object(first.host, first.id(c.handle), host::AcDb::kForWrite);
+      ASSERT_TRUE(object);
+      c.change(*object.object());
+    }
+    const std::string saved = first.save();
+    const auto doc = parse(saved);
+    const auto tags = testing::recordTags(*doc, testing::recordOfHandle(*doc, c.handle));
+    for (const auto& group : c.groups) EXPECT_NE(std::find(tags.begin(), tags.end(), group), tags.end()) << group.first;
+    Loaded second(saved);
+    const auto* object = second.db().lookup(second.id(c.handle));
+    ASSERT_NE(object, nullptr);
+    c.check(*object);
+  }
 }
 
 TEST(DrawingSave, FailsWithoutWritingForObjectsItCannotSpell) {
