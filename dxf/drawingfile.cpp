@@ -137,6 +137,8 @@ void DrawingFile::bind(headless::HostApplication& host) {
     if (!isSection(section, {"TABLES", "BLOCKS", "ENTITIES", "OBJECTS"})) continue;
     const bool entities = section == "ENTITIES" || section == "BLOCKS";
     AcDbObjectId parent;  // the block reference or polyline whose attributes or vertices follow
+    AcDbObjectId lastBlockId;
+    headless::BlockTableRecord* lastBlock = nullptr;
     for (const RecordId rid : doc.sections()[s].records) {
       const RecordHeader header = scanRecordHeader(doc, rid);
       if (!header.handle || *header.handle == 0) continue;
@@ -160,7 +162,12 @@ void DrawingFile::bind(headless::HostApplication& host) {
       if (type == "INSERT" || type == "POLYLINE") parent = id;
       else if (!subEntity || type == "SEQEND") parent = {};
       if (entities && !subEntity && type != "BLOCK" && type != "ENDBLK" && header.owner != 0) {
-        if (auto* block = db.get<headless::BlockTableRecord>(owner)) block->append(id);
+        // Entities come block by block: the last block found serves most of them.
+        if (owner != lastBlockId) {
+          lastBlockId = owner;
+          lastBlock = db.get<headless::BlockTableRecord>(owner);
+        }
+        if (lastBlock) lastBlock->append(id);
         else if (owner.isNull()) pending.push_back({id, header.owner, Pending::BlockEntity});
       }
       const auto tags = doc.tags(rid);
@@ -265,6 +272,33 @@ void DrawingFile::bind(headless::HostApplication& host) {
     }
   }
 
+  // A child that is no field, or a field that contains itself, a damaged file may hold; the
+  // engine walks children depth first, so such links are dropped (the placeholder shows
+  // nothing).
+  std::vector<AcDbObjectId> path;
+  std::unordered_set<std::uint64_t> done;
+  constexpr std::size_t kDeepest = 256;  // fields nest a few levels; a file may claim any
+  std::function<void(headless::Field&)> checkChildren = [&](headless::Field& field) {
+    if (!done.insert(field.objectId().asOldId()).second) return;
+    path.push_back(field.objectId());
+    std::vector<AcDbObjectId> children = field.children();
+    bool dropped = false;
+    for (auto& child : children) {
+      auto* childField = db.get<headless::Field>(child);
+      if (!childField || path.size() >= kDeepest || std::find(path.begin(), path.end(), child) != path.end()) {
+        dropped |= !child.isNull();
+        child = {};
+        continue;
+      }
+      checkChildren(*childField);
+    }
+    if (dropped) field.restore(field.evaluatorId(), field.ownCode(), std::move(children), field.objectIds());
+    path.pop_back();
+  };
+  for (const auto& [id, rid] : linked) {
+    if (auto* field = db.get<headless::Field>(id)) checkChildren(*field);
+  }
+
   // Fields go into their cells once the fields are complete.
   for (auto& [table, links] : tables) resolveTableLinks(db, *table, links);
 
@@ -352,9 +386,10 @@ void DrawingFile::prepareFieldList() {
   if (!root->has(L"ACAD_FIELDLIST")) root->put(L"ACAD_FIELDLIST", listId);
 }
 
-void DrawingFile::registerApplications(const std::vector<AcDbObjectId>& written) {
+std::vector<AcDbObjectId> DrawingFile::registerApplications(const std::vector<AcDbObjectId>& written) {
   // Extended data names its application, which the APPID table must hold.
   headless::Database& db = *db_;
+  std::vector<AcDbObjectId> made;
   for (const auto id : written) {
     for (const auto& item : headlessOf(db, id)->record().xdata) {
       if (item.restype != 1001) continue;
@@ -362,12 +397,13 @@ void DrawingFile::registerApplications(const std::vector<AcDbObjectId>& written)
       if (!name || appIds_.count(core::toUpper(*name)) != 0) continue;
       const auto table = tables_.find(L"APPID");
       if (table == tables_.end()) throw std::runtime_error("the drawing has no APPID table");
-      static const auto kind = std::make_shared<const headless::ProxyKind>(
+      const auto kind = std::make_shared<const headless::ProxyKind>(
           headless::ProxyKind{L"APPID", L"AcDbRegAppTableRecord"});
-      db.addObject(std::make_unique<headless::ProxyObject>(kind, *name), table->second);
+      made.push_back(db.addObject(std::make_unique<headless::ProxyObject>(kind, *name), table->second));
       appIds_.insert(core::toUpper(*name));
     }
   }
+  return made;
 }
 
 std::size_t DrawingFile::placeNewRecord(const host::AcDbObject& object, std::size_t& section) const {
@@ -491,10 +527,8 @@ Status DrawingFile::update() {
     }
     std::vector<AcDbObjectId> written = changed;
     written.insert(written.end(), added.begin(), added.end());
-    const std::size_t before = db.objectIds().size();
-    registerApplications(written);
-    const auto all = db.objectIds();
-    added.insert(added.end(), all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
+    const auto applications = registerApplications(written);
+    added.insert(added.end(), applications.begin(), applications.end());
 
     if (!added.empty() && doc.version() < "AC1012") {
       return Status::failure("objects cannot be added to a drawing older than R13 (" + doc.version() + ")");

@@ -66,7 +66,8 @@ class DrawingFile {
 
   void prepareFields();
   void prepareFieldList();
-  void registerApplications(const std::vector<host::AcDbObjectId>& written);
+  // The APPID records the written objects' extended data needs; returns those it made.
+  std::vector<host::AcDbObjectId> registerApplications(const std::vector<host::AcDbObjectId>& written);
   std::size_t placeNewRecord(const host::AcDbObject& object, std::size_t& section) const;
   // The classes of fields and field lists, once the drawing holds such records.
   void ensureClasses();

@@ -15,6 +15,7 @@
 #include "headless/database.h"
 #include "headless/dictionary.h"
 #include "headless/field.h"
+#include "headless/fieldengine.h"
 #include "headless/fieldlist.h"
 #include "headless/hostapplication.h"
 #include "headless/layertablerecord.h"
@@ -277,6 +278,84 @@ TEST(DrawingFile, ReadsUnitsIntoSystemVariablesAndNamesTheDrawing) {
   }
   EXPECT_EQ(db.getFilename(), L"/drawings/plan.dxf");
   EXPECT_EQ(db.handseed(), host::AcDbHandle(0x40));
+}
+
+// A drawing whose objects are the given fields, all in its field list.
+std::string drawingWithFields(const std::vector<std::vector<testing::TagText>>& fields) {
+  std::vector<testing::TagText> tags = {{0, "SECTION"}, {2, "HEADER"}, {9, "$ACADVER"}, {1, "AC1032"},
+                                        {9, "$HANDSEED"}, {5, "F000"}, {0, "ENDSEC"},
+                                        {0, "SECTION"}, {2, "ENTITIES"}, {0, "LINE"}, {5, "30"}, {8, "0"},
+                                        {10, "0.0"}, {20, "0.0"}, {11, "1.0"}, {21, "1.0"}, {0, "ENDSEC"},
+                                        {0, "SECTION"}, {2, "OBJECTS"}, {0, "DICTIONARY"}, {5, "C"}, {330, "0"},
+                                        {100, "AcDbDictionary"}, {3, "ACAD_FIELDLIST"}, {350, "D"},
+                                        {0, "FIELDLIST"}, {5, "D"}, {330, "C"}, {100, "AcDbIdSet"},
+                                        {90, std::to_string(fields.size())}};
+  for (std::size_t i = 0; i < fields.size(); ++i) tags.push_back({330, std::to_string(100 + i)});
+  tags.push_back({100, "AcDbFieldList"});
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    tags.push_back({0, "FIELD"});
+    tags.push_back({5, std::to_string(100 + i)});
+    tags.push_back({330, "D"});
+    tags.insert(tags.end(), fields[i].begin(), fields[i].end());
+  }
+  tags.push_back({0, "ENDSEC"});
+  tags.push_back({0, "EOF"});
+  return testing::asciiDxf(tags);
+}
+
+TEST(DrawingFile, DamagedFieldsLoadEvaluateAndSaveAsRead) {
+  using Tags = std::vector<testing::TagText>;
+  // A chain of fields each holding the next: deeper than any drawing nests them.
+  std::vector<Tags> chain;
+  for (int i = 0; i < 300; ++i) {
+    chain.push_back({{100, "AcDbField"}, {1, "_text"}, {2, "%<\\_FldIdx 0>%"}, {90, "1"},
+                     {360, std::to_string(101 + i)}});
+  }
+  chain.push_back({{100, "AcDbField"}, {1, "AcVar"}, {2, "\\AcVar LUNITS"}});
+  struct Case {
+    const char* name;
+    std::vector<Tags> fields;
+    std::size_t children;  // of the first field, once read
+  };
+  const Case cases[] = {
+      {"a field holding itself", {{{100, "AcDbField"}, {1, "_text"}, {2, "a %<\\_FldIdx 0>%"}, {90, "1"}, {360, "100"}}}, 0},
+      {"two fields holding each other",
+       {{{100, "AcDbField"}, {1, "_text"}, {2, "%<\\_FldIdx 0>%"}, {90, "1"}, {360, "101"}},
+        {{100, "AcDbField"}, {1, "_text"}, {2, "%<\\_FldIdx 0>%"}, {90, "1"}, {360, "100"}}},
+       1},
+      {"a child that is a line", {{{100, "AcDbField"}, {1, "_text"}, {2, "%<\\_FldIdx 0>%"}, {90, "1"}, {360, "30"}}}, 0},
+      {"a cut value block", {{{100, "AcDbField"}, {1, "AcVar"}, {2, "\\AcVar LUNITS"}, {93, "1"}, {6, "Variable"}, {93, "2"}}}, 0},
+      {"a data count without data", {{{100, "AcDbField"}, {1, "AcVar"}, {93, "1000000"}, {7, "ACFD_FIELD_VALUE"}}}, 0},
+      {"a date of seven bytes",
+       {{{100, "AcDbField"}, {1, "AcVar"}, {2, "\\AcVar Date"}, {7, "ACFD_FIELD_VALUE"}, {93, "0"}, {90, "8"},
+         {92, "7"}, {310, "E4070400020015"}, {94, "0"}, {304, "ACVALUE_END"}, {301, "x"}, {98, "1"}}},
+       0},
+      {"nothing but the subclass", {{{100, "AcDbField"}}}, 0},
+      {"a chain 300 deep", chain, 1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string bytes = drawingWithFields(c.fields);
+    headless::HostApplication host;
+    auto loaded = DrawingFile::read(bytes, host);
+    ASSERT_TRUE(loaded.drawing) << loaded.error;
+    headless::Database& db = loaded.drawing->database();
+    AcDbObjectId first;
+    ASSERT_EQ(db.getAcDbObjectId(first, host::AcDbHandle(0x100)), host::Acad::eOk);
+    const auto* field = db.get<headless::Field>(first);
+    ASSERT_NE(field, nullptr);
+    std::size_t children = 0;
+    for (int i = 0; i < field->childCount(); ++i) children += field->getChild(i).isNull() ? 0 : 1;
+    EXPECT_EQ(children, c.children);
+    StringSink unchanged;
+    ASSERT_TRUE(loaded.drawing->write(unchanged).ok());
+    EXPECT_TRUE(unchanged.data == bytes);
+    host.engine().evaluateFields(&db, {}, AcDbField::kDemand);
+    StringSink evaluated;
+    EXPECT_TRUE(loaded.drawing->write(evaluated).ok());
+    headless::HostApplication again;
+    EXPECT_TRUE(DrawingFile::read(evaluated.data, again).drawing);
+  }
 }
 
 TEST(DrawingFile, ReportsFilesThatCannotBeRead) {
