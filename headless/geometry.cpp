@@ -137,25 +137,109 @@ bool usableSpline(const SplineEdge& s) noexcept {
   return s.knots[static_cast<std::size_t>(s.degree)] < s.knots[n];
 }
 
-// De Boor's algorithm in homogeneous coordinates for the knot span [k, k + 1).
-AcGePoint2d deBoor(const SplineEdge& s, std::size_t k, double u) {
-  const std::size_t p = static_cast<std::size_t>(s.degree);
-  std::vector<std::array<double, 3>> d(p + 1);
-  for (std::size_t j = 0; j <= p; ++j) {
-    const std::size_t i = j + k - p;
+// A B-spline in homogeneous coordinates (x w, y w, w): a polynomial spline even when the
+// curve is rational, so that its derivative is one too.
+using Homogeneous = std::array<double, 3>;
+struct HomogeneousSpline {
+  std::size_t degree = 0;
+  std::vector<double> knots;
+  std::vector<Homogeneous> control;
+};
+
+HomogeneousSpline homogeneous(const SplineEdge& s) {
+  HomogeneousSpline h{static_cast<std::size_t>(s.degree), s.knots, {}};
+  h.control.reserve(s.controlPoints.size());
+  for (std::size_t i = 0; i < s.controlPoints.size(); ++i) {
     const double w = s.rational ? s.weights[i] : 1.0;
-    d[j] = {s.controlPoints[i].x * w, s.controlPoints[i].y * w, w};
+    h.control.push_back({s.controlPoints[i].x * w, s.controlPoints[i].y * w, w});
   }
+  return h;
+}
+
+// The derivative: degree one less, control points p (P[i+1] - P[i]) / (u[i+p+1] - u[i+1]), the
+// knot vector without its first and last knot. Its span k - 1 lies over the spline's span k.
+HomogeneousSpline derivative(const HomogeneousSpline& h) {
+  const std::size_t p = h.degree;
+  HomogeneousSpline d{p - 1, std::vector<double>(h.knots.begin() + 1, h.knots.end() - 1), {}};
+  for (std::size_t i = 0; i + 1 < h.control.size(); ++i) {
+    const double span = h.knots[i + p + 1] - h.knots[i + 1];
+    const double f = span == 0.0 ? 0.0 : static_cast<double>(p) / span;
+    d.control.push_back({f * (h.control[i + 1][0] - h.control[i][0]), f * (h.control[i + 1][1] - h.control[i][1]),
+                         f * (h.control[i + 1][2] - h.control[i][2])});
+  }
+  return d;
+}
+
+// De Boor's algorithm for the knot span [k, k + 1).
+Homogeneous deBoor(const HomogeneousSpline& h, std::size_t k, double u) {
+  const std::size_t p = h.degree;
+  std::array<Homogeneous, kMaxSplineDegree + 1> d{};
+  for (std::size_t j = 0; j <= p; ++j) d[j] = h.control[j + k - p];
   for (std::size_t r = 1; r <= p; ++r) {
     for (std::size_t j = p; j >= r; --j) {
       const std::size_t i = j + k - p;
-      const double denominator = s.knots[i + p - r + 1] - s.knots[i];
-      const double alpha = denominator == 0.0 ? 0.0 : (u - s.knots[i]) / denominator;
-      for (int c = 0; c < 3; ++c) d[j][c] = (1.0 - alpha) * d[j - 1][c] + alpha * d[j][c];
+      const double denominator = h.knots[i + p - r + 1] - h.knots[i];
+      const double alpha = denominator == 0.0 ? 0.0 : (u - h.knots[i]) / denominator;
+      for (std::size_t c = 0; c < 3; ++c) d[j][c] = (1.0 - alpha) * d[j - 1][c] + alpha * d[j][c];
     }
   }
-  const double w = d[p][2] == 0.0 ? 1.0 : d[p][2];
-  return {d[p][0] / w, d[p][1] / w};
+  return d[p];
+}
+
+AcGePoint2d toPoint(const Homogeneous& h) noexcept {
+  const double w = h[2] == 0.0 ? 1.0 : h[2];
+  return {h[0] / w, h[1] / w};
+}
+
+// Gauss-Legendre nodes and weights of order 8 on [-1, 1] (the positive half): exact for
+// polynomials up to degree 15, which covers the area integrand of every polynomial spline up
+// to degree 8.
+constexpr std::array<double, 4> kGaussNodes{0.1834346424956498, 0.5255324099163290, 0.7966664774136267,
+                                           0.9602898564975363};
+constexpr std::array<double, 4> kGaussWeights{0.3626837833783620, 0.3137066458778873, 0.2223810344533745,
+                                             0.1012285362903763};
+// Each knot span is cut into this many pieces, for rational splines and for lengths, whose
+// integrands are no polynomials.
+constexpr int kGaussPieces = 8;
+
+// Integrates f(point, derivative) over the spline's domain, in homogeneous coordinates.
+template <typename F>
+double integrateSpline(const SplineEdge& spline, F f) {
+  const HomogeneousSpline h = homogeneous(spline);
+  const HomogeneousSpline d = derivative(h);
+  const std::size_t p = h.degree;
+  double sum = 0.0;
+  for (std::size_t k = p; k < h.control.size(); ++k) {
+    const double a = h.knots[k];
+    const double b = h.knots[k + 1];
+    if (!(a < b)) continue;
+    const double piece = (b - a) / kGaussPieces;
+    for (int q = 0; q < kGaussPieces; ++q) {
+      const double middle = a + piece * (q + 0.5);
+      for (std::size_t g = 0; g < kGaussNodes.size(); ++g) {
+        for (const double side : {-1.0, 1.0}) {
+          const double u = middle + side * kGaussNodes[g] * piece / 2;
+          sum += kGaussWeights[g] * piece / 2 * f(deBoor(h, k, u), deBoor(d, k - 1, u));
+        }
+      }
+    }
+  }
+  return sum;
+}
+
+// 1/2 (x y' - y x') of the curve x = X/W, y = Y/W is 1/2 (X Y' - Y X') / W^2.
+double splineAreaTerm(const SplineEdge& spline) {
+  return integrateSpline(spline, [](const Homogeneous& c, const Homogeneous& dc) {
+    return c[2] == 0.0 ? 0.0 : 0.5 * (c[0] * dc[1] - c[1] * dc[0]) / (c[2] * c[2]);
+  });
+}
+
+// |C'| with C' = (X' W - X W', Y' W - Y W') / W^2.
+double splineLength(const SplineEdge& spline) {
+  return integrateSpline(spline, [](const Homogeneous& c, const Homogeneous& dc) {
+    if (c[2] == 0.0) return 0.0;
+    return std::hypot(dc[0] * c[2] - c[0] * dc[2], dc[1] * c[2] - c[1] * dc[2]) / (c[2] * c[2]);
+  });
 }
 
 void addXY(AcDbExtents& extents, const Transform& transform, const AcGePoint2d& p, double z) noexcept {
@@ -253,15 +337,14 @@ double ellipseParameterOfAngle(double angle, double ratio) noexcept {
 
 std::vector<AcGePoint2d> splinePoints(const SplineEdge& spline) {
   if (!usableSpline(spline)) return spline.fitPoints.size() >= 2 ? spline.fitPoints : spline.controlPoints;
-  const std::size_t p = static_cast<std::size_t>(spline.degree);
-  const std::size_t n = spline.controlPoints.size();
+  const HomogeneousSpline h = homogeneous(spline);
   std::vector<AcGePoint2d> points;
-  for (std::size_t k = p; k < n; ++k) {
-    const double a = spline.knots[k];
-    const double b = spline.knots[k + 1];
+  for (std::size_t k = h.degree; k < h.control.size(); ++k) {
+    const double a = h.knots[k];
+    const double b = h.knots[k + 1];
     if (!(a < b)) continue;
     for (int i = points.empty() ? 0 : 1; i <= kSplineSamplesPerSpan; ++i) {
-      points.push_back(deBoor(spline, k, a + (b - a) * i / kSplineSamplesPerSpan));
+      points.push_back(toPoint(deBoor(h, k, a + (b - a) * i / kSplineSamplesPerSpan)));
     }
   }
   return points;
@@ -278,7 +361,8 @@ double edgeAreaTerm(const Edge& edge) {
   if (const auto* line = std::get_if<LineEdge>(&edge)) return 0.5 * cross(line->start, line->end);
   if (const auto* arc = std::get_if<CircularArcEdge>(&edge)) return toEllipse(*arc).areaTerm();
   if (const auto* ellipse = std::get_if<EllipticArcEdge>(&edge)) return toEllipse(*ellipse).areaTerm();
-  return chainAreaTerm(splinePoints(std::get<SplineEdge>(edge)));
+  const auto& spline = std::get<SplineEdge>(edge);
+  return usableSpline(spline) ? splineAreaTerm(spline) : chainAreaTerm(splinePoints(spline));
 }
 
 double edgeLength(const Edge& edge) {
@@ -288,7 +372,8 @@ double edgeLength(const Edge& edge) {
     return arc->radius * std::abs(e.t1 - e.t0);
   }
   if (const auto* ellipse = std::get_if<EllipticArcEdge>(&edge)) return toEllipse(*ellipse).length();
-  return chainLength(splinePoints(std::get<SplineEdge>(edge)));
+  const auto& spline = std::get<SplineEdge>(edge);
+  return usableSpline(spline) ? splineLength(spline) : chainLength(splinePoints(spline));
 }
 
 double loopSignedArea(const Loop& loop) {
