@@ -529,6 +529,83 @@ TEST(DrawingSave, WritesChangedPropertiesIntoTheirGroups) {
   }
 }
 
+// A small drawing of any version with what a drawing needs around one text (handle 40).
+std::string smallDrawing(const std::string& version) {
+  return testing::asciiDxf({
+      {0, "SECTION"}, {2, "HEADER"}, {9, "$ACADVER"}, {1, version}, {9, "$DWGCODEPAGE"}, {3, "ANSI_1252"},
+      {9, "$HANDSEED"}, {5, "50"}, {9, "$LUPREC"}, {70, "3"}, {0, "ENDSEC"},
+      {0, "SECTION"}, {2, "CLASSES"}, {0, "ENDSEC"},
+      {0, "SECTION"}, {2, "TABLES"},
+      {0, "TABLE"}, {2, "BLOCK_RECORD"}, {5, "1"}, {330, "0"}, {100, "AcDbSymbolTable"}, {70, "1"},
+      {0, "BLOCK_RECORD"}, {5, "1F"}, {330, "1"}, {100, "AcDbSymbolTableRecord"}, {100, "AcDbBlockTableRecord"},
+      {2, "*Model_Space"}, {0, "ENDTAB"},
+      {0, "TABLE"}, {2, "APPID"}, {5, "9"}, {330, "0"}, {100, "AcDbSymbolTable"}, {70, "1"},
+      {0, "APPID"}, {5, "12"}, {330, "9"}, {100, "AcDbSymbolTableRecord"}, {100, "AcDbRegAppTableRecord"},
+      {2, "ACAD"}, {70, "0"}, {0, "ENDTAB"}, {0, "ENDSEC"},
+      {0, "SECTION"}, {2, "ENTITIES"},
+      {0, "TEXT"}, {5, "40"}, {330, "1F"}, {100, "AcDbEntity"}, {8, "0"}, {100, "AcDbText"}, {10, "0.0"},
+      {20, "0.0"}, {30, "0.0"}, {40, "1.0"}, {1, "Gr\\U+00F6\\U+00DFe"}, {100, "AcDbText"}, {0, "ENDSEC"},
+      {0, "SECTION"}, {2, "OBJECTS"}, {0, "DICTIONARY"}, {5, "C"}, {330, "0"}, {100, "AcDbDictionary"},
+      {281, "1"}, {0, "ENDSEC"}, {0, "EOF"}});
+}
+
+TEST(DrawingSave, FieldsTakeTheLayoutOfTheDrawingsVersion) {
+  struct Case {
+    const char* version;
+    bool longValues;  // flags, unit, format and end marker around each value
+  };
+  for (const Case c : {Case{"AC1015", false}, Case{"AC1018", false}, Case{"AC1024", true}, Case{"AC1032", true}}) {
+    SCOPED_TRACE(c.version);
+    Loaded first(smallDrawing(c.version));
+    const AcDbObjectId text = first.id(0x40);
+    ASSERT_NE(first.db().get<headless::Text>(text), nullptr);
+    EXPECT_EQ(first.db().get<headless::Text>(text)->textString(), L"Gr\u00F6\u00DFe");
+    headless::attachField(first.db(), text, L"%<\\AcVar LUPREC \\f \"%lu2\">% mm");
+    first.host.engine().evaluateFields(&first.db(), {}, AcDbField::kDemand);
+    const std::string saved = first.save();
+
+    const auto doc = parse(saved);
+    const auto fields = testing::recordsOfType(*doc, "FIELD");
+    ASSERT_EQ(fields.size(), 2u);
+    for (const RecordId field : fields) {
+      const auto tags = testing::recordTags(*doc, field);
+      const bool hasFormat = std::any_of(tags.begin(), tags.end(), [](const auto& tag) { return tag.first == 4; });
+      const bool hasEnd = std::find(tags.begin(), tags.end(), std::pair<int, std::string>{304, "ACVALUE_END"}) != tags.end();
+      EXPECT_EQ(hasFormat, !c.longValues);
+      EXPECT_EQ(hasEnd, c.longValues);
+    }
+    // Classes for the new kinds of record, and the field list the drawing lacked.
+    EXPECT_EQ(testing::recordsOfType(*doc, "CLASS").size(), 2u);
+    EXPECT_EQ(testing::recordsOfType(*doc, "FIELDLIST").size(), 1u);
+
+    Loaded second(saved);
+    // Decimal units at the drawing's precision (LUPREC 3).
+    expectTextField(second, 0x40, L"3.000 mm", {L"%<\\AcVar LUPREC"});
+    const auto* child = second.db().get<headless::Field>(
+        second.db().get<headless::Field>(headless::fieldOf(second.db(), second.id(0x40)))->getChild(0));
+    host::AcValue value;
+    child->getValue(value);
+    EXPECT_EQ(value.data(), host::AcValue(std::int32_t{3}).data());
+  }
+}
+
+TEST(DrawingSave, BinaryDrawingsWorkAsAsciiOnes) {
+  CORVANE_NEED_SAMPLES();
+  auto ascii = parse(sample("ezdxf-uncommon.dxf"));
+  StringSink binary;
+  ASSERT_TRUE(ascii->write(binary, FileFormat::Binary).ok());
+  Loaded first(binary.data);
+  ASSERT_EQ(first.drawing->document().format(), FileFormat::Binary);
+  EXPECT_EQ(first.db().get<headless::FieldList>(first.db().fieldListId())->ids().size(), 4u);
+  EXPECT_TRUE(first.save() == binary.data);
+  headless::attachField(first.db(), first.id(0x248), L"%<\\AcVar LUPREC>% places");
+  first.host.engine().evaluateFields(&first.db(), {}, AcDbField::kDemand);
+  const std::string saved = first.save();
+  ASSERT_EQ(saved.substr(0, 18), "AutoCAD Binary DXF");
+  Loaded second(saved);
+  expectTextField(second, 0x248, L"4 places", {L"%<\\AcVar LUPREC>%"});
+}
+
 TEST(DrawingSave, FailsWithoutWritingForObjectsItCannotSpell) {
   CORVANE_NEED_SAMPLES();
   const testing::TempFolder folder("drawingsave-fail");
