@@ -119,8 +119,9 @@ struct SplineEdge {
 
 using Edge = std::variant<LineEdge, CircularArcEdge, EllipticArcEdge, SplineEdge>;
 
-// An edge's share of its loop's signed area (1/2 * integral of (x dy - y dx)). Line, circular
-// and elliptic edges are exact; a spline is flattened finely first.
+// An edge's share of its loop's signed area (1/2 * integral of (x dy - y dx)), exact for
+// every kind: splines are integrated span by span. A spline without usable control points and
+// knots counts as its fit points joined.
 double edgeAreaTerm(const Edge& edge);
 double edgeLength(const Edge& edge);
 // The edge as a chain of points, arcs and splines cut into short chords; the first point is
