@@ -534,7 +534,25 @@ Status DrawingFile::update() {
       return Status::failure("objects cannot be added to a drawing older than R13 (" + doc.version() + ")");
     }
 
+    // Every new record is spelt, and its place found, before the drawing changes: a save
+    // that cannot be done leaves the drawing as it was.
     ObjectWriter writer(doc, db, gone);
+    std::vector<std::optional<std::vector<NewTag>>> spelt;
+    for (const auto id : added) {
+      const host::AcDbObject& object = *db.lookup(id);
+      std::size_t section = 0;
+      if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
+        if (const auto problem = unwritable(*table)) return Status::failure(*problem);
+        if (recordOf(table->ownerId()) == kNoRecord) return Status::failure("a new table must be owned by a block");
+        spelt.emplace_back();
+        continue;
+      }
+      std::string error;
+      spelt.push_back(writer.newRecord(object, error));
+      if (!spelt.back()) return Status::failure(error);
+      placeNewRecord(object, section);
+    }
+
     for (const auto& [id, rid] : removed) {
       doc.removeRecord(rid);
       unbind(id);
@@ -553,7 +571,8 @@ Status DrawingFile::update() {
 
     bool newField = false;
     bool newFieldList = false;
-    for (const auto id : added) {
+    for (std::size_t n = 0; n < added.size(); ++n) {
+      const AcDbObjectId id = added[n];
       const host::AcDbObject& object = *db.lookup(id);
       if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
         // A table comes with its block, and a style when the drawing has none.
@@ -567,12 +586,9 @@ Status DrawingFile::update() {
         bindRecord(id, created.table);
         continue;
       }
-      std::string error;
-      auto tags = writer.newRecord(object, error);
-      if (!tags) return Status::failure(error);
       std::size_t section = 0;
       const std::size_t position = placeNewRecord(object, section);
-      bindRecord(id, doc.insertRecord(section, position, *tags));
+      bindRecord(id, doc.insertRecord(section, position, *spelt[n]));
       newField |= object.dxfName() == L"FIELD";
       newFieldList |= object.dxfName() == L"FIELDLIST";
     }

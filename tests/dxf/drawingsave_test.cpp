@@ -614,12 +614,26 @@ TEST(DrawingSave, FailsWithoutWritingForObjectsItCannotSpell) {
   headless::HostApplication host;
   auto loaded = DrawingFile::load(path, host);
   ASSERT_TRUE(loaded.drawing) << loaded.error;
-  // A block definition made in memory has no BLOCK and ENDBLK records to go with it yet.
-  loaded.drawing->database().addRecord(std::make_unique<headless::BlockTableRecord>(L"NEW_BLOCK"));
+  // A block definition made in memory has no BLOCK and ENDBLK records to go with it yet. The
+  // erased line and the changed text are not written either: nothing is.
+  headless::Database& db = loaded.drawing->database();
+  AcDbObjectId line;
+  ASSERT_EQ(db.getAcDbObjectId(line, AcDbHandle(0x222)), host::Acad::eOk);
+  {
+    host::AcDbObjectPointer<host::AcDbObject> erased(host, line, host::AcDb::kForWrite);
+    ASSERT_EQ(erased->erase(), host::Acad::eOk);
+  }
+  AcDbObjectId text;
+  ASSERT_EQ(db.getAcDbObjectId(text, AcDbHandle(0x248)), host::Acad::eOk);
+  db.get<headless::MText>(text)->setContents(L"changed");
+  db.addRecord(std::make_unique<headless::BlockTableRecord>(L"NEW_BLOCK"));
   const Status status = loaded.drawing->save();
   EXPECT_FALSE(status.ok());
   EXPECT_NE(status.message().find("BLOCK_RECORD"), std::string::npos) << status.message();
   EXPECT_EQ(testing::readBytes(path), sample("ezdxf-uncommon.dxf"));
+  StringSink inMemory;
+  ASSERT_TRUE(loaded.drawing->document().write(inMemory).ok());
+  EXPECT_TRUE(inMemory.data == sample("ezdxf-uncommon.dxf")) << "the failed save changed the drawing in memory";
   EXPECT_EQ(folder.entries(), std::vector<std::string>{"drawing.dxf"});
 }
 
