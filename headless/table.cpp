@@ -296,6 +296,17 @@ Acad::ErrorStatus Table::placeField(int row, int column, host::AcDbObjectId id) 
   return Acad::eOk;
 }
 
+bool Table::findField(host::AcDbObjectId field, int& row, int& column) const {
+  if (field.isNull()) return false;
+  for (std::size_t i = 0; i < cells_.size(); ++i) {
+    if (cells_[i].field != field) continue;
+    row = static_cast<int>(i / columns_.size());
+    column = static_cast<int>(i % columns_.size());
+    return true;
+  }
+  return false;
+}
+
 Acad::ErrorStatus Table::setValue(int row, int column, const host::AcValue& value) {
   if (const auto es = checkWrite(row, column); es != Acad::eOk) return es;
   return putValue(row, column, value);

@@ -138,6 +138,8 @@ class Table : public EntityImpl<host::AcDbTable>, public CellHost {
   host::Acad::ErrorStatus putTextString(int row, int column, std::wstring_view text);
   // Puts a field of the table's database into a cell: the field's owner becomes the table.
   host::Acad::ErrorStatus placeField(int row, int column, host::AcDbObjectId field);
+  // The cell that holds the field; false when no cell does.
+  bool findField(host::AcDbObjectId field, int& row, int& column) const;
 
   // Where each row and column came from: its index when the table was read or made, the
   // index of the row or column it inherited from for an inherited one, -1 for one inserted

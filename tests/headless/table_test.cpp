@@ -66,6 +66,12 @@ TEST(Table, CellsTellTheirContentDataTypeAndText) {
   const auto field = table.fieldId(1, 2);
   EXPECT_EQ(d.field(field).ownerId(), tableId);
   EXPECT_EQ(d.field(field).evaluatorId(), L"_text");
+  int row = -1, column = -1;
+  ASSERT_TRUE(table.findField(field, row, column));
+  EXPECT_EQ(row, 1);
+  EXPECT_EQ(column, 2);
+  EXPECT_FALSE(table.findField(d.field(field).getChild(0), row, column));
+  EXPECT_FALSE(table.findField({}, row, column));
 }
 
 TEST(Table, PlainTextDropsMultilineTextCodes) {
