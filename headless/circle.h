@@ -16,8 +16,13 @@ class Circle : public EntityImpl<host::AcDbCircle>, public Shape {
   std::wstring dxfName() const override { return L"CIRCLE"; }
   std::wstring className() const override { return L"AcDbCircle"; }
 
-  host::AcGePoint3d center() const override { return host::AcGePoint3d::fromArray(center_); }
+  // The centre is kept in the circle's object coordinate system, given by its normal; that is
+  // the world's for the default normal (0, 0, 1).
+  host::AcGePoint3d center() const override;  // in world coordinates
+  host::AcGePoint3d ocsCenter() const noexcept { return host::AcGePoint3d::fromArray(center_); }
   double radius() const override { return radius_; }
+  const host::AcGeVector3d& normal() const noexcept { return normal_; }
+  void setNormal(host::AcGeVector3d normal);
 
   bool isClosed() const override { return true; }
   // The parameter is the angle from the x axis.
@@ -33,6 +38,7 @@ class Circle : public EntityImpl<host::AcDbCircle>, public Shape {
  private:
   Point center_{};
   double radius_ = 1.0;
+  host::AcGeVector3d normal_{0, 0, 1};
 };
 
 }  // namespace corvane::headless

@@ -228,6 +228,23 @@ TEST(Curves, ArcOfAMirroredSystem) {
   EXPECT_NEAR(area, (kPiValue / 2 - 1) / 2, 1e-12);  // 1/2 (pi/2 - 1), mirroring changes nothing
 }
 
+TEST(Curves, CircleOfAMirroredSystem) {
+  // Centre (3,1) in the system of normal (0,0,-1) is (-3,1) in the world.
+  TestDrawing d;
+  auto circle = std::make_unique<Circle>(Circle::Point{3, 1, 0}, 2.0);
+  circle->setNormal({0, 0, -1});
+  const auto id = d.db.appendEntity(std::move(circle));
+  host::AcDbObjectPointer<host::AcDbCircle> open(d.host, id, host::AcDb::kForRead);
+  EXPECT_EQ(open->center(), (host::AcGePoint3d{-3, 1, 0}));
+  EXPECT_EQ(d.db.get<Circle>(id)->ocsCenter(), (host::AcGePoint3d{3, 1, 0}));
+  host::AcDbExtents box;
+  ASSERT_EQ(open->getGeomExtents(box), Acad::eOk);
+  EXPECT_NEAR(box.minPoint().x, -5, 1e-12);
+  EXPECT_NEAR(box.maxPoint().x, -1, 1e-12);
+  EXPECT_NEAR(box.minPoint().y, -1, 1e-12);
+  EXPECT_NEAR(box.maxPoint().y, 3, 1e-12);
+}
+
 TEST(Curves, HatchAreaThroughThePort) {
   TestDrawing d;
   auto square = [](double x, double y, double side, int flags) {
