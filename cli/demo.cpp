@@ -1,23 +1,53 @@
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "commands.h"
+#include "core/crt.h"
 #include "core/printf.h"
 #include "core/utf8.h"
+#include "dxf/drawingfile.h"
 #include "headless/circle.h"
 #include "headless/database.h"
 #include "headless/field.h"
 #include "headless/fieldengine.h"
 #include "headless/fieldlist.h"
 #include "headless/hostapplication.h"
+#include "headless/mtext.h"
+#include "headless/table.h"
 #include "headless/text.h"
 #include "headless/texthost.h"
+#include "plugin/measure/tablecellreference.h"
 #include "plugin/shell/ccorvaneapp.h"
 
 namespace corvane::cli {
 
 namespace {
+
+namespace fs = std::filesystem;
+
+struct DemoOptions {
+  std::string drawing;
+  std::string output;
+  std::string makeExample;
+};
+
+// The example as it sits in the source tree. The program is built from that tree, so the
+// folder of this file leads there; from elsewhere the example is looked for below the
+// current folder, as scripts run from the tree's root.
+fs::path defaultExample() {
+  const fs::path beside = fs::path(__FILE__).parent_path().parent_path() / "examples" / "quantities.dxf";
+  if (beside.is_absolute() && fs::exists(beside)) return beside;
+  return fs::path("examples") / "quantities.dxf";
+}
+
+// "quantities.dxf" -> "quantities-updated.dxf", in the same folder.
+fs::path updatedPath(const fs::path& drawing) {
+  return drawing.parent_path() / (drawing.stem().string() + "-updated" + drawing.extension().string());
+}
 
 void printLine(const std::wstring& line) {
   const std::string utf8 = core::toUtf8(line);
@@ -25,64 +55,240 @@ void printLine(const std::wstring& line) {
   std::fputc('\n', stdout);
 }
 
-// A small drawing made in memory: a circle and texts whose fields read a system variable,
-// properties of the circle, and nest fields inside a text.
-int runDemo() {
+// ---- the example drawing -------------------------------------------------------------------
+
+// The smallest R2018 drawing the example grows from: the symbol tables, model and paper
+// space, the root dictionary, metric units and two decimals.
+constexpr std::string_view kSkeleton =
+    "0\nSECTION\n2\nHEADER\n"
+    "9\n$ACADVER\n1\nAC1032\n9\n$HANDSEED\n5\n30\n9\n$INSUNITS\n70\n6\n9\n$LUNITS\n70\n2\n9\n$LUPREC\n70\n2\n"
+    "9\n$MEASUREMENT\n70\n1\n"
+    "0\nENDSEC\n"
+    "0\nSECTION\n2\nTABLES\n"
+    "0\nTABLE\n2\nLTYPE\n5\n5\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
+    "0\nLTYPE\n5\n14\n330\n5\n100\nAcDbSymbolTableRecord\n100\nAcDbLinetypeTableRecord\n2\nContinuous\n70\n0\n"
+    "3\nSolid line\n72\n65\n73\n0\n40\n0.0\n"
+    "0\nENDTAB\n"
+    "0\nTABLE\n2\nLAYER\n5\n2\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
+    "0\nLAYER\n5\n10\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n2\n0\n70\n0\n62\n7\n"
+    "6\nContinuous\n"
+    "0\nENDTAB\n"
+    "0\nTABLE\n2\nSTYLE\n5\n3\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
+    "0\nSTYLE\n5\n11\n330\n3\n100\nAcDbSymbolTableRecord\n100\nAcDbTextStyleTableRecord\n2\nStandard\n70\n0\n"
+    "40\n0.0\n41\n1.0\n50\n0.0\n71\n0\n42\n2.5\n3\ntxt\n4\n\n"
+    "0\nENDTAB\n"
+    "0\nTABLE\n2\nAPPID\n5\n9\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
+    "0\nAPPID\n5\n12\n330\n9\n100\nAcDbSymbolTableRecord\n100\nAcDbRegAppTableRecord\n2\nACAD\n70\n0\n"
+    "0\nENDTAB\n"
+    "0\nTABLE\n2\nBLOCK_RECORD\n5\n1\n330\n0\n100\nAcDbSymbolTable\n70\n2\n"
+    "0\nBLOCK_RECORD\n5\n1F\n330\n1\n100\nAcDbSymbolTableRecord\n100\nAcDbBlockTableRecord\n2\n*Model_Space\n"
+    "340\n0\n"
+    "0\nBLOCK_RECORD\n5\n1B\n330\n1\n100\nAcDbSymbolTableRecord\n100\nAcDbBlockTableRecord\n2\n*Paper_Space\n"
+    "340\n0\n"
+    "0\nENDTAB\n"
+    "0\nENDSEC\n"
+    "0\nSECTION\n2\nBLOCKS\n"
+    "0\nBLOCK\n5\n20\n330\n1F\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockBegin\n2\n*Model_Space\n70\n0\n"
+    "10\n0.0\n20\n0.0\n30\n0.0\n3\n*Model_Space\n1\n\n"
+    "0\nENDBLK\n5\n21\n330\n1F\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockEnd\n"
+    "0\nBLOCK\n5\n1C\n330\n1B\n100\nAcDbEntity\n67\n1\n8\n0\n100\nAcDbBlockBegin\n2\n*Paper_Space\n70\n0\n"
+    "10\n0.0\n20\n0.0\n30\n0.0\n3\n*Paper_Space\n1\n\n"
+    "0\nENDBLK\n5\n1D\n330\n1B\n100\nAcDbEntity\n67\n1\n8\n0\n100\nAcDbBlockEnd\n"
+    "0\nENDSEC\n"
+    "0\nSECTION\n2\nENTITIES\n0\nENDSEC\n"
+    "0\nSECTION\n2\nOBJECTS\n"
+    "0\nDICTIONARY\n5\nC\n330\n0\n100\nAcDbDictionary\n281\n1\n"
+    "0\nENDSEC\n"
+    "0\nEOF\n";
+
+// Money and measured quantities show two decimals.
+constexpr std::wstring_view kTwoDecimals = L"%lu2%pr2";
+
+std::wstring formula(std::wstring_view expression, bool twoDecimals = true) {
+  std::wstring code = L"%<\\VxExpr (" + std::wstring(expression) + L")";
+  if (twoDecimals) code += L" \\f \"" + std::wstring(kTwoDecimals) + L"\"";
+  return code + L">%";
+}
+
+// A bill of quantities: items with quantity and unit price, an amount per item, totals below;
+// one quantity is the area of the round pit drawn beside the table. Under the table a note
+// reads the drawing's units, and a multiline text carries the total on.
+int makeExample(const fs::path& out) {
   headless::HostApplication host;
-  headless::Database db(host);
+  auto made = dxf::DrawingFile::read(std::string(kSkeleton), host, out);
+  if (!made.drawing) {
+    std::fprintf(stderr, "corvane demo: %s\n", made.error.c_str());
+    return 1;
+  }
+  dxf::DrawingFile& drawing = *made.drawing;
+  headless::Database& db = drawing.database();
+  host.setWorkingDatabase(&db);
+
+  const host::AcDbObjectId pit =
+      db.appendEntity(std::make_unique<headless::Circle>(headless::Circle::Point{150.0, -30.0, 0.0}, 3.0));
+  // The pit's area by its handle, which survives saving.
+  const std::wstring pitArea = host.handle(pit).text() + L"!Area";
+
+  // Rows and columns as formulas name them: row 1 is the heading, column D the amount.
+  const std::vector<std::vector<std::wstring>> cells = {
+      {L"Item", L"Quantity", L"Unit price", L"Amount"},
+      {L"Concrete C30, m3", L"12.5", L"84", formula(L"B2*C2")},
+      {L"Rebar B500, t", L"3.2", L"910", formula(L"B3*C3")},
+      {L"Formwork, m2", L"46", L"23.5", formula(L"B4*C4")},
+      {L"Pit lining, m2", formula(L"ROUND(" + pitArea + L",2)"), L"15", formula(L"B5*C5")},
+      {L"Total", L"", L"", formula(L"SUM(D2:D5)")},
+      {L"Average per item", L"", L"", formula(L"ROUND(AVG(D2,D3,D4,D5),1)")},
+      {L"Largest amount", L"", L"", formula(L"MAX(D2:D5)")},
+      {L"Budget", L"6000", L"", formula(L"IF(D6<=B9,'within budget','over budget')", false)},
+      {L"Summary", L"", L"", formula(L"UCASE(A6) & ' ' & D6 & ' EUR'", false)},
+  };
+  const int rows = static_cast<int>(cells.size());
+  const int columns = static_cast<int>(cells.front().size());
+  auto newTable = std::make_unique<headless::Table>(rows, columns, 8.0, 25.0);
+  newTable->setColumnWidth(0, 45.0);
+  const host::AcDbObjectId tableId = db.appendEntity(std::move(newTable));
+  auto& table = *db.get<headless::Table>(tableId);
+  // Cells are filled row by row, so that every formula comes after the cells it reads and one
+  // batch evaluates them in that order.
+  for (int r = 0; r < rows; ++r) {
+    for (int c = 0; c < columns; ++c) {
+      const std::wstring& text = cells[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)];
+      if (text.empty()) continue;
+      host::Acad::ErrorStatus es = host::Acad::eOk;
+      if (r > 0 && c > 0 && text.find(L'%') == std::wstring::npos) {
+        table.editCell(r, c).format.format = kTwoDecimals;
+        es = table.putValue(r, c, host::AcValue(core::wtof(text)));
+      } else {
+        es = table.putTextString(r, c, text);
+      }
+      if (es != host::Acad::eOk) {
+        std::fprintf(stderr, "corvane demo: cannot fill cell %d,%d of the example\n", r + 1, c + 1);
+        return 1;
+      }
+    }
+  }
+
+  const std::wstring tableHandle = host.handle(tableId).text();
+  const host::AcDbObjectId note =
+      db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{0.0, -90.0, 0.0}, 2.5, L""));
+  headless::attachField(db, note, formula(L"'Drawing units: ' & IF(INSUNITS=6,'metres','other')", false));
+  const host::AcDbObjectId carried =
+      db.appendEntity(std::make_unique<headless::MText>(host::AcGePoint3d{0.0, -100.0, 0.0}, 2.5, L""));
+  headless::attachField(db, carried,
+                        L"Carried to the cover sheet: %<\\TableCell " + TableCellReferenceText(tableHandle, 6, 4) +
+                            L">% EUR");
+
+  const dxf::Status saved = drawing.save();
+  if (!saved) {
+    std::fprintf(stderr, "corvane demo: %s\n", saved.message().c_str());
+    return 1;
+  }
+  std::printf("Wrote the example drawing %s\n", out.string().c_str());
+  return 0;
+}
+
+// ---- the demo ------------------------------------------------------------------------------
+
+// Where a field stands, for the listing: the table cell, text or field that holds it.
+std::wstring placeOf(headless::HostApplication& host, headless::Database& db, const headless::Field& field) {
+  const host::AcDbObjectId owner = field.ownerId();
+  if (const auto* table = db.get<headless::Table>(owner)) {
+    int row = 0, column = 0;
+    if (table->findField(field.objectId(), row, column)) {
+      std::wstring cell = AbsoluteCellName(row + 1, column + 1);
+      std::erase(cell, L'$');
+      return core::format(L"table %s, cell %s", table->handle().text(), cell);
+    }
+    return core::format(L"table %s", table->handle().text());
+  }
+  // A text's field hangs from its extension dictionary: field -> dictionary -> dictionary -> text.
+  const host::AcDbObject* holder = db.lookup(owner);
+  for (int up = 0; holder && up < 2; ++up) holder = db.lookup(holder->ownerId());
+  if (holder && dynamic_cast<const headless::TextHost*>(holder)) {
+    const wchar_t* kind = holder->dxfName() == L"MTEXT" ? L"multiline text" : L"text";
+    return core::format(L"%s %s", kind, host.handle(holder->objectId()).text());
+  }
+  return L"no holder";
+}
+
+// A field's place, code and value; the fields inside it follow, one line each.
+void printField(headless::HostApplication& host, headless::Database& db, const headless::Field& field) {
+  printLine(core::format(L"%s (field %s)", placeOf(host, db, field), field.handle().text()));
+  printLine(L"  code:  " + field.getFieldCode(host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers));
+  printLine(L"  value: " + field.getDisplayText());
+  std::vector<const headless::Field*> parts{&field};
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    for (const auto child : parts[i]->children())
+      if (const auto* inner = db.get<headless::Field>(child)) parts.push_back(inner);
+  }
+  for (const auto* part : parts) {
+    int errorCode = 0;
+    const int status = part->evaluationStatus(&errorCode);
+    // A text's own field only gathers the fields inside it; those tell what was evaluated.
+    if (part->evaluatorId() == L"_text" && !part->children().empty()) continue;
+    printLine(core::format(L"  %s field %s: status %d, %s", part->evaluatorId(), part->handle().text(), status,
+                           part->getDisplayText()));
+  }
+}
+
+int runDemo(const DemoOptions& options) {
+  const fs::path path = options.drawing.empty() ? defaultExample() : fs::path(options.drawing);
+  const fs::path out = options.output.empty() ? updatedPath(path) : fs::path(options.output);
+
+  headless::HostApplication host;
+  auto loaded = dxf::DrawingFile::load(path, host);
+  if (!loaded.drawing) {
+    std::fprintf(stderr, "corvane demo: %s\n", loaded.error.c_str());
+    return 1;
+  }
+  dxf::DrawingFile& drawing = *loaded.drawing;
+  headless::Database& db = drawing.database();
   host.setWorkingDatabase(&db);
   CCorvaneApp app(host);
   app.onInitialize();
 
-  auto circle = std::make_unique<headless::Circle>(headless::Circle::Point{10, 5, 0}, 2.5);
-  circle->setLayer(L"Walls");
-  const host::AcDbObjectId circleId = db.appendEntity(std::move(circle));
-  const std::wstring circleRef = core::format(L"%%<\\_ObjId %llu>%%", circleId.asOldId());
-
-  const std::wstring codes[] = {
-      L"%<\\AcVar LUNITS>%",
-      L"Circle area: %<\\AcObjProp Object(" + circleRef + L").Area>%",
-      L"Radius %<\\AcObjProp Object(" + circleRef + L").Radius>% on layer %<\\AcObjProp Object(" + circleRef +
-          L").Layer>%",
-      L"%<\\VxExpr (2*3)>%",
-  };
-  std::vector<host::AcDbObjectId> texts;
-  double y = 0;
-  for (const auto& code : codes) {
-    const host::AcDbObjectId text =
-        db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{0, y, 0}, 0.25, L""));
-    headless::attachField(db, text, code);
-    texts.push_back(text);
-    y -= 1;
-  }
-
   host::AcFdFieldEngine::BatchResult batch;
   host.engine().evaluateFields(&db, {}, host::AcDbField::kDemand, &batch);
-  printLine(core::format(L"Evaluated %d of %d fields on demand.", batch.evaluated, batch.found));
-  printLine(L"");
+  app.onUnload();
 
+  printLine(core::format(L"Evaluated %d of %d fields of %s in one batch.", batch.evaluated, batch.found,
+                         core::fromUtf8(path.string())));
   for (const auto id : db.get<headless::FieldList>(db.fieldListId())->ids()) {
     const auto* field = db.get<headless::Field>(id);
-    int errorCode = 0;
-    const int status = field->evaluationStatus(&errorCode);
-    printLine(core::format(L"field %s  evaluator %s  status %d", field->handle().text(), field->evaluatorId(), status));
-    printLine(L"  code:  " + field->getFieldCode(host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers));
-    printLine(L"  value: " + field->getDisplayText());
+    // Children are shown under their parents.
+    if (!field || field->isErased() || db.get<headless::Field>(field->ownerId())) continue;
+    printLine(L"");
+    printField(host, db, *field);
+  }
+
+  const dxf::Status saved = drawing.saveAs(out);
+  if (!saved) {
+    std::fprintf(stderr, "corvane demo: %s\n", saved.message().c_str());
+    return 1;
   }
   printLine(L"");
-  for (const auto id : texts) {
-    const auto* text = db.get<headless::Text>(id);
-    printLine(core::format(L"text %s: %s", text->handle().text(), text->hostText()));
-  }
-  app.onUnload();
+  printLine(L"Saved " + core::fromUtf8(out.string()));
   return 0;
 }
 
 }  // namespace
 
 void addDemoCommand(CLI::App& app, Action& action) {
-  auto* demo = app.add_subcommand("demo", "Run the main job on the embedded example and print every field");
-  demo->callback([&action] { action = runDemo; });
+  auto options = std::make_shared<DemoOptions>();
+  auto* demo = app.add_subcommand(
+      "demo",
+      "Update every field of a drawing in one batch, print each field with its value and save the result beside "
+      "it with \"-updated\" added to its name; without DRAWING, the embedded example examples/quantities.dxf, a "
+      "bill of quantities with formula and table cell fields");
+  demo->add_option("DRAWING", options->drawing, "Run on this drawing (DXF) instead of the example");
+  demo->add_option("-o,--output", options->output, "Save the updated drawing here instead");
+  demo->add_option("--make-example", options->makeExample,
+                   "Write the example drawing afresh to this file, fields not yet evaluated, and stop");
+  demo->callback([&action, options] {
+    action = [options] {
+      return options->makeExample.empty() ? runDemo(*options) : makeExample(options->makeExample);
+    };
+  });
 }
 
 }  // namespace corvane::cli
