@@ -1,0 +1,103 @@
+// Running the corvane program and python3 with ezdxf from tests: the command line is built with
+// every argument quoted, and what the program prints is caught whole.
+#pragma once
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace corvane::testing {
+
+struct CommandRun {
+  std::string out;
+  std::string err;
+  int exitCode = -1;
+};
+
+inline std::string shellQuoted(const std::string& arg) {
+  std::string q = "'";
+  for (const char c : arg) {
+    if (c == '\'') q += "'\\''";
+    else q += c;
+  }
+  return q + "'";
+}
+
+inline std::string readWhole(const std::filesystem::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// A folder of its own for one test, removed with everything in it at the end.
+class RunFolder {
+ public:
+  RunFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "corvane-run-XXXXXX").string();
+    std::vector<char> name(pattern.begin(), pattern.end());
+    name.push_back('\0');
+    if (::mkdtemp(name.data())) path_ = name.data();
+  }
+  ~RunFolder() {
+    std::error_code ignored;
+    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+  }
+  RunFolder(const RunFolder&) = delete;
+  RunFolder& operator=(const RunFolder&) = delete;
+
+  const std::filesystem::path& path() const noexcept { return path_; }
+  std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Runs a command line (already quoted), its error output going to a file of the folder.
+inline CommandRun runCommandLine(const std::string& commandLine, const RunFolder& folder) {
+  const auto errors = folder / "stderr.txt";
+  const std::string command = commandLine + " 2>" + shellQuoted(errors.string());
+  CommandRun result;
+  FILE* pipe = ::popen(command.c_str(), "r");
+  if (!pipe) return result;
+  char buffer[4096];
+  std::size_t n = 0;
+  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
+  const int status = ::pclose(pipe);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.err = readWhole(errors);
+  std::error_code ignored;
+  std::filesystem::remove(errors, ignored);
+  return result;
+}
+
+inline CommandRun runCorvane(const std::vector<std::string>& args, const RunFolder& folder) {
+  std::string command = shellQuoted(CORVANE_CLI);
+  for (const auto& arg : args) command += " " + shellQuoted(arg);
+  return runCommandLine(command, folder);
+}
+
+// A Python that can import ezdxf, or empty: the independent reader of the drawings we write.
+inline const std::string& pythonWithEzdxf() {
+  static const std::string found = [] {
+    for (const char* candidate : {"/usr/bin/python3", "python3"}) {
+      const std::string command = std::string(candidate) + " -c \"import ezdxf\" >/dev/null 2>&1";
+      if (std::system(command.c_str()) == 0) return std::string(candidate);
+    }
+    return std::string();
+  }();
+  return found;
+}
+
+inline CommandRun runPython(const std::string& script, const std::vector<std::string>& args, const RunFolder& folder) {
+  std::string command = pythonWithEzdxf() + " -c " + shellQuoted(script);
+  for (const auto& arg : args) command += " " + shellQuoted(arg);
+  return runCommandLine(command, folder);
+}
+
+}  // namespace corvane::testing
