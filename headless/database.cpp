@@ -79,19 +79,41 @@ Acad::ErrorStatus Database::getAcDbObjectId(host::AcDbObjectId& id, host::AcDbHa
   return Acad::eOk;
 }
 
+bool Database::NameLess::operator()(std::wstring_view a, std::wstring_view b) const noexcept {
+  return core::compareNoCase(a, b) < 0;
+}
+
 Acad::ErrorStatus Database::getSysVar(std::wstring_view name, host::ResBuf& value) const {
-  const auto it = sysvars_.find(core::toUpper(name));
+  const auto it = sysvars_.find(name);
   if (it == sysvars_.end()) return Acad::eInvalidInput;
   value = it->second;
   return Acad::eOk;
 }
 
 Acad::ErrorStatus Database::setSysVar(std::wstring_view name, const host::ResBuf& value) {
-  const auto it = sysvars_.find(core::toUpper(name));
+  const auto it = sysvars_.find(name);
   if (it == sysvars_.end()) return Acad::eInvalidInput;
   if (it->second.value.index() != value.value.index()) return Acad::eInvalidInput;
   it->second.value = value.value;
+  units_.reset();
   return Acad::eOk;
+}
+
+const DrawingUnits& Database::drawingUnits() const {
+  if (!units_) {
+    DrawingUnits units;
+    const auto read = [this](const wchar_t* name, int& target) {
+      const auto it = sysvars_.find(std::wstring_view(name));
+      if (it == sysvars_.end()) return;
+      if (const auto* value = std::get_if<std::int32_t>(&it->second.value)) target = *value;
+    };
+    read(L"LUNITS", units.lunits);
+    read(L"LUPREC", units.luprec);
+    read(L"DIMZIN", units.dimzin);
+    read(L"UNITMODE", units.unitmode);
+    units_ = units;
+  }
+  return *units_;
 }
 
 bool Database::isRegApp(std::wstring_view name) const {

@@ -3,12 +3,14 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "headless/valueformatter.h"
 #include "host/acdbdatabase.h"
 #include "host/acdbobject.h"
 
@@ -58,6 +60,8 @@ class Database : public host::AcDbDatabase {
 
   host::Acad::ErrorStatus getSysVar(std::wstring_view name, host::ResBuf& value) const override;
   host::Acad::ErrorStatus setSysVar(std::wstring_view name, const host::ResBuf& value) override;
+  // LUNITS, LUPREC, DIMZIN and UNITMODE together, as every display of a number needs them.
+  const DrawingUnits& drawingUnits() const;
   bool isRegApp(std::wstring_view name) const override;
   host::Acad::ErrorStatus registerApp(std::wstring_view name) override;
   const std::vector<std::wstring>& regApps() const noexcept { return regApps_; }
@@ -114,7 +118,14 @@ class Database : public host::AcDbDatabase {
   host::AcDbObjectId blockTable_;
   host::AcDbObjectId layerTable_;
   host::AcDbObjectId layouts_;
-  std::map<std::wstring, host::ResBuf> sysvars_;  // key: upper-case name
+  // Names compare without case and without making an upper-case copy: a field's display reads
+  // several variables each time.
+  struct NameLess {
+    using is_transparent = void;
+    bool operator()(std::wstring_view a, std::wstring_view b) const noexcept;
+  };
+  std::map<std::wstring, host::ResBuf, NameLess> sysvars_;
+  mutable std::optional<DrawingUnits> units_;  // read from sysvars_; any change clears it
   std::vector<std::wstring> regApps_;
 };
 

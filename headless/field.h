@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -10,8 +11,14 @@
 
 namespace corvane::headless {
 
-class Field : public ObjectImpl<host::AcDbField> {
+class Field final : public ObjectImpl<host::AcDbField> {
  public:
+  // The object as a field, or null: a type check instead of a cast through the hierarchy, as
+  // the engine asks this of every field and owner of a batch.
+  static Field* of(host::AcDbObject* object) noexcept {
+    return object && typeid(*object) == typeid(Field) ? static_cast<Field*>(object) : nullptr;
+  }
+
   std::wstring dxfName() const override { return L"FIELD"; }
   std::wstring className() const override { return L"AcDbField"; }
 

@@ -148,7 +148,7 @@ void FieldEngine::evaluateTree(Field& field, Database& db, int context, BatchRes
   // Children first: a parent's code and value are made of its children's values. The depth
   // of a tree is bounded by how deeply its code nests markers.
   for (const auto child : field.children()) {
-    if (auto* childField = db.get<Field>(child)) evaluateTree(*childField, db, context, result);
+    if (auto* childField = Field::of(db.lookup(child))) evaluateTree(*childField, db, context, result);
   }
   evaluateOne(field, db, context, result);
 }
@@ -170,16 +170,16 @@ Acad::ErrorStatus FieldEngine::evaluateFields(host::AcDbDatabase* hostDb, const 
   std::vector<host::AcDbObjectId> topLevel;
   const auto& candidates = fields.empty() ? db->get<FieldList>(db->fieldListId())->ids() : fields;
   for (const auto id : candidates) {
-    const auto* field = db->get<Field>(id);
+    const auto* field = Field::of(db->lookup(id));
     if (!field || field->isErased()) continue;
-    if (db->get<Field>(field->ownerId())) continue;
+    if (Field::of(db->lookup(field->ownerId()))) continue;
     topLevel.push_back(id);
   }
 
   for (auto* reactor : std::vector(reactors_)) reactor->beginEvaluateFields(context, db);
   BatchResult local;
   for (const auto id : topLevel) {
-    if (auto* field = db->get<Field>(id)) evaluateTree(*field, *db, context, local);
+    if (auto* field = Field::of(db->lookup(id))) evaluateTree(*field, *db, context, local);
   }
   updateHostTexts(*db, topLevel);
   for (auto* reactor : std::vector(reactors_)) reactor->endEvaluateFields(context, db);
@@ -191,7 +191,7 @@ void FieldEngine::updateHostTexts(Database& db, const std::vector<host::AcDbObje
   // A field linked as "TEXT" sits under ACAD_FIELD in its host's extension dictionary:
   // field -> "ACAD_FIELD" dictionary -> extension dictionary -> host entity.
   for (const auto id : topLevel) {
-    const auto* field = db.get<Field>(id);
+    const auto* field = Field::of(db.lookup(id));
     if (!field || field->evaluationStatus() == AcDbField::kNotYetEvaluated) continue;
     if (auto* cells = dynamic_cast<CellHost*>(db.lookup(field->ownerId()))) {
       cells->fieldEvaluated(id, field->getDisplayText());

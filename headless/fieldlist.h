@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <unordered_set>
 #include <vector>
 
 #include "headless/objectimpl.h"
@@ -19,6 +21,7 @@ class FieldList : public ObjectImpl<host::AcDbObject> {
 
  private:
   std::vector<host::AcDbObjectId> ids_;
+  std::unordered_set<std::uint64_t> members_;  // the same ids, for the membership test of add()
 };
 
 }  // namespace corvane::headless

@@ -1,5 +1,6 @@
 #include "headless/rtos.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -42,11 +43,16 @@ double breakTieAwayFromZero(double value, int n) {
   return isHalfway(value, n) ? std::nextafter(value, std::copysign(HUGE_VAL, value)) : value;
 }
 
+// printf's "%.*f", which to_chars reproduces digit for digit (the standard defines it so)
+// without the C library's formatter, the larger share of a number field's display.
 std::string fixedText(double value, int places) {
-  const int size = std::snprintf(nullptr, 0, "%.*f", places, value);
-  std::string text(static_cast<std::size_t>(size) + 1, '\0');
-  std::snprintf(text.data(), text.size(), "%.*f", places, value);
-  text.resize(static_cast<std::size_t>(size));
+  char buffer[400];
+  auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, places);
+  if (result.ec == std::errc()) return std::string(buffer, result.ptr);
+  // Room for a sign, 309 integer digits, the point and the decimals.
+  std::string text(static_cast<std::size_t>(places) + 320, '\0');
+  result = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, places);
+  text.resize(static_cast<std::size_t>(result.ptr - text.data()));
   return text;
 }
 

@@ -1,5 +1,7 @@
 #include "plugin/formula/exprfieldbinding.h"
 
+#include <charconv>
+#include <utility>
 #include <vector>
 
 #include "core/crt.h"
@@ -17,6 +19,21 @@
 namespace corvane {
 
 using host::Acad;
+
+namespace {
+
+// "%.15G" of the C runtime: to_chars with a precision is defined by printf's "%g". Every cell a
+// formula reads goes through here, so it skips the general formatter.
+std::wstring realText(double real) {
+  char buffer[64];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, real, std::chars_format::general, 15);
+  if (result.ec != std::errc()) return core::format(L"%.15G", real);
+  std::wstring text(buffer, result.ptr);
+  for (auto& ch : text) ch = core::toUpperChar(ch);
+  return text;
+}
+
+}  // namespace
 
 std::optional<std::wstring> ExprFieldBinding::ObjectProperty(std::wstring_view handle, std::wstring_view property) {
   host::AcDbDatabase* db = services_.workingDatabase();
@@ -42,18 +59,25 @@ std::wstring ExprFieldBinding::EvaluateFieldCode(std::wstring_view fieldCode) {
   return evaluateInTemporaryField(code).value_or(L"####");
 }
 
+host::AcDbTable* ExprFieldBinding::ownerTable() const {
+  if (!openTable_ && !ownerTable_.isNull()) {
+    openTable_ = host::AcDbObjectPointer<host::AcDbTable>(services_, ownerTable_, host::AcDb::kForRead);
+  }
+  return openTable_.object();
+}
+
 int ExprFieldBinding::OwnerTableRows() const {
-  host::AcDbObjectPointer<host::AcDbTable> table(services_, ownerTable_, host::AcDb::kForRead);
+  const host::AcDbTable* table = ownerTable();
   return table ? table->numRows() : 0;
 }
 
 int ExprFieldBinding::OwnerTableColumns() const {
-  host::AcDbObjectPointer<host::AcDbTable> table(services_, ownerTable_, host::AcDb::kForRead);
+  const host::AcDbTable* table = ownerTable();
   return table ? table->numColumns() : 0;
 }
 
 std::optional<std::wstring> ExprFieldBinding::OwnerTableCell(int row, int column) {
-  host::AcDbObjectPointer<host::AcDbTable> table(services_, ownerTable_, host::AcDb::kForRead);
+  const host::AcDbTable* table = ownerTable();
   if (!table || row < 1 || column < 1 || row > table->numRows() || column > table->numColumns()) return std::nullopt;
   const int r = row - 1, c = column - 1;
   const host::AcValue value = table->value(r, c);
@@ -61,7 +85,7 @@ std::optional<std::wstring> ExprFieldBinding::OwnerTableCell(int row, int column
   std::int32_t whole = 0;
   double real = 0;
   if (value.get(whole)) return core::format(L"%d", whole);
-  if (value.get(real)) return core::format(L"%.15G", real);
+  if (value.get(real)) return realText(real);
   if (table->contentType(r, c) == host::AcDb::kCellContentTypeField) return services_.formatValue(value, value.getFormat());
   std::wstring text;
   if (table->textString(r, c, host::AcValueOptions::kIgnoreMtextFormat, text) != Acad::eOk) return std::wstring();
@@ -69,6 +93,7 @@ std::optional<std::wstring> ExprFieldBinding::OwnerTableCell(int row, int column
 }
 
 void ExprFieldBinding::bindContext(const host::AcDbField& field, host::AcDbObjectId dialogOwnerTable) {
+  openTable_.close();
   host::AcDbObjectId id = field.ownerId();
   if (id.isNull() || !services_.isValid(id)) {
     if (!dialogOwnerTable.isNull() && services_.isValid(dialogOwnerTable)) ownerTable_ = dialogOwnerTable;
@@ -80,6 +105,7 @@ void ExprFieldBinding::bindContext(const host::AcDbField& field, host::AcDbObjec
     // A cell's field is owned by its table.
     if (host::AcDbObjectPointer<host::AcDbTable> table(services_, id, host::AcDb::kForRead); table) {
       ownerTable_ = id;
+      openTable_ = std::move(table);
       return;
     }
     if (host::AcDbObjectPointer<host::AcDbBlockTableRecord> block(services_, id, host::AcDb::kForRead); block) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/acdbtable.h"
 #include "host/hostservices.h"
 #include "plugin/formula/exprbinding.h"
 
@@ -22,7 +23,10 @@ class ExprFieldBinding : public ExprBinding {
   std::wstring EvaluateFieldCode(std::wstring_view fieldCode) override;
 
   // The table whose cells bare addresses and ranges name.
-  void bindOwnerTable(host::AcDbObjectId table) { ownerTable_ = table; }
+  void bindOwnerTable(host::AcDbObjectId table) {
+    ownerTable_ = table;
+    openTable_.close();
+  }
   bool HasOwnerTable() const override { return !ownerTable_.isNull(); }
   int OwnerTableRows() const override;
   int OwnerTableColumns() const override;
@@ -54,9 +58,14 @@ class ExprFieldBinding : public ExprBinding {
   std::optional<std::wstring> referenceProperty(host::AcDbObjectId reference, std::wstring_view property,
                                                 bool attributes);
 
+  // The owner table, opened for read on first use and kept open while the binding lives (one
+  // evaluation): a formula reads many cells, and each open costs a lookup and a cast.
+  host::AcDbTable* ownerTable() const;
+
   host::AcDbHostApplicationServices& services_;
   host::AcDbObjectId selfBlock_;
   host::AcDbObjectId ownerTable_;
+  mutable host::AcDbObjectPointer<host::AcDbTable> openTable_;
 };
 
 }  // namespace corvane

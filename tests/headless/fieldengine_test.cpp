@@ -90,10 +90,13 @@ TEST(FieldEngine, DisplaysValuesWithTheFieldsFormatAndTheDrawingsUnits) {
   const std::wstring ref = TestDrawing::idReference(d.addCircle(1.5));
   const auto fixed = d.addField(L"%<\\AcObjProp Object(" + ref + L").Radius \\f \"%lu2%pr2\">%");
   const auto current = d.addField(L"%<\\AcObjProp Object(" + ref + L").Radius \\f \"%lu2\">%");
-  ASSERT_EQ(d.db.setSysVar(L"LUPREC", {host::RTSHORT, 3}), host::Acad::eOk);
+  d.evaluateAll();
+  EXPECT_EQ(d.field(current).getDisplayText(), L"1.5000");  // no precision: the drawing's LUPREC
+  // A changed setting shows in the next evaluation.
+  ASSERT_EQ(d.db.setSysVar(L"luprec", {host::RTSHORT, 3}), host::Acad::eOk);
   d.evaluateAll();
   EXPECT_EQ(d.field(fixed).getDisplayText(), L"1.50");
-  EXPECT_EQ(d.field(current).getDisplayText(), L"1.500");  // no precision: the drawing's LUPREC
+  EXPECT_EQ(d.field(current).getDisplayText(), L"1.500");
 }
 
 TEST(FieldEngine, ContextAgainstEvaluationOption) {
