@@ -50,14 +50,21 @@ std::unique_ptr<host::AcFdFieldEvaluator> makeCorvaneEvaluator(std::size_t row) 
 }
 
 CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services)
-    : services_(services), loader_(makeCorvaneEvaluator), fieldReactor_(fieldEvaluationActive_) {}
+    : services_(services),
+      loader_([this](std::size_t row) { return makeEvaluator(row); }),
+      fieldReactor_(fieldEvaluationActive_) {}
 
 CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSession& session)
     : services_(services),
       session_(&session),
-      loader_(makeCorvaneEvaluator),
+      loader_([this](std::size_t row) { return makeEvaluator(row); }),
       fieldReactor_(fieldEvaluationActive_),
       registry_(&session.registry()) {}
+
+std::unique_ptr<host::AcFdFieldEvaluator> CCorvaneApp::makeEvaluator(std::size_t row) {
+  if (row == kExprRow) return std::make_unique<AsdkExprEvaluator>(&dialogOwnerTable_);
+  return makeCorvaneEvaluator(row);
+}
 
 CCorvaneApp::~CCorvaneApp() {
   // The hook and the database reactor stay registered for as long as the module is loaded;

@@ -83,6 +83,10 @@ class CCorvaneApp : public host::AcRxArxApp {
   std::wstring helpFilePath() const;
 
   AsdkEvaluatorLoader& loader() noexcept { return loader_; }
+  // The table chosen in the formula dialog: formula fields placed nowhere read its cells.
+  // Shared by every formula evaluator the loader makes, for as long as the module lives.
+  void setDialogOwnerTable(host::AcDbObjectId table) noexcept { dialogOwnerTable_ = table; }
+  host::AcDbObjectId dialogOwnerTable() const noexcept { return dialogOwnerTable_; }
   AsdkFieldReactor& fieldReactor() noexcept { return fieldReactor_; }
   bool fieldServicesRegistered() const noexcept { return fieldServicesRegistered_; }
   bool fieldEvaluationActive() const noexcept { return fieldEvaluationActive_; }
@@ -99,6 +103,7 @@ class CCorvaneApp : public host::AcRxArxApp {
   const std::wstring& currentDrawingName() const noexcept { return currentDrawingName_; }
 
  private:
+  std::unique_ptr<host::AcFdFieldEvaluator> makeEvaluator(std::size_t row);
   void registerCommands();
   void arrangeMenuLoading();
   void notAvailable(const wchar_t* localName);
@@ -107,6 +112,7 @@ class CCorvaneApp : public host::AcRxArxApp {
   host::AcDbHostApplicationServices& services_;
   host::HostSession* session_ = nullptr;
   bool fieldEvaluationActive_ = false;  // written by the field reactor around each batch
+  host::AcDbObjectId dialogOwnerTable_;
 
   std::unique_ptr<AsdkEditorReactor> editorReactor_;
   AsdkEvaluatorLoader loader_;
@@ -126,7 +132,7 @@ class CCorvaneApp : public host::AcRxArxApp {
   bool currentDrawingFlag_ = true;
 };
 
-// The evaluator of a row of the evaluator table.
+// The evaluator of a row of the evaluator table, with no dialog owner table.
 std::unique_ptr<host::AcFdFieldEvaluator> makeCorvaneEvaluator(std::size_t row);
 
 }  // namespace corvane

@@ -3,11 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "headless/database.h"
+#include "headless/field.h"
+#include "headless/hostapplication.h"
+#include "headless/table.h"
+#include "host/acdbtable.h"
 #include "recordinghost.h"
 
 namespace corvane {
@@ -346,6 +351,44 @@ TEST(CCorvaneApp, CommandsOfTheShell) {
   ASSERT_EQ(rig.log.size(), 1u);
   EXPECT_EQ(rig.log[0].rfind(L"messageBox Halvek Corvane|Corvane ", 0), 0u) << rig.log[0];
   EXPECT_EQ(rig.log[0].substr(rig.log[0].rfind(L'|')), L"|64");  // OK with the information icon
+}
+
+}  // namespace
+}  // namespace corvane
+
+namespace corvane {
+namespace {
+
+// A formula placed nowhere reads the cells of whichever table the dialog chose last.
+TEST(CCorvaneApp, UnplacedFormulasReadTheDialogsTable) {
+  headless::HostApplication host;
+  headless::Database db(host);
+  host.setWorkingDatabase(&db);
+  CCorvaneApp app(host);
+  app.onInitialize();
+  const auto tableWith = [&](const wchar_t* a1) {
+    const auto id = db.appendEntity(std::make_unique<headless::Table>(1, 1));
+    host::AcDbObjectPointer<host::AcDbTable> table(host, id, host::AcDb::kForWrite);
+    table->setValue(0, 0, a1, host::AcValueOptions::kConvertTextToValue);
+    return id;
+  };
+  const auto first = tableWith(L"21");
+  const auto second = tableWith(L"2.5");
+  const auto field = headless::Field::create(db, L"%<\\VxExpr (A1*2)>%");
+  const auto shown = [&] {
+    host.engine().evaluateFields(&db, {field}, host::AcDbField::kDemand, nullptr);
+    return db.get<headless::Field>(field)->getDisplayText();
+  };
+  struct Step {
+    host::AcDbObjectId table;
+    const wchar_t* display;
+  } const steps[] = {{first, L"42"}, {second, L"5"}, {first, L"42"}};
+  EXPECT_NE(shown(), L"42");  // no table chosen: A1 is no cell
+  for (const auto& step : steps) {
+    app.setDialogOwnerTable(step.table);
+    EXPECT_EQ(shown(), step.display);
+  }
+  app.onUnload();
 }
 
 }  // namespace
