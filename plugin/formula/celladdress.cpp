@@ -1,6 +1,7 @@
 #include "plugin/formula/celladdress.h"
 
 #include "core/crt.h"
+#include "core/printf.h"
 
 namespace corvane {
 
@@ -40,6 +41,16 @@ std::optional<CellRange> ParseCellRange(std::wstring_view text) noexcept {
   const auto last = ParseCellAddress(text.substr(colon + 1));
   if (!first || !last) return std::nullopt;
   return CellRange{*first, *last};
+}
+
+std::wstring FormatCellAddress(int row, int column, host::HostUi& ui) {
+  if (row < 1 || column < 1) {
+    ui.messageBox(L"The row index and column index should be a positive number.", L"Halvek Corvane", host::MB_OK);
+    return {};
+  }
+  if (column <= 26) return core::format(L"%c%d", static_cast<wchar_t>(64 + column), row);
+  return core::format(L"%c%c%d", static_cast<wchar_t>(64 + (column - 1) / 26),
+                      static_cast<wchar_t>(65 + (column - 1) % 26), row);
 }
 
 }  // namespace corvane

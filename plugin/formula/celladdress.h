@@ -1,7 +1,10 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
+
+#include "host/hostui.h"
 
 namespace corvane {
 
@@ -23,5 +26,10 @@ struct CellRange {
   CellAddress last;
 };
 std::optional<CellRange> ParseCellRange(std::wstring_view text) noexcept;
+
+// The address of a 1-based row and column: one letter up to column 26, two above ("AB3" for
+// column 28); past "ZZ" the first character runs on beyond "Z". A row or column below 1 is
+// reported in a message box and gives an empty text.
+std::wstring FormatCellAddress(int row, int column, host::HostUi& ui);
 
 }  // namespace corvane

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace corvane {
 namespace {
 
@@ -47,6 +50,52 @@ TEST(CellAddress, ParsesRangesOfTwoAddresses) {
     EXPECT_EQ(range->first.column, c.column1) << c.text;
     EXPECT_EQ(range->last.row, c.row2) << c.text;
     EXPECT_EQ(range->last.column, c.column2) << c.text;
+  }
+}
+
+}  // namespace
+}  // namespace corvane
+
+namespace corvane {
+namespace {
+
+class MessageLog : public host::HostUi {
+ public:
+  std::vector<std::wstring> shown;
+  int messageBox(std::wstring_view text, std::wstring_view caption, unsigned /*flags*/) override {
+    shown.push_back(std::wstring(caption) + L": " + std::wstring(text));
+    return host::IDOK;
+  }
+  int setStatusBarProgressMeter(std::wstring_view, int, int) override { return -1; }
+  int setStatusBarProgressMeterPos(int) override { return 0; }
+  void restoreStatusBar() override {}
+};
+
+TEST(CellAddress, FormatsRowAndColumnAndRefusesThoseBelowOne) {
+  struct Case {
+    int row;
+    int column;
+    const wchar_t* text;  // empty: refused with a message
+  } const cases[] = {
+      {1, 1, L"A1"},     {3, 26, L"Z3"},    {3, 27, L"AA3"},   {3, 28, L"AB3"},   {12, 52, L"AZ12"},
+      {1, 53, L"BA1"},   {7, 702, L"ZZ7"},  {1, 703, L"[A1"},  // past "ZZ" the first letter runs on
+      {0, 1, L""},       {1, 0, L""},       {-4, 2, L""},      {2, -1, L""},
+  };
+  for (const auto& c : cases) {
+    MessageLog ui;
+    EXPECT_EQ(FormatCellAddress(c.row, c.column, ui), c.text) << c.row << "," << c.column;
+    const std::vector<std::wstring> expected =
+        *c.text ? std::vector<std::wstring>{}
+                : std::vector<std::wstring>{L"Halvek Corvane: The row index and column index should be a positive number."};
+    EXPECT_EQ(ui.shown, expected) << c.row << "," << c.column;
+  }
+  // Every address formatted reads back as the same cell.
+  MessageLog ui;
+  for (const int column : {1, 2, 25, 26, 27, 51, 52, 53, 701, 702}) {
+    const auto address = ParseCellAddress(FormatCellAddress(9, column, ui));
+    ASSERT_TRUE(address) << column;
+    EXPECT_EQ(address->column, column);
+    EXPECT_EQ(address->row, 9);
   }
 }
 
