@@ -1,6 +1,9 @@
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <unordered_set>
+#include <vector>
 
 #include "commands.h"
 #include "core/printf.h"
@@ -64,8 +67,20 @@ int listFields(const FieldsOptions& options) {
 
   std::wstring out = options.json ? L"[" : L"";
   bool first = true;
-  for (const auto id : db.get<headless::FieldList>(db.fieldListId())->ids()) {
-    const auto* field = db.get<headless::Field>(id);
+  // The field list's order, then the field objects the list misses (a list another program
+  // left short, or fields of table cells it never named) in the order of the file.
+  std::vector<host::AcDbObjectId> ids;
+  if (const auto* list = db.get<headless::FieldList>(db.fieldListId())) ids = list->ids();
+  const std::unordered_set<std::uint64_t> listed = [&] {
+    std::unordered_set<std::uint64_t> set;
+    for (const auto id : ids) set.insert(id.asOldId());
+    return set;
+  }();
+  for (const auto id : db.objectIds()) {
+    if (!listed.contains(id.asOldId()) && headless::Field::of(db.lookup(id))) ids.push_back(id);
+  }
+  for (const auto id : ids) {
+    const auto* field = headless::Field::of(db.lookup(id));
     if (!field || field->isErased()) continue;
     const std::wstring handle = field->handle().text();
     const std::wstring owner = host.handle(field->ownerId()).text();

@@ -112,6 +112,32 @@ TEST(DrawingCommands, ListFieldsAsLinesOrJson) {
   EXPECT_EQ(none.out, "[]\n");
 }
 
+// Fields the drawing's field list does not name are still fields of the drawing.
+TEST(DrawingCommands, ListFieldsTheFieldListMisses) {
+  NEED_SAMPLES();
+  const Folder folder;
+  const auto errors = folder.path() / "stderr";
+  std::string bytes = readBytes(sample("ezdxf-uncommon.dxf"));
+  const std::string eol = bytes.find("\r\n") != std::string::npos ? "\r\n" : "\n";
+  // The list names four fields; 5F9 goes from it.
+  const std::string full = "AcDbIdSet" + eol + " 90" + eol + "        4" + eol + "330" + eol + "600" + eol + "330" +
+                           eol + "5F8" + eol + "330" + eol + "5F9" + eol;
+  const std::size_t at = bytes.find(full);
+  ASSERT_NE(at, std::string::npos);
+  bytes.replace(at, full.size(),
+                "AcDbIdSet" + eol + " 90" + eol + "        3" + eol + "330" + eol + "600" + eol + "330" + eol + "5F8" + eol);
+  const auto drawing = folder.path() / "short-list.dxf";
+  std::ofstream(drawing, std::ios::binary) << bytes;
+
+  const CommandRun lines = run({"fields", drawing.string()}, errors);
+  EXPECT_EQ(lines.exitCode, 0) << lines.err;
+  EXPECT_EQ(lines.out,
+            "600\t5FF\tAcVar\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t21/04/2020\n"
+            "5F8\t5F7\t_text\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t\n"
+            "5FF\t5FE\t_text\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t\n"
+            "5F9\t5F8\tAcVar\t2\t%<\\AcVar Date \\f \"dd/MM/yyyy\">%\t21/04/2020\n");
+}
+
 TEST(DrawingCommands, SaveWritesTheDrawingAsItCameIn) {
   NEED_SAMPLES();
   const Folder folder;
