@@ -66,8 +66,8 @@ constexpr std::string_view kSkeleton =
     "0\nENDSEC\n"
     "0\nSECTION\n2\nTABLES\n"
     "0\nTABLE\n2\nLTYPE\n5\n5\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
-    "0\nLTYPE\n5\n14\n330\n5\n100\nAcDbSymbolTableRecord\n100\nAcDbLinetypeTableRecord\n2\nContinuous\n70\n0\n"
-    "3\nSolid line\n72\n65\n73\n0\n40\n0.0\n"
+    "0\nLTYPE\n5\n14\n330\n5\n100\nAcDbSymbolTableRecord\n100\nAcDbLinetypeTableRecord\n"
+    "2\nContinuous\n70\n0\n3\nSolid line\n72\n65\n73\n0\n40\n0.0\n"
     "0\nENDTAB\n"
     "0\nTABLE\n2\nLAYER\n5\n2\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
     "0\nLAYER\n5\n10\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n2\n0\n70\n0\n62\n7\n"
@@ -174,9 +174,9 @@ int makeExample(const fs::path& out) {
   headless::attachField(db, note, formula(L"'Drawing units: ' & IF(INSUNITS=6,'metres','other')", false));
   const host::AcDbObjectId carried =
       db.appendEntity(std::make_unique<headless::MText>(host::AcGePoint3d{0.0, -100.0, 0.0}, 2.5, L""));
-  headless::attachField(db, carried,
-                        L"Carried to the cover sheet: %<\\TableCell " + TableCellReferenceText(tableHandle, 6, 4) +
-                            L">% EUR");
+  headless::attachField(
+      db, carried,
+      L"Carried to the cover sheet: %<\\TableCell " + TableCellReferenceText(tableHandle, 6, 4) + L">% EUR");
 
   const dxf::Status saved = drawing.save();
   if (!saved) {
@@ -226,8 +226,8 @@ void printField(headless::HostApplication& host, headless::Database& db, const h
     const int status = part->evaluationStatus(&errorCode);
     // A text's own field only gathers the fields inside it; those tell what was evaluated.
     if (part->evaluatorId() == L"_text" && !part->children().empty()) continue;
-    printLine(core::format(L"  %s field %s: status %d, %s", part->evaluatorId(), part->handle().text(), status,
-                           part->getDisplayText()));
+    printLine(core::format(L"  %s field %s: status %d, %s", part->evaluatorId(), part->handle().text(),
+                           status, part->getDisplayText()));
   }
 }
 
@@ -277,9 +277,9 @@ void addDemoCommand(CLI::App& app, Action& action) {
   auto options = std::make_shared<DemoOptions>();
   auto* demo = app.add_subcommand(
       "demo",
-      "Update every field of a drawing in one batch, print each field with its value and save the result beside "
-      "it with \"-updated\" added to its name; without DRAWING, the embedded example examples/quantities.dxf, a "
-      "bill of quantities with formula and table cell fields");
+      "Update every field of a drawing in one batch, print each field with its value and save the result "
+      "beside it with \"-updated\" added to its name; without DRAWING, the embedded example "
+      "examples/quantities.dxf, a bill of quantities with formula and table cell fields");
   demo->add_option("DRAWING", options->drawing, "Run on this drawing (DXF) instead of the example");
   demo->add_option("-o,--output", options->output, "Save the updated drawing here instead");
   demo->add_option("--make-example", options->makeExample,

@@ -73,7 +73,7 @@ TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
       {"B5", "28.27"},          // pi * 3^2 = 28.2743..., rounded to two decimals
       {"D5", "424.05"},         // 28.27 * 15
       {"D6", "5467.05"},        // 1050 + 2912 + 1081 + 424.05
-      {"D7", "1366.80"},        // 5467.05 / 4 = 1366.7625, carried with six digits (1366.76), rounded to 1366.8
+      {"D7", "1366.80"},        // 5467.05 / 4 = 1366.7625, kept to six digits (1366.76), rounded to 1366.8
       {"D8", "2912.00"},        // the largest of the four amounts
       {"D9", "within budget"},  // 5467.05 <= 6000
       {"D10", "TOTAL 5467.05 EUR"},  // the label upper-cased, the total read as the number it is
@@ -117,10 +117,12 @@ TEST(Demo, ReportsWhatItCannotDo) {
     std::string message;
     fs::path notWritten;
   } const cases[] = {
-      {{"demo", (folder / "missing.dxf").string()}, 1, "corvane demo: cannot open", folder / "missing-updated.dxf"},
-      {{"demo", drawing.string(), "-o", (folder / "no" / "such" / "out.dxf").string()}, 1, "corvane demo: ",
-       folder / "no" / "such" / "out.dxf"},
-      {{"demo", "--make-example", (folder / "no" / "such" / "example.dxf").string()}, 1, "corvane demo: ",
+      {{"demo", (folder / "missing.dxf").string()}, 1, "corvane demo: cannot open",
+       folder / "missing-updated.dxf"},
+      {{"demo", drawing.string(), "-o", (folder / "no" / "such" / "out.dxf").string()}, 1,
+       "corvane demo: cannot create", folder / "no" / "such" / "out.dxf"},
+      {{"demo", "--make-example", (folder / "no" / "such" / "example.dxf").string()}, 1,
+       "corvane demo: cannot create",
        folder / "no" / "such" / "example.dxf"},
       {{"demo", "--no-such-option"}, 2, "--no-such-option", folder / "quantities-updated.dxf"},
   };
@@ -176,7 +178,8 @@ TEST(Demo, TheUpdatedDrawingReadsBackWithItsNewTexts) {
       "row Summary|||*TOTAL 5467.05 EUR\n"
       "text Drawing units: metres\n"
       "mtext Carried to the cover sheet: 5467.05 EUR\n";
-  const CommandRun after = corvane::testing::runPython(kReadScript, {(folder / "quantities-updated.dxf").string()}, folder);
+  const CommandRun after =
+      corvane::testing::runPython(kReadScript, {(folder / "quantities-updated.dxf").string()}, folder);
   EXPECT_EQ(after.exitCode, 0) << after.err;
   EXPECT_EQ(after.out, updated);
 

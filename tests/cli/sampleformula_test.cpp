@@ -22,14 +22,16 @@ using corvane::testing::RunFolder;
 fs::path sample(const std::string& name) { return fs::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name; }
 
 // Puts the field code into a cell of the table and saves the drawing as `out`; "" when done.
-std::string addFormula(const fs::path& drawing, std::uint64_t table, int row, int column, const std::wstring& code,
-                       const fs::path& out) {
+std::string addFormula(const fs::path& drawing, std::uint64_t table, int row, int column,
+                       const std::wstring& code, const fs::path& out) {
   corvane::headless::HostApplication host;
   auto loaded = corvane::dxf::DrawingFile::load(drawing, host);
   if (!loaded.drawing) return loaded.error;
   auto& db = loaded.drawing->database();
   corvane::host::AcDbObjectId id;
-  if (db.getAcDbObjectId(id, corvane::host::AcDbHandle(table)) != corvane::host::Acad::eOk) return "no such table";
+  if (db.getAcDbObjectId(id, corvane::host::AcDbHandle(table)) != corvane::host::Acad::eOk) {
+    return "no such table";
+  }
   auto* cells = db.get<corvane::headless::Table>(id);
   if (!cells) return "not a table";
   if (cells->putTextString(row, column, code) != corvane::host::Acad::eOk) return "the cell takes no text";
@@ -57,7 +59,9 @@ constexpr const char* kCellScript =
     "drawn = [e.text for e in t.virtual_entities() if e.dxftype() == 'MTEXT']\n"
     "print('drawn', 'yes' if cells[i] in drawn else 'no')\n";
 
-std::string auditLine(const std::string& readerOutput) { return readerOutput.substr(0, readerOutput.find('\n')); }
+std::string auditLine(const std::string& readerOutput) {
+  return readerOutput.substr(0, readerOutput.find('\n'));
+}
 
 TEST(SampleFormula, UpdateGivesTheCellItsValueForAnIndependentReader) {
   if (!fs::is_directory(sample(""))) GTEST_SKIP() << "no sample drawings";
@@ -81,10 +85,11 @@ TEST(SampleFormula, UpdateGivesTheCellItsValueForAnIndependentReader) {
     const auto withFormula = folder / "with-formula.dxf";
     const auto updated = folder / "updated.dxf";
     ASSERT_EQ(addFormula(sample(c.file), std::stoull(c.table, nullptr, 16), c.row, c.column,
-                          std::wstring(c.code, c.code + std::strlen(c.code)), withFormula),
+                         std::wstring(c.code, c.code + std::strlen(c.code)), withFormula),
               "");
 
-    const CommandRun update = corvane::testing::runCorvane({"update", withFormula.string(), "-o", updated.string()}, folder);
+    const CommandRun update =
+        corvane::testing::runCorvane({"update", withFormula.string(), "-o", updated.string()}, folder);
     ASSERT_EQ(update.exitCode, 0) << update.err;
     EXPECT_EQ(update.out.rfind("Evaluated ", 0), 0u) << update.out;
 

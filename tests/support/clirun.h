@@ -94,7 +94,8 @@ inline const std::string& pythonWithEzdxf() {
   return found;
 }
 
-inline CommandRun runPython(const std::string& script, const std::vector<std::string>& args, const RunFolder& folder) {
+inline CommandRun runPython(const std::string& script, const std::vector<std::string>& args,
+                            const RunFolder& folder) {
   std::string command = pythonWithEzdxf() + " -c " + shellQuoted(script);
   for (const auto& arg : args) command += " " + shellQuoted(arg);
   return runCommandLine(command, folder);
