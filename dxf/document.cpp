@@ -107,33 +107,42 @@ std::optional<std::size_t> Document::sectionOf(RecordId id) const {
 }
 
 void Document::indexHandles() const {
-  byHandle_.clear();
+  byHandle_ = headless::HandleIndex();
   highestHandle_ = 0;
   for (std::size_t s = 0; s < sections_.size(); ++s) {
     for (RecordId id : sections_[s].records) {
       if (const auto handle = RecordView(*this, id).handle()) {
-        byHandle_.emplace(*handle, id);
+        byHandle_.insert(*handle, id);  // the first record with a handle keeps it
         highestHandle_ = std::max(highestHandle_, *handle);
       }
     }
   }
   handlesIndexed_ = true;
+  highestKnown_ = true;
 }
 
 std::optional<RecordId> Document::findHandle(std::uint64_t handle) const {
   if (!handlesIndexed_) indexHandles();
   const auto found = byHandle_.find(handle);
-  if (found == byHandle_.end()) return std::nullopt;
-  return found->second;
+  if (!found) return std::nullopt;
+  return static_cast<RecordId>(*found);
 }
 
 std::uint64_t Document::maxHandle() const {
-  if (!handlesIndexed_) indexHandles();
+  if (highestKnown_) return highestHandle_;
+  // Loading a drawing needs only the highest handle; the index waits for a lookup.
+  highestHandle_ = 0;
+  for (std::size_t s = 0; s < sections_.size(); ++s) {
+    for (RecordId id : sections_[s].records) {
+      if (const auto handle = RecordView(*this, id).handle()) highestHandle_ = std::max(highestHandle_, *handle);
+    }
+  }
+  highestKnown_ = true;
   return highestHandle_;
 }
 
 void Document::touchHandleTag(std::int16_t code) const {
-  if (code == 5 || code == 105) handlesIndexed_ = false;
+  if (code == 5 || code == 105) handlesIndexed_ = highestKnown_ = false;
 }
 
 // --- values
@@ -319,9 +328,12 @@ RecordId Document::insertRecord(std::size_t section, std::size_t position, std::
   if (position > records.size()) throw std::out_of_range("record position out of range");
   const RecordId id = addRecord(tags, static_cast<std::uint16_t>(section));
   records.insert(records.begin() + static_cast<std::ptrdiff_t>(position), id);
-  if (handlesIndexed_) {
+  if (handlesIndexed_ || highestKnown_) {
     if (const auto handle = RecordView(*this, id).handle()) {
-      byHandle_[*handle] = id;
+      if (handlesIndexed_) {
+        byHandle_.erase(*handle);
+        byHandle_.insert(*handle, id);
+      }
       highestHandle_ = std::max(highestHandle_, *handle);
     }
   }
@@ -339,8 +351,7 @@ void Document::removeRecord(RecordId id) {
   record.erased = true;
   if (handlesIndexed_) {
     if (const auto handle = RecordView(*this, id).handle()) {
-      const auto entry = byHandle_.find(*handle);
-      if (entry != byHandle_.end() && entry->second == id) byHandle_.erase(entry);
+      if (byHandle_.find(*handle) == id) byHandle_.erase(*handle);
     }
   }
 }

@@ -19,6 +19,7 @@
 #include "dxf/status.h"
 #include "dxf/tag.h"
 #include "dxf/textcodec.h"
+#include "headless/handleindex.h"
 
 namespace corvane::dxf {
 
@@ -186,9 +187,10 @@ class Document {
   std::string version_;
   TextCodec codec_;
 
-  mutable std::unordered_map<std::uint64_t, RecordId> byHandle_;
+  mutable headless::HandleIndex byHandle_;  // values: record ids
   mutable std::uint64_t highestHandle_ = 0;
   mutable bool handlesIndexed_ = false;
+  mutable bool highestKnown_ = false;
   std::uint64_t lastAllocated_ = 0;
 };
 

@@ -59,10 +59,13 @@ host::AcDbBlockTableRecordIterator BlockTableRecord::newIterator() const {
 }
 
 void BlockTableRecord::addReference(host::AcDbObjectId reference) {
-  // The file's own list and the database's wiring may both announce one reference.
-  if (std::find(references_.begin(), references_.end(), reference) == references_.end()) {
+  // The file's own list and the database's wiring may both announce one reference. Ids grow
+  // as objects are made, so one past every id seen so far cannot be in the list yet.
+  if (reference > newestReference_ ||
+      std::find(references_.begin(), references_.end(), reference) == references_.end()) {
     references_.push_back(reference);
   }
+  newestReference_ = std::max(newestReference_, reference);
 }
 
 void BlockTableRecord::removeReference(host::AcDbObjectId reference) {

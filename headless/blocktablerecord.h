@@ -71,6 +71,7 @@ class BlockTableRecord : public SymbolTableRecordImpl<host::AcDbBlockTableRecord
   std::wstring pathName_;
   std::vector<host::AcDbObjectId> entities_;
   std::vector<host::AcDbObjectId> references_;
+  host::AcDbObjectId newestReference_;  // the highest id ever added to references_
 };
 
 }  // namespace corvane::headless

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <typeinfo>
 
 #include "core/textutil.h"
 #include "headless/attribute.h"
@@ -73,9 +74,9 @@ host::AcDbHostApplicationServices& Database::services() { return host_; }
 
 Acad::ErrorStatus Database::getAcDbObjectId(host::AcDbObjectId& id, host::AcDbHandle handle) const {
   if (handle.isNull()) return Acad::eNullHandle;
-  const auto it = byHandle_.find(handle.value());
-  if (it == byHandle_.end()) return Acad::eUnknownHandle;
-  id = it->second;
+  const auto found = byHandle_.find(handle.value());
+  if (!found) return Acad::eUnknownHandle;
+  id = host::AcDbObjectId(*found);
   return Acad::eOk;
 }
 
@@ -133,7 +134,7 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   if (!headless) throw std::invalid_argument("only headless objects can be added to a headless database");
   if (handle.isNull()) {
     handle = handseed_;
-  } else if (byHandle_.count(handle.value()) != 0) {
+  } else if (byHandle_.contains(handle.value())) {
     throw std::invalid_argument("handle already in use");
   }
   if (handle.value() >= handseed_.value()) handseed_ = host::AcDbHandle(handle.value() + 1);
@@ -143,7 +144,7 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   record.handle = handle;
   record.owner = owner;
   record.id = host_.registerObject(*this, *object, *headless);
-  byHandle_.emplace(handle.value(), record.id);
+  byHandle_.insert(handle.value(), record.id.asOldId());
   const host::AcDbObjectId id = record.id;
   host::AcDbObject* added = object.get();
   objects_.push_back(std::move(object));
@@ -151,18 +152,37 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   return id;
 }
 
+std::uint8_t Database::structureRoles(const host::AcDbObject& object) const {
+  // What an object means to the drawing's structure depends on its class alone; asking once
+  // per class spares every added object a row of casts.
+  const std::type_info* type = &typeid(object);
+  for (const auto& [known, roles] : roles_)
+    if (known == type) return roles;
+  std::uint8_t roles = 0;
+  if (dynamic_cast<const BlockTable*>(&object)) roles |= kBlockTableRole;
+  if (dynamic_cast<const LayerTable*>(&object)) roles |= kLayerTableRole;
+  if (dynamic_cast<const host::AcDbSymbolTableRecord*>(&object)) roles |= kTableRecordRole;
+  if (dynamic_cast<const BlockReference*>(&object)) roles |= kBlockReferenceRole;
+  if (dynamic_cast<const Attribute*>(&object)) roles |= kAttributeRole;
+  roles_.emplace_back(type, roles);
+  return roles;
+}
+
 void Database::linkStructure(host::AcDbObject& object) {
+  const std::uint8_t roles = structureRoles(object);
+  if (roles == 0) return;
   const host::AcDbObjectId id = object.objectId();
   const host::AcDbObjectId owner = object.ownerId();
-  if (dynamic_cast<BlockTable*>(&object) && blockTable_.isNull()) blockTable_ = id;
-  if (dynamic_cast<LayerTable*>(&object) && layerTable_.isNull()) layerTable_ = id;
-  if (dynamic_cast<host::AcDbSymbolTableRecord*>(&object)) {
+  if ((roles & kBlockTableRole) && blockTable_.isNull()) blockTable_ = id;
+  if ((roles & kLayerTableRole) && layerTable_.isNull()) layerTable_ = id;
+  if (roles & kTableRecordRole) {
     if (auto* table = dynamic_cast<SymbolTableBase*>(lookup(owner))) table->addRecord(id);
   }
-  if (auto* reference = dynamic_cast<BlockReference*>(&object)) {
-    if (auto* block = get<BlockTableRecord>(reference->blockTableRecord())) block->addReference(id);
+  if (roles & kBlockReferenceRole) {
+    auto& reference = static_cast<BlockReference&>(object);
+    if (auto* block = get<BlockTableRecord>(reference.blockTableRecord())) block->addReference(id);
   }
-  if (dynamic_cast<Attribute*>(&object)) {
+  if (roles & kAttributeRole) {
     if (auto* reference = get<BlockReference>(owner)) reference->addAttributeId(id);
   }
 }

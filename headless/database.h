@@ -7,10 +7,12 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
 #include "headless/valueformatter.h"
+#include "headless/handleindex.h"
 #include "host/acdbdatabase.h"
 #include "host/acdbobject.h"
 
@@ -105,11 +107,20 @@ class Database : public host::AcDbDatabase {
 
  private:
   void linkStructure(host::AcDbObject& object);
+  enum : std::uint8_t {
+    kBlockTableRole = 1,
+    kLayerTableRole = 2,
+    kTableRecordRole = 4,
+    kBlockReferenceRole = 8,
+    kAttributeRole = 16,
+  };
+  std::uint8_t structureRoles(const host::AcDbObject& object) const;
 
   HostApplication& host_;
   std::wstring fileName_;
   std::vector<std::unique_ptr<host::AcDbObject>> objects_;  // in creation order
-  std::map<std::uint64_t, host::AcDbObjectId> byHandle_;
+  HandleIndex byHandle_;
+  mutable std::vector<std::pair<const std::type_info*, std::uint8_t>> roles_;  // by class
   host::AcDbHandle handseed_{1};
   host::AcDbObjectId namedObjects_;
   host::AcDbObjectId fieldList_;
