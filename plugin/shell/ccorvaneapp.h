@@ -20,7 +20,7 @@
 #include "plugin/shell/asdkcustomoptiondialoghook.h"
 #include "plugin/shell/asdkdatabasereactor.h"
 #include "plugin/shell/asdkeditorreactor.h"
-#include "plugin/shell/cregistry.h"
+#include "plugin/support/cregistry.h"
 #include "plugin/shell/reactorstate.h"
 
 namespace corvane {

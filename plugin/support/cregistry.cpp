@@ -1,4 +1,4 @@
-#include "plugin/shell/cregistry.h"
+#include "plugin/support/cregistry.h"
 
 #include <cstdint>
 

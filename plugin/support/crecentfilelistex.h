@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "plugin/shell/cregistry.h"
+#include "plugin/support/cregistry.h"
 
 namespace corvane {
 

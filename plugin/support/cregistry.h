@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "host/registry.h"
-#include "plugin/shell/corvanesettings.h"
+#include "plugin/support/corvanesettings.h"
 
 namespace corvane {
 

@@ -1,4 +1,4 @@
-#include "plugin/shell/crecentfilelistex.h"
+#include "plugin/support/crecentfilelistex.h"
 
 #include <gtest/gtest.h>
 
