@@ -12,6 +12,7 @@
 #include "dxf/objectwriter.h"
 #include "dxf/newtable.h"
 #include "dxf/recordheader.h"
+#include "dxf/recordview.h"
 #include "dxf/tablerecord.h"
 #include "dxf/textpieces.h"
 #include "headless/blocktable.h"
@@ -117,12 +118,13 @@ void DrawingFile::bind(headless::HostApplication& host) {
   headless::Database& db = *db_;
   const Document& doc = *doc_;
 
-  std::uint64_t seed = doc.maxHandle() + 1;
-  if (const auto var = doc.headerVariable("$HANDSEED"); var && var->last > var->first) {
-    seed = std::max(seed, doc.toHandle(doc.tags(doc.headerRecord())[var->first]).value_or(0));
-  }
-
+  // New handles start past every handle of the file and past its $HANDSEED.
+  std::uint64_t highest = 0;
   ObjectReader reader(doc, db);
+  std::size_t recordCount = 0;
+  for (const auto& section : doc.sections()) recordCount += section.records.size();
+  db.reserve(recordCount);
+  loaded_.reserve(recordCount);
   std::vector<Pending> pending;
   std::vector<std::pair<AcDbObjectId, RecordId>> linked;  // records that name other objects
   headless::Database::StandardObjects standard;
@@ -134,13 +136,20 @@ void DrawingFile::bind(headless::HostApplication& host) {
 
   for (std::size_t s = 0; s < doc.sections().size(); ++s) {
     const std::string_view section = doc.sectionName(s);
-    if (!isSection(section, {"TABLES", "BLOCKS", "ENTITIES", "OBJECTS"})) continue;
+    if (!isSection(section, {"TABLES", "BLOCKS", "ENTITIES", "OBJECTS"})) {
+      for (const RecordId rid : doc.sections()[s].records)
+        highest = std::max(highest, RecordView(doc, rid).handle().value_or(0));
+      continue;
+    }
     const bool entities = section == "ENTITIES" || section == "BLOCKS";
     AcDbObjectId parent;  // the block reference or polyline whose attributes or vertices follow
     AcDbObjectId lastBlockId;
     headless::BlockTableRecord* lastBlock = nullptr;
     for (const RecordId rid : doc.sections()[s].records) {
       const RecordHeader header = scanRecordHeader(doc, rid);
+      // A handle found among the record's data counts as the tag layer counts it.
+      highest = std::max(highest, header.handleIndex < header.bodyBegin ? header.handle.value_or(0)
+                                                                        : RecordView(doc, rid).handle().value_or(0));
       if (!header.handle || *header.handle == 0) continue;
       const std::string_view type = doc.recordType(rid);
       // Owners come before what they own, save for a few objects; those wait for the rest.
@@ -151,7 +160,8 @@ void DrawingFile::bind(headless::HostApplication& host) {
       if (subEntity && !parent.isNull()) owner = parent;
       AcDbObjectId id;
       try {
-        id = db.addObject(reader.make(rid, header, entities), owner, AcDbHandle(*header.handle));
+        MadeObject made = reader.make(rid, header, entities);
+        id = db.addObject(std::move(made.object), *made.headless, owner, AcDbHandle(*header.handle));
       } catch (const std::invalid_argument&) {
         continue;  // a handle used twice: the later record stays as it is, without an object
       }
@@ -344,6 +354,10 @@ void DrawingFile::bind(headless::HostApplication& host) {
   std::wstring prefix = absolute.parent_path().wstring();
   if (!prefix.empty() && prefix.back() != L'/') prefix.push_back(L'/');
   db.setSysVar(L"DWGPREFIX", {host::RTSTR, prefix});
+  std::uint64_t seed = highest + 1;
+  if (const auto var = doc.headerVariable("$HANDSEED"); var && var->last > var->first) {
+    seed = std::max(seed, doc.toHandle(doc.tags(doc.headerRecord())[var->first]).value_or(0));
+  }
   db.raiseHandseed(AcDbHandle(seed));
 
   for (const auto id : db.objectIds()) headlessOf(db, id)->record().modified = false;

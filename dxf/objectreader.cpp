@@ -85,15 +85,18 @@ Values subclass(const Document& doc, std::span<const Tag> tags, const RecordHead
 }
 
 template <typename Entity>
-void readEntityCommon(const Document& doc, std::span<const Tag> tags, const RecordHeader& header, Entity& entity) {
+void readEntityCommon(const Document& doc, std::span<const Tag> tags, const RecordHeader& header, Entity& entity,
+                      ObjectReader& reader) {
   const Values common = subclass(doc, tags, header, "AcDbEntity");
-  if (const Tag* layer = common.first(8)) entity.setLayer(doc.text(*layer));
+  if (const Tag* layer = common.first(8)) entity.setLayer(reader.layerName(*layer));
   entity.setVisible(common.integer(60, 0) == 0);
 }
 
 // The vertices of a lightweight polyline: each 10/20 starts one, its widths and bulge follow.
 std::vector<geometry::Vertex> polylineVertices(const Document& doc, std::span<const Tag> tags) {
   std::vector<geometry::Vertex> vertices;
+  vertices.reserve(static_cast<std::size_t>(
+      std::count_if(tags.begin(), tags.end(), [](const Tag& tag) { return tag.code == 10; })));
   for (const Tag& tag : tags) {
     const double value = doc.toDouble(tag).value_or(0.0);
     switch (tag.code) {
@@ -246,6 +249,22 @@ void ObjectReader::addBlockName(const std::wstring& name, host::AcDbObjectId id)
   blocks_.emplace(core::toUpper(name), id);
 }
 
+std::shared_ptr<const std::wstring> ObjectReader::layerName(const Tag& tag) {
+  if (tag.form != TagForm::Text && tag.form != TagForm::BinaryString) {
+    return std::make_shared<const std::wstring>(doc_.text(tag));
+  }
+  // Entities come in runs on one layer; the last name found is tried first.
+  const std::string_view bytes = doc_.bytes(tag);
+  if (lastLayer_ && bytes == lastLayerBytes_) return lastLayer_;
+  auto found = layers_.find(bytes);
+  if (found == layers_.end()) {
+    found = layers_.emplace(std::string(bytes), std::make_shared<const std::wstring>(doc_.text(tag))).first;
+  }
+  lastLayerBytes_ = found->first;
+  lastLayer_ = found->second;
+  return lastLayer_;
+}
+
 std::shared_ptr<const headless::ProxyKind> ObjectReader::kind(RecordId id, const RecordHeader& header) {
   const std::string_view type = doc_.recordType(id);
   std::string_view className;
@@ -318,11 +337,10 @@ std::unique_ptr<headless::Hatch> ObjectReader::makeHatch(RecordId id, const Reco
   return hatch;
 }
 
-std::unique_ptr<host::AcDbObject> ObjectReader::makeEntity(RecordId id, const RecordHeader& header,
-                                                           std::string_view type) {
+MadeObject ObjectReader::makeEntity(RecordId id, const RecordHeader& header, std::string_view type) {
   const auto tags = doc_.tags(id);
-  auto finish = [&](auto entity) -> std::unique_ptr<host::AcDbObject> {
-    readEntityCommon(doc_, tags, header, *entity);
+  auto finish = [&](auto entity) -> MadeObject {
+    readEntityCommon(doc_, tags, header, *entity, *this);
     return entity;
   };
   if (type == "TEXT" || type == "ATTRIB" || type == "ATTDEF") {
@@ -436,13 +454,13 @@ std::unique_ptr<host::AcDbObject> ObjectReader::makeEntity(RecordId id, const Re
   return finish(std::make_unique<headless::ProxyEntity>(kind(id, header)));
 }
 
-std::unique_ptr<host::AcDbObject> ObjectReader::make(RecordId id, const RecordHeader& header, bool entity) {
+MadeObject ObjectReader::make(RecordId id, const RecordHeader& header, bool entity) {
   const std::string_view type = doc_.recordType(id);
   const auto tags = doc_.tags(id);
   if (entity && type != "BLOCK" && type != "ENDBLK") return makeEntity(id, header, type);
   if (type == "BLOCK" || type == "ENDBLK") {
     auto proxy = std::make_unique<headless::ProxyEntity>(kind(id, header));
-    readEntityCommon(doc_, tags, header, *proxy);
+    readEntityCommon(doc_, tags, header, *proxy, *this);
     return proxy;
   }
   if (type == "DICTIONARY") return std::make_unique<headless::Dictionary>();

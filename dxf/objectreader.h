@@ -4,6 +4,7 @@
 // resolves them once every record has its object.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,9 +21,18 @@
 namespace corvane::headless {
 class Database;
 class Hatch;
+class HeadlessObject;
 }
 
 namespace corvane::dxf {
+
+// A made object with its headless side, known here without a cast.
+struct MadeObject {
+  template <typename T>
+  MadeObject(std::unique_ptr<T> made) : headless(made.get()), object(std::move(made)) {}  // NOLINT: implicit
+  headless::HeadlessObject* headless;
+  std::unique_ptr<host::AcDbObject> object;
+};
 
 class ObjectReader {
  public:
@@ -31,7 +41,7 @@ class ObjectReader {
   ObjectReader(const Document& doc, headless::Database& db);
 
   // `entity`: the record sits in the ENTITIES or BLOCKS section. Never null.
-  std::unique_ptr<host::AcDbObject> make(RecordId id, const RecordHeader& header, bool entity);
+  MadeObject make(RecordId id, const RecordHeader& header, bool entity);
   // A BLOCK record describes its block table record (the owner): flags, base point, path.
   void describeBlock(RecordId id, const RecordHeader& header, host::AcDbObjectId blockTableRecord) const;
 
@@ -42,9 +52,12 @@ class ObjectReader {
   // Makes a block table record known by name, for the references read after it.
   void addBlockName(const std::wstring& name, host::AcDbObjectId id);
 
+  // The layer name a tag holds; one copy per name, shared by every entity on the layer.
+  std::shared_ptr<const std::wstring> layerName(const Tag& tag);
+
  private:
   std::shared_ptr<const headless::ProxyKind> kind(RecordId id, const RecordHeader& header);
-  std::unique_ptr<host::AcDbObject> makeEntity(RecordId id, const RecordHeader& header, std::string_view type);
+  MadeObject makeEntity(RecordId id, const RecordHeader& header, std::string_view type);
   std::unique_ptr<headless::Hatch> makeHatch(RecordId id, const RecordHeader& header);
 
   const Document& doc_;
@@ -54,6 +67,14 @@ class ObjectReader {
   std::unordered_map<std::string, std::vector<std::pair<std::string, std::shared_ptr<const headless::ProxyKind>>>>
       kinds_;
   std::unordered_map<std::wstring, host::AcDbObjectId> blocks_;  // key: upper-case name
+  struct BytesHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view bytes) const noexcept { return std::hash<std::string_view>()(bytes); }
+  };
+  // Key: the value bytes as the file spells them.
+  std::unordered_map<std::string, std::shared_ptr<const std::wstring>, BytesHash, std::equal_to<>> layers_;
+  std::string_view lastLayerBytes_;
+  std::shared_ptr<const std::wstring> lastLayer_;
 };
 
 }  // namespace corvane::dxf

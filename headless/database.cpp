@@ -132,6 +132,13 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
                                        host::AcDbHandle handle) {
   auto* headless = dynamic_cast<HeadlessObject*>(object.get());
   if (!headless) throw std::invalid_argument("only headless objects can be added to a headless database");
+  return addObject(std::move(object), *headless, owner, handle);
+}
+
+void Database::reserve(std::size_t objects) { objects_.reserve(objects_.size() + objects); }
+
+host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object, HeadlessObject& headless,
+                                       host::AcDbObjectId owner, host::AcDbHandle handle) {
   if (handle.isNull()) {
     handle = handseed_;
   } else if (byHandle_.contains(handle.value())) {
@@ -139,11 +146,11 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   }
   if (handle.value() >= handseed_.value()) handseed_ = host::AcDbHandle(handle.value() + 1);
 
-  ObjectRecord& record = headless->record();
+  ObjectRecord& record = headless.record();
   record.database = this;
   record.handle = handle;
   record.owner = owner;
-  record.id = host_.registerObject(*this, *object, *headless);
+  record.id = host_.registerObject(*this, *object, headless);
   byHandle_.insert(handle.value(), record.id.asOldId());
   const host::AcDbObjectId id = record.id;
   host::AcDbObject* added = object.get();

@@ -75,6 +75,12 @@ class Database : public host::AcDbDatabase {
   // a block reference joins its attributes.
   host::AcDbObjectId addObject(std::unique_ptr<host::AcDbObject> object, host::AcDbObjectId owner,
                                host::AcDbHandle handle = {});
+  // The same for a caller that holds the object's headless side already (`headless` is part
+  // of `object`): loaders add objects by the million.
+  host::AcDbObjectId addObject(std::unique_ptr<host::AcDbObject> object, HeadlessObject& headless,
+                               host::AcDbObjectId owner, host::AcDbHandle handle);
+  // Room for this many more objects, for a loader that knows how many it will add.
+  void reserve(std::size_t objects);
   // Adds a block table record or layer table record to its table.
   host::AcDbObjectId addRecord(std::unique_ptr<host::AcDbObject> record, host::AcDbHandle handle = {});
   template <typename T, typename... Args>

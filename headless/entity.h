@@ -2,6 +2,7 @@
 // entity answers.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -13,19 +14,21 @@ namespace corvane::headless {
 template <typename Interface>
 class EntityImpl : public ObjectImpl<Interface> {
  public:
-  std::wstring layer() const override { return layer_; }
-  void setLayer(std::wstring layer) { layer_ = std::move(layer); }
+  std::wstring layer() const override { return layer_ ? *layer_ : std::wstring(L"0"); }
+  void setLayer(std::wstring layer) { layer_ = std::make_shared<const std::wstring>(std::move(layer)); }
+  // Entities read from a file share one copy of each layer's name.
+  void setLayer(std::shared_ptr<const std::wstring> layer) { layer_ = std::move(layer); }
   bool visible() const override { return visible_; }
   void setVisible(bool visible) { visible_ = visible; }
   host::AcDbObjectId blockId() const override { return this->record_.owner; }
 
   std::optional<host::AcValue> property(std::wstring_view name) const override {
-    if (core::equalsNoCase(name, L"Layer")) return host::AcValue(layer_);
+    if (core::equalsNoCase(name, L"Layer")) return host::AcValue(layer());
     return ObjectImpl<Interface>::property(name);
   }
 
  private:
-  std::wstring layer_ = L"0";
+  std::shared_ptr<const std::wstring> layer_;  // none: layer "0"
   bool visible_ = true;
 };
 
