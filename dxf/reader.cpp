@@ -121,7 +121,7 @@ class Reader {
   // Where a tag starts, as a person looks for it: a line in ASCII, a byte offset in binary.
   std::string where(std::size_t tagIndex) const {
     if (doc_->format_ == FileFormat::Ascii) return "line " + std::to_string(tagIndex * 2 + 1);
-    return "byte " + std::to_string(doc_->tags_[tagIndex].start);
+    return "byte " + std::to_string(doc_->tags_[tagIndex].start());
   }
 
   // Every 0 tag opens a record; tags before the first one may only be comments.
@@ -186,6 +186,9 @@ class Reader {
         return fail(where(index) + ": truncated file: group code " + std::to_string(code) + " has no value");
 
       const std::size_t valuePos = static_cast<std::size_t>(codeEnd + 1 - base);
+      if (valuePos - pos > Tag::kMaxLead)
+        return fail(where(index) + ": the line of group code " + std::to_string(code) + " is longer than " +
+                    std::to_string(Tag::kMaxLead) + " bytes");
       const char* valueEnd = static_cast<const char*>(std::memchr(base + valuePos, '\n', n - valuePos));
       std::size_t valueSize;
       std::uint8_t lineEnd;
@@ -202,12 +205,13 @@ class Reader {
       }
 
       Tag tag;
-      tag.start = static_cast<std::uint32_t>(pos);
+      tag.read = 1;
+      tag.lead = static_cast<std::uint16_t>(valuePos - pos);
       tag.value = static_cast<std::uint32_t>(valuePos);
       tag.size = static_cast<std::uint32_t>(valueSize);
       tag.code = static_cast<std::int16_t>(code);
       tag.form = TagForm::Text;
-      tag.lineEnd = lineEnd;
+      tag.lineEnd = lineEnd & 3u;
       const ValueKind kind = valueKind(code);
       if (isNumeric(kind) && !validNumber(kind, {base + valuePos, valueSize}))
         return fail("line " + std::to_string(index * 2 + 2) + ": expected " + kindName(kind) + " for group code " +
@@ -271,7 +275,7 @@ class Reader {
     } else {
       code = base[pos++];
     }
-    tag.start = static_cast<std::uint32_t>(start);
+    tag.read = 1;
     tag.code = static_cast<std::int16_t>(code);
     std::size_t size = 0;
     switch (valueKind(code)) {
@@ -301,6 +305,7 @@ class Reader {
       return report && fail("byte " + std::to_string(start) + ": truncated file: group code " + std::to_string(code) +
                             " needs " + std::to_string(size) + " value bytes, " + std::to_string(n - pos) + " left");
     tag.value = static_cast<std::uint32_t>(pos);
+    tag.lead = static_cast<std::uint16_t>(pos - start);  // at most three code bytes and a length byte
     tag.size = static_cast<std::uint32_t>(size);
     return true;
   }

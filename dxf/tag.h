@@ -20,16 +20,23 @@ enum class TagForm : std::uint8_t {
 };
 
 struct Tag {
-  static constexpr std::uint32_t kNotRead = 0xFFFFFFFFu;
+  static constexpr std::uint32_t kNotRead = 0xFFFFFFFFu;  // no file or store offset reaches it
+  // Group code lines longer than this (blanks around the code) are refused by the reader.
+  static constexpr std::uint32_t kMaxLead = 1023;
 
-  std::uint32_t start = kNotRead;  // first byte of the tag (its group code) in the file
-  std::uint32_t value = 0;         // first value byte, in the file or in the document's store
-  std::uint32_t size = 0;          // value bytes
+  std::uint32_t value = 0;  // first value byte, in the file or in the document's store
+  std::uint32_t size = 0;   // value bytes
   std::int16_t code = 0;
-  TagForm form = TagForm::Text;
-  std::uint8_t lineEnd = 0;        // ASCII: bytes of the value line's end (0 at the end of file)
+  TagForm form : 3 = TagForm::Text;
+  std::uint16_t lineEnd : 2 = 0;  // ASCII: bytes of the value line's end (0 at the end of file)
+  std::uint16_t read : 1 = 0;     // the value lies in the file's bytes
+  // Bytes from the tag's first byte (its group code) to its value: the code line in ASCII;
+  // the code, and a chunk's length byte, in binary.
+  std::uint16_t lead : 10 = 0;
 
-  bool wasRead() const noexcept { return start != kNotRead; }
+  bool wasRead() const noexcept { return read != 0; }
+  // The tag's first byte in the file.
+  std::uint32_t start() const noexcept { return value - lead; }
   // One past the tag's last byte in the file.
   std::uint32_t end() const noexcept {
     switch (form) {
@@ -40,6 +47,6 @@ struct Tag {
   }
 };
 
-static_assert(sizeof(Tag) == 16, "tags are kept by the million; keep them small");
+static_assert(sizeof(Tag) == 12, "tags are kept by the million; keep them small");
 
 }  // namespace corvane::dxf

@@ -57,7 +57,7 @@ class Writer {
     for (const Tag& tag : doc_.tags(id)) {
       if (failed_) return;
       if (tag.wasRead() && sameFormat_) {
-        raw(tag.start, tag.end());
+        raw(tag.start(), tag.end());
       } else if (format_ == FileFormat::Ascii) {
         asciiTag(tag);
       } else {

@@ -47,6 +47,8 @@ TEST(Reader, MalformedFilesGiveTheLineOrByteAndWhatWasExpected) {
        "line 1: expected the section name (group code 2) after SECTION"},
       {"tag before the first record", "  5\n1F\n  0\nEOF\n",
        "line 1: expected group code 0 or a 999 comment, found group code 5"},
+      {"code line padded past its limit", std::string(1022, ' ') + "0\nSECTION\n",
+       "line 1: the line of group code 0 is longer than 1023 bytes"},
       {"unprintable bytes shown safely", "\x01\xFF\n", "line 1: expected a group code, found '?" "?'"},
       {"binary sentinel damaged", "AutoCAD Binary DXF\n\x1a\0"s,
        "byte 18: damaged binary DXF sentinel: expected CR LF SUB NUL after 'AutoCAD Binary DXF'"},

@@ -142,6 +142,33 @@ TEST(RoundTrip, GeneratedDrawingsKeepTheirSpellingLineEndsAndEncoding) {
   }
 }
 
+TEST(RoundTrip, CodeLinesKeepTheirPaddingUpToTheLongestAllowed) {
+  // A drawing whose every code line is padded one way: each comes back as it was, and the tags
+  // read are the same whatever the padding.
+  struct Case {
+    const char* name;
+    std::string before;  // blanks before each code
+    std::string after;   // blanks after it
+    std::string eol;
+  } const cases[] = {
+      {"none", "", "", "\n"},
+      {"tabs on both sides", "\t", "\t\t", "\r\n"},
+      {"longest line with LF", std::string(1019, ' '), "", "\n"},  // 1019 + "999" + LF = 1023 bytes
+      {"longest line with CRLF", std::string(500, ' '), std::string(518, ' '), "\r\n"},
+  };
+  const std::vector<TagText> entities = {{0, "LINE"}, {5, "2A"}, {8, "0"}, {10, "1.5"}, {999, "note"}};
+  const auto plain = testing::drawing("AC1015", entities);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::string text;
+    for (const auto& [code, value] : plain) text += c.before + std::to_string(code) + c.after + c.eol + value + c.eol;
+    const ReadResult read = Document::read(text);
+    ASSERT_TRUE(read.document) << read.error;
+    EXPECT_TRUE(written(*read.document) == text);
+    expectSameTags(plain, tagsOf(*read.document));
+  }
+}
+
 TEST(RoundTrip, EditedTagsAreRewrittenAndTheRestStaysAsItWas) {
   const std::vector<TagText> entities = {{0, "LINE"}, {5, "2A"}, {8, "0"}, {10, "  1.0"}, {20, "2.0"},
                                          {0, "CIRCLE"}, {5, "2B"}, {8, "0"}, {40, "  3.0"}};
