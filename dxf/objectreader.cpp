@@ -292,10 +292,17 @@ std::optional<std::wstring> ObjectReader::hostText(RecordId id, const RecordHead
     const Values text = subclass(doc_, tags, header, "AcDbMText");
     std::string bytes;
     const Tag* last = nullptr;
+    bool pieces = false;
     for (const Tag& tag : text.tags()) {
-      if (tag.code == 3 && !last) doc_.appendValueText(tag, bytes);
-      else if (tag.code == 1 && !last) last = &tag;
+      if (tag.code == 3 && !last) {
+        doc_.appendValueText(tag, bytes);
+        pieces = true;
+      } else if (tag.code == 1 && !last) {
+        last = &tag;
+      }
     }
+    // Most contents fit in their one 1 tag, decoded where it stands.
+    if (!pieces) return last ? doc_.text(*last) : std::wstring();
     if (last) doc_.appendValueText(*last, bytes);
     return doc_.codec().decode(bytes);
   }

@@ -124,6 +124,10 @@ class Reader {
     return "byte " + std::to_string(doc_->tags_[tagIndex].start());
   }
 
+  // Records of drawings hold a dozen tags or more; room for one per eight tags spares the
+  // record list its copies as it grows, and costs little when records are longer.
+  void reserveRecords() { doc_->records_.reserve(doc_->tags_.capacity() / 8 + 16); }
+
   // Every 0 tag opens a record; tags before the first one may only be comments.
   bool addTag(const Tag& tag) {
     auto& tags = doc_->tags_;
@@ -168,6 +172,7 @@ class Reader {
 
     // Two lines a tag, so the line count sizes the tag list once.
     doc.tags_.reserve(static_cast<std::size_t>(std::count(base + pos, base + n, '\n')) / 2 + 1);
+    reserveRecords();
     const char* firstEnd = static_cast<const char*>(std::memchr(base + pos, '\n', n - pos));
     doc.crlf_ = firstEnd != nullptr && firstEnd > base + pos && firstEnd[-1] == '\r';
     doc.paddedCodes_ = base[pos] == ' ';
@@ -248,6 +253,7 @@ class Reader {
       if (isEof(tag)) break;
     }
     doc.tags_.reserve(count + 1);
+    reserveRecords();
     while (pos < n) {
       if (!decodeBinaryTag(pos, tag, true) || !addTag(tag)) return false;
       pos = tag.end();

@@ -16,11 +16,11 @@ class Attribute : public TextEntity<host::AcDbAttribute> {
 
   Attribute() = default;
   Attribute(std::wstring tag, std::wstring text, host::AcGePoint3d position = {}, double height = 0.2, int flags = 0)
-      : TextEntity(position, height, std::move(text)), tag_(std::move(tag)), flags_(flags) {}
+      : TextEntity(position, height, std::move(text)), tag_(tag), flags_(flags) {}
   std::wstring dxfName() const override { return L"ATTRIB"; }
   std::wstring className() const override { return L"AcDbAttribute"; }
 
-  std::wstring tag() const override { return tag_; }
+  std::wstring tag() const override { return tag_.wide(); }
   void setTag(std::wstring tag);
   int flags() const noexcept { return flags_; }
   void setFlags(int flags);
@@ -30,7 +30,7 @@ class Attribute : public TextEntity<host::AcDbAttribute> {
   std::optional<host::AcValue> property(std::wstring_view name) const override;
 
  private:
-  std::wstring tag_;
+  CompactText tag_;
   int flags_ = 0;
 };
 

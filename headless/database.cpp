@@ -135,7 +135,10 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   return addObject(std::move(object), *headless, owner, handle);
 }
 
-void Database::reserve(std::size_t objects) { objects_.reserve(objects_.size() + objects); }
+void Database::reserve(std::size_t objects) {
+  objects_.reserve(objects_.size() + objects);
+  byHandle_.reserve(byHandle_.size() + objects);
+}
 
 host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object, HeadlessObject& headless,
                                        host::AcDbObjectId owner, host::AcDbHandle handle) {

@@ -74,12 +74,22 @@ bool HandleIndex::erase(std::uint64_t handle) noexcept {
   }
 }
 
+void HandleIndex::reserve(std::size_t entries) {
+  std::size_t capacity = 16;
+  while (entries * 4 > capacity * 3) capacity *= 2;
+  if (capacity > slots_.size()) rebuild(capacity);
+}
+
 void HandleIndex::grow() {
-  std::vector<Slot> old;
-  old.swap(slots_);
   // Erased slots are dropped on the way.
   std::size_t capacity = 16;
   while ((size_ + 1) * 2 > capacity) capacity *= 2;
+  rebuild(capacity);
+}
+
+void HandleIndex::rebuild(std::size_t capacity) {
+  std::vector<Slot> old;
+  old.swap(slots_);
   slots_.assign(capacity, Slot{});
   used_ = 0;
   const std::size_t mask = slots_.size() - 1;

@@ -18,6 +18,8 @@ class HandleIndex {
   // False when the handle was not there.
   bool erase(std::uint64_t handle) noexcept;
   std::size_t size() const noexcept { return size_; }
+  // Room for this many entries in all without the table growing on the way.
+  void reserve(std::size_t entries);
 
  private:
   struct Slot {
@@ -27,6 +29,7 @@ class HandleIndex {
   std::size_t home(std::uint64_t handle) const noexcept;
   static std::size_t step(std::uint64_t handle) noexcept;
   void grow();
+  void rebuild(std::size_t capacity);
 
   std::vector<Slot> slots_;  // a power of two in size, or empty
   std::size_t size_ = 0;     // entries

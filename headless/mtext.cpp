@@ -135,8 +135,9 @@ std::wstring MText::plainText(std::wstring_view contents) {
 }
 
 void MText::setContents(std::wstring contents) {
-  if (contents_ != contents) record_.modified = true;
-  contents_ = std::move(contents);
+  CompactText compact(contents);
+  if (compact != contents_) record_.modified = true;
+  contents_ = std::move(compact);
 }
 
 void MText::setLocation(host::AcGePoint3d location) {
@@ -192,7 +193,7 @@ void addTextBlockExtents(host::AcDbExtents& extents, const geometry::Transform& 
 }
 
 std::optional<host::AcValue> MText::property(std::wstring_view name) const {
-  if (core::equalsNoCase(name, L"TextString")) return host::AcValue(contents_);
+  if (core::equalsNoCase(name, L"TextString")) return host::AcValue(contents_.wide());
   if (core::equalsNoCase(name, L"Contents")) return host::AcValue(text());
   if (core::equalsNoCase(name, L"Height")) return host::AcValue(height_);
   if (core::equalsNoCase(name, L"Width")) return host::AcValue(width_);

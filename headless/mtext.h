@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "headless/compacttext.h"
 #include "headless/entity.h"
 #include "headless/shape.h"
 #include "headless/texthost.h"
@@ -29,14 +30,14 @@ class MText : public EntityImpl<host::AcDbMText>, public TextHost, public Shape 
 
   MText() = default;
   MText(host::AcGePoint3d location, double height, std::wstring contents)
-      : location_(location), height_(height), contents_(std::move(contents)) {}
+      : location_(location), height_(height), contents_(contents) {}
   std::wstring dxfName() const override { return L"MTEXT"; }
   std::wstring className() const override { return L"AcDbMText"; }
 
-  std::wstring contents() const override { return contents_; }
+  std::wstring contents() const override { return contents_.wide(); }
   void setContents(std::wstring contents);
-  std::wstring text() const override { return plainText(contents_); }
-  std::wstring hostText() const override { return contents_; }
+  std::wstring text() const override { return plainText(contents_.wide()); }
+  std::wstring hostText() const override { return contents_.wide(); }
   void setHostText(std::wstring text) override { setContents(std::move(text)); }
 
   host::AcGePoint3d location() const override { return location_; }
@@ -66,7 +67,7 @@ class MText : public EntityImpl<host::AcDbMText>, public TextHost, public Shape 
   double width_ = 0.0;
   int attachment_ = kTopLeft;
   double rotation_ = 0.0;
-  std::wstring contents_;
+  CompactText contents_;
 };
 
 // The box of a block of lines of text whose anchor is at the attachment point (as MText).

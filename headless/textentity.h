@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "headless/compacttext.h"
 #include "headless/entity.h"
 #include "headless/geometry.h"
 #include "headless/shape.h"
@@ -17,14 +18,15 @@ class TextEntity : public EntityImpl<Interface>, public TextHost, public Shape {
  public:
   TextEntity() = default;
   TextEntity(host::AcGePoint3d position, double height, std::wstring text)
-      : position_(position), height_(height), text_(std::move(text)) {}
+      : position_(position), height_(height), text_(text) {}
 
-  std::wstring textString() const override { return text_; }
+  std::wstring textString() const override { return text_.wide(); }
   void setTextString(std::wstring text) {
-    if (text != text_) this->record_.modified = true;
-    text_ = std::move(text);
+    CompactText compact(text);
+    if (compact != text_) this->record_.modified = true;
+    text_ = std::move(compact);
   }
-  std::wstring hostText() const override { return text_; }
+  std::wstring hostText() const override { return text_.wide(); }
   void setHostText(std::wstring text) override { setTextString(std::move(text)); }
 
   host::AcGePoint3d position() const override { return position_; }
@@ -52,11 +54,11 @@ class TextEntity : public EntityImpl<Interface>, public TextHost, public Shape {
   // From the position along the baseline, one text height up.
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override {
     geometry::addRectangle(extents, transform, position_, rotation_, 0.0, 0.0,
-                           geometry::estimatedTextWidth(text_, height_, widthFactor_), height_);
+                           geometry::estimatedTextWidth(text_.wide(), height_, widthFactor_), height_);
   }
 
   std::optional<host::AcValue> property(std::wstring_view name) const override {
-    if (core::equalsNoCase(name, L"TextString") || core::equalsNoCase(name, L"Contents")) return host::AcValue(text_);
+    if (core::equalsNoCase(name, L"TextString") || core::equalsNoCase(name, L"Contents")) return host::AcValue(text_.wide());
     if (core::equalsNoCase(name, L"Height")) return host::AcValue(height_);
     if (core::equalsNoCase(name, L"Rotation")) return host::AcValue(rotation_);
     if (core::equalsNoCase(name, L"ScaleFactor")) return host::AcValue(widthFactor_);
@@ -71,7 +73,7 @@ class TextEntity : public EntityImpl<Interface>, public TextHost, public Shape {
   double height_ = 0.2;
   double rotation_ = 0.0;
   double widthFactor_ = 1.0;
-  std::wstring text_;
+  CompactText text_;
 };
 
 }  // namespace corvane::headless

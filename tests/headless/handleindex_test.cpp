@@ -39,10 +39,16 @@ TEST(HandleIndex, AgreesWithAnOrderedMapForEveryPatternOfHandles) {
       {"largest handles", run(0xFFFFFFFFFFFFF000ull, 1, 0x1000)},
       {"scattered", scattered},
   };
+  // Each pattern three times: growing as it goes, with room made for all beforehand, and with
+  // room made halfway (which rebuilds a table that already holds entries).
+  enum class Room { None, Before, Halfway };
+  for (const Room room : {Room::None, Room::Before, Room::Halfway})
   for (const Case& c : cases) {
     HandleIndex index;
     std::map<std::uint64_t, std::uint64_t> model;
+    if (room == Room::Before) index.reserve(c.handles.size());
     for (std::size_t i = 0; i < c.handles.size(); ++i) {
+      if (room == Room::Halfway && i == c.handles.size() / 2) index.reserve(c.handles.size() * 2);
       const bool fresh = model.emplace(c.handles[i], i + 1).second;
       ASSERT_EQ(index.insert(c.handles[i], i + 1), fresh) << c.name << " at " << i;
     }
