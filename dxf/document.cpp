@@ -154,7 +154,7 @@ std::string_view Document::bytes(const Tag& tag) const noexcept {
 
 void Document::appendValueText(const Tag& tag, std::string& out) const {
   const char* p = (tag.wasRead() ? source_ : store_).data() + tag.value;
-  switch (tag.form) {
+  switch (tag.form()) {
     case TagForm::Text:
     case TagForm::BinaryString: out.append(p, tag.size); break;
     case TagForm::BinaryDouble: appendDouble(out, loadLittleEndian<double>(p)); break;
@@ -174,7 +174,7 @@ std::string Document::valueText(const Tag& tag) const {
 
 std::optional<double> Document::toDouble(const Tag& tag) const noexcept {
   const char* p = (tag.wasRead() ? source_ : store_).data() + tag.value;
-  switch (tag.form) {
+  switch (tag.form()) {
     case TagForm::BinaryDouble: return loadLittleEndian<double>(p);
     case TagForm::Text:
     case TagForm::BinaryString: {
@@ -193,7 +193,7 @@ std::optional<double> Document::toDouble(const Tag& tag) const noexcept {
 
 std::optional<std::int64_t> Document::toInteger(const Tag& tag) const noexcept {
   const char* p = (tag.wasRead() ? source_ : store_).data() + tag.value;
-  switch (tag.form) {
+  switch (tag.form()) {
     case TagForm::BinaryInt16: return loadLittleEndian<std::int16_t>(p);
     case TagForm::BinaryInt32: return loadLittleEndian<std::int32_t>(p);
     case TagForm::BinaryInt64: return loadLittleEndian<std::int64_t>(p);
@@ -209,14 +209,14 @@ std::optional<std::int64_t> Document::toInteger(const Tag& tag) const noexcept {
 }
 
 std::optional<std::uint64_t> Document::toHandle(const Tag& tag) const noexcept {
-  if (tag.form != TagForm::Text && tag.form != TagForm::BinaryString) return std::nullopt;
+  if (tag.form() != TagForm::Text && tag.form() != TagForm::BinaryString) return std::nullopt;
   std::uint64_t value = 0;
   if (!parseHandle(bytes(tag), value)) return std::nullopt;
   return value;
 }
 
 std::wstring Document::text(const Tag& tag) const {
-  if (tag.form == TagForm::Text || tag.form == TagForm::BinaryString) return codec_.decode(bytes(tag));
+  if (tag.form() == TagForm::Text || tag.form() == TagForm::BinaryString) return codec_.decode(bytes(tag));
   const std::string spelt = valueText(tag);
   return std::wstring(spelt.begin(), spelt.end());
 }
@@ -250,7 +250,7 @@ Tag Document::storeValue(std::int16_t code, std::string_view valueText) {
   tag.code = code;
   tag.value = static_cast<std::uint32_t>(store_.size());
   tag.size = static_cast<std::uint32_t>(valueText.size());
-  tag.form = TagForm::Text;
+  tag.packed = Tag::pack(TagForm::Text, 0, false, 0);
   store_.append(valueText);
   return tag;
 }

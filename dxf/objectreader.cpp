@@ -250,7 +250,7 @@ void ObjectReader::addBlockName(const std::wstring& name, host::AcDbObjectId id)
 }
 
 std::shared_ptr<const std::wstring> ObjectReader::layerName(const Tag& tag) {
-  if (tag.form != TagForm::Text && tag.form != TagForm::BinaryString) {
+  if (tag.form() != TagForm::Text && tag.form() != TagForm::BinaryString) {
     return std::make_shared<const std::wstring>(doc_.text(tag));
   }
   // Entities come in runs on one layer; the last name found is tried first.

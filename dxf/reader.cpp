@@ -209,14 +209,10 @@ class Reader {
         ++lineEnd;
       }
 
-      Tag tag;
-      tag.read = 1;
-      tag.lead = static_cast<std::uint16_t>(valuePos - pos);
-      tag.value = static_cast<std::uint32_t>(valuePos);
-      tag.size = static_cast<std::uint32_t>(valueSize);
-      tag.code = static_cast<std::int16_t>(code);
-      tag.form = TagForm::Text;
-      tag.lineEnd = lineEnd & 3u;
+      const Tag tag{.value = static_cast<std::uint32_t>(valuePos),
+                    .size = static_cast<std::uint32_t>(valueSize),
+                    .code = static_cast<std::int16_t>(code),
+                    .packed = Tag::pack(TagForm::Text, lineEnd, true, static_cast<unsigned>(valuePos - pos))};
       const ValueKind kind = valueKind(code);
       if (isNumeric(kind) && !validNumber(kind, {base + valuePos, valueSize}))
         return fail("line " + std::to_string(index * 2 + 2) + ": expected " + kindName(kind) + " for group code " +
@@ -281,9 +277,9 @@ class Reader {
     } else {
       code = base[pos++];
     }
-    tag.read = 1;
     tag.code = static_cast<std::int16_t>(code);
     std::size_t size = 0;
+    TagForm form = TagForm::Text;
     switch (valueKind(code)) {
       case ValueKind::String: {
         const void* zero = std::memchr(base + pos, 0, n - pos);
@@ -291,7 +287,7 @@ class Reader {
           return report && fail("byte " + std::to_string(start) + ": truncated file: the text of group code " +
                                 std::to_string(code) + " has no terminating zero byte");
         size = static_cast<std::size_t>(static_cast<const unsigned char*>(zero) - (base + pos));
-        tag.form = TagForm::BinaryString;
+        form = TagForm::BinaryString;
         break;
       }
       case ValueKind::Chunk:
@@ -299,19 +295,20 @@ class Reader {
           return report && fail("byte " + std::to_string(start) + ": truncated file: binary data of group code " +
                                 std::to_string(code) + " has no length byte");
         size = base[pos++];
-        tag.form = TagForm::BinaryChunk;
+        form = TagForm::BinaryChunk;
         break;
-      case ValueKind::Double: size = 8; tag.form = TagForm::BinaryDouble; break;
-      case ValueKind::Int16: size = 2; tag.form = TagForm::BinaryInt16; break;
-      case ValueKind::Int32: size = 4; tag.form = TagForm::BinaryInt32; break;
-      case ValueKind::Int64: size = 8; tag.form = TagForm::BinaryInt64; break;
-      case ValueKind::Bool: size = 1; tag.form = TagForm::BinaryBool; break;
+      case ValueKind::Double: size = 8; form = TagForm::BinaryDouble; break;
+      case ValueKind::Int16: size = 2; form = TagForm::BinaryInt16; break;
+      case ValueKind::Int32: size = 4; form = TagForm::BinaryInt32; break;
+      case ValueKind::Int64: size = 8; form = TagForm::BinaryInt64; break;
+      case ValueKind::Bool: size = 1; form = TagForm::BinaryBool; break;
     }
-    if (tag.form != TagForm::BinaryString && n - pos < size)
+    if (form != TagForm::BinaryString && n - pos < size)
       return report && fail("byte " + std::to_string(start) + ": truncated file: group code " + std::to_string(code) +
                             " needs " + std::to_string(size) + " value bytes, " + std::to_string(n - pos) + " left");
     tag.value = static_cast<std::uint32_t>(pos);
-    tag.lead = static_cast<std::uint16_t>(pos - start);  // at most three code bytes and a length byte
+    // At most three code bytes and a length byte lead to the value.
+    tag.packed = Tag::pack(form, 0, true, static_cast<unsigned>(pos - start));
     tag.size = static_cast<std::uint32_t>(size);
     return true;
   }

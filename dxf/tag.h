@@ -27,20 +27,27 @@ struct Tag {
   std::uint32_t value = 0;  // first value byte, in the file or in the document's store
   std::uint32_t size = 0;   // value bytes
   std::int16_t code = 0;
-  TagForm form : 3 = TagForm::Text;
-  std::uint16_t lineEnd : 2 = 0;  // ASCII: bytes of the value line's end (0 at the end of file)
-  std::uint16_t read : 1 = 0;     // the value lies in the file's bytes
-  // Bytes from the tag's first byte (its group code) to its value: the code line in ASCII;
-  // the code, and a chunk's length byte, in binary.
-  std::uint16_t lead : 10 = 0;
+  // Packed, and kept whole, so that a tag is made in one write: the form (3 bits), the bytes of
+  // an ASCII value line's end (2 bits, 0 at the end of file), whether the value lies in the
+  // file's bytes (1 bit) and the bytes from the tag's first byte (its group code) to its value
+  // (10 bits): the code line in ASCII; the code, and a chunk's length byte, in binary.
+  std::uint16_t packed = 0;
 
-  bool wasRead() const noexcept { return read != 0; }
+  static constexpr std::uint16_t pack(TagForm form, unsigned lineEnd, bool read, unsigned lead) noexcept {
+    return static_cast<std::uint16_t>(static_cast<unsigned>(form) | (lineEnd & 3u) << 3 | (read ? 1u : 0u) << 5 |
+                                      (lead & kMaxLead) << 6);
+  }
+  TagForm form() const noexcept { return static_cast<TagForm>(packed & 7u); }
+  unsigned lineEnd() const noexcept { return (packed >> 3) & 3u; }
+  bool wasRead() const noexcept { return (packed & 0x20u) != 0; }
+  unsigned lead() const noexcept { return packed >> 6; }
+
   // The tag's first byte in the file.
-  std::uint32_t start() const noexcept { return value - lead; }
+  std::uint32_t start() const noexcept { return value - lead(); }
   // One past the tag's last byte in the file.
   std::uint32_t end() const noexcept {
-    switch (form) {
-      case TagForm::Text: return value + size + lineEnd;
+    switch (form()) {
+      case TagForm::Text: return value + size + lineEnd();
       case TagForm::BinaryString: return value + size + 1;
       default: return value + size;
     }

@@ -132,10 +132,10 @@ class Writer {
     }
     // Tags in binary form are only here when they came from a binary file read as such;
     // anything else is text to convert.
-    if (tag.form != TagForm::Text) {
-      if (tag.form == TagForm::BinaryChunk) buffer_.push_back(static_cast<char>(tag.size));
+    if (tag.form() != TagForm::Text) {
+      if (tag.form() == TagForm::BinaryChunk) buffer_.push_back(static_cast<char>(tag.size));
       buffer_.append(doc_.bytes(tag));
-      if (tag.form == TagForm::BinaryString) buffer_.push_back('\0');
+      if (tag.form() == TagForm::BinaryString) buffer_.push_back('\0');
       if (buffer_.size() >= kBufferSize) flushBuffer();
       return;
     }
