@@ -45,6 +45,22 @@ std::wstring escapeControlCharacters(std::wstring_view text) {
   return out;
 }
 
+std::wstring encodeCarets(std::wstring_view text) {
+  std::wstring out;
+  out.reserve(text.size());
+  for (const wchar_t c : text) {
+    if (c == L'^') {
+      out += L"^ ";
+    } else if (static_cast<std::uint32_t>(c) < 0x20) {
+      out.push_back(L'^');
+      out.push_back(static_cast<wchar_t>(c + L'@'));
+    } else {
+      out.push_back(c);
+    }
+  }
+  return out;
+}
+
 std::vector<std::wstring_view> splitPieces(std::wstring_view text, std::size_t size) {
   std::vector<std::wstring_view> pieces;
   if (size == 0) size = kTextPieceSize;

@@ -17,6 +17,9 @@ inline constexpr std::size_t kTextPieceSize = 250;
 std::wstring decodeCarets(std::wstring_view text);
 // Control characters (which a DXF line cannot hold) as caret escapes; everything else as it is.
 std::wstring escapeControlCharacters(std::wstring_view text);
+// A decoded text in the stored form: control characters and the caret itself escaped, so that
+// decodeCarets gives the text back whatever it holds.
+std::wstring encodeCarets(std::wstring_view text);
 
 // The pieces of a stored text, each of at most `size` decoded characters (an escape counts as
 // one and is never cut), in order; an empty text is one empty piece.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <string_view>
 #include <string>
 #include <vector>
 
@@ -118,6 +119,37 @@ void expectTextField(Loaded& loaded, std::uint64_t textHandle, const std::wstrin
     EXPECT_EQ(child->ownerId(), field->objectId());
     EXPECT_NE(std::find(list.begin(), list.end(), child->objectId()), list.end());
   }
+}
+
+// A field's code keeps every character through a file: a formula's embedded field is spelt
+// with unit separators between its characters, and a caret stays a caret.
+TEST(DrawingSave, FieldCodesKeepSeparatorsAndCaretsThroughAFile) {
+  CORVANE_NEED_SAMPLES();
+  Loaded first(sample("ezdxf-uncommon.dxf"));
+  headless::Database& db = first.db();
+  std::wstring embedded;
+  for (const wchar_t c : std::wstring_view(L"%<\\AcVar LUNITS>%")) {
+    if (!embedded.empty()) embedded.push_back(L'\x1F');
+    embedded.push_back(c);
+  }
+  // Long enough to need pieces, with escapes on both sides of a piece's end.
+  const std::wstring formula = L"2^3 + ACAD_FIELD('" + embedded + L"') & '" + std::wstring(240, L'x') + L"^^\x1F^'";
+  const std::wstring code = L"%<\\VxExpr (" + formula + L")>%";
+  const AcDbObjectId text =
+      db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{1, 2, 0}, 2.5, L""));
+  const std::uint64_t textHandle = db.lookup(text)->handle().value();
+  headless::attachField(db, text, code);
+  const auto codeOf = [](Loaded& loaded, AcDbObjectId id) {
+    const auto* field = loaded.db().get<headless::Field>(headless::fieldOf(loaded.db(), id));
+    return field ? field->getFieldCode(AcDbField::kFieldCode | AcDbField::kAddMarkers) : std::wstring(L"no field");
+  };
+  ASSERT_EQ(codeOf(first, text), code);
+  const std::string saved = first.save();
+  EXPECT_NE(saved.find("2^ 3 + ACAD_FIELD('%^_<^_\\"), std::string::npos) << "escaped as the format spells them";
+
+  Loaded second(saved);
+  EXPECT_EQ(codeOf(second, second.id(textHandle)), code);
+  EXPECT_EQ(second.save(), saved);
 }
 
 TEST(DrawingSave, AddedFieldsSurviveASaveAndASecondRead) {
