@@ -20,6 +20,7 @@
 #include "headless/table.h"
 #include "headless/text.h"
 #include "headless/texthost.h"
+#include "plugin/fields/fieldreferences.h"
 #include "plugin/measure/tablecellreference.h"
 #include "plugin/shell/ccorvaneapp.h"
 
@@ -126,8 +127,11 @@ int makeExample(const fs::path& out) {
 
   const host::AcDbObjectId pit =
       db.appendEntity(std::make_unique<headless::Circle>(headless::Circle::Point{150.0, -30.0, 0.0}, 3.0));
-  // The pit's area by its handle, which survives saving.
-  const std::wstring pitArea = host.handle(pit).text() + L"!Area";
+  // The pit's area through an object-property field embedded in the formula, as the formula
+  // dialog writes it: by handle, which survives saving, and kept apart from the formula's own
+  // children.
+  const std::wstring pitArea = FieldToFormulaArgument(
+      host, core::format(L"%%<\\AcObjProp Object(%%<\\_ObjId %llu>%%).Area>%%", pit.asOldId()));
 
   // Rows and columns as formulas name them: row 1 is the heading, column D the amount.
   const std::vector<std::vector<std::wstring>> cells = {
