@@ -97,8 +97,8 @@ FieldRecord readFieldRecord(const Document& doc, RecordId id, const headless::Da
       default: ++i; break;  // counts (90, 93, 97, 98) follow from the lists
     }
   }
-  // The code as the field engine reads it: a formula's embedded field keeps its separators.
-  record.code = decodeCarets(doc.codec().decode(code));
+  // A formula's embedded field code keeps its separators as the formula engine looks for them.
+  record.code = decodeUnitSeparators(doc.codec().decode(code));
   return record;
 }
 
@@ -115,7 +115,7 @@ std::vector<NewTag> fieldBodyTags(const headless::Field& field, const Document& 
 
   std::vector<NewTag> out;
   out.push_back(textTag(doc, 1, field.evaluatorId()));
-  appendPieces(out, doc, encodeCarets(field.ownCode()), 3, 2);
+  appendPieces(out, doc, field.ownCode(), 3, 2);
   out.push_back(NewTag::integer(90, static_cast<std::int64_t>(field.children().size())));
   for (const auto child : field.children()) out.push_back(NewTag::handle(360, handleOf(child)));
   out.push_back(NewTag::integer(97, static_cast<std::int64_t>(field.objectIds().size())));

@@ -45,18 +45,15 @@ std::wstring escapeControlCharacters(std::wstring_view text) {
   return out;
 }
 
-std::wstring encodeCarets(std::wstring_view text) {
+std::wstring decodeUnitSeparators(std::wstring_view text) {
+  if (text.find(L"^_") == std::wstring_view::npos) return std::wstring(text);
   std::wstring out;
   out.reserve(text.size());
-  for (const wchar_t c : text) {
-    if (c == L'^') {
-      out += L"^ ";
-    } else if (static_cast<std::uint32_t>(c) < 0x20) {
-      out.push_back(L'^');
-      out.push_back(static_cast<wchar_t>(c + L'@'));
-    } else {
-      out.push_back(c);
-    }
+  for (std::size_t i = 0; i < text.size();) {
+    const std::size_t unit = unitAt(text, i);
+    if (unit == 2 && text[i + 1] == L'_') out.push_back(L'\x1F');
+    else out.append(text.substr(i, unit));
+    i += unit;
   }
   return out;
 }

@@ -17,9 +17,11 @@ inline constexpr std::size_t kTextPieceSize = 250;
 std::wstring decodeCarets(std::wstring_view text);
 // Control characters (which a DXF line cannot hold) as caret escapes; everything else as it is.
 std::wstring escapeControlCharacters(std::wstring_view text);
-// A decoded text in the stored form: control characters and the caret itself escaped, so that
-// decodeCarets gives the text back whatever it holds.
-std::wstring encodeCarets(std::wstring_view text);
+// The stored text with its unit separators ("^_") read as the character itself and every
+// other escape left as stored: a formula's embedded field code is built of separators, which
+// the formula engine looks for, while the rest of a code is kept as stored, as the texts it
+// shows are. Writing escapes the separators again.
+std::wstring decodeUnitSeparators(std::wstring_view text);
 
 // The pieces of a stored text, each of at most `size` decoded characters (an escape counts as
 // one and is never cut), in order; an empty text is one empty piece.
