@@ -45,6 +45,15 @@ class Painter {
     }
   }
 
+  // The text of the merged range (or single cell) that holds the cell; empty when it shows none.
+  std::vector<NewTag> cellText(int row, int column) {
+    int minRow = row, maxRow = row, minColumn = column, maxColumn = column;
+    table_.isMergedCell(row, column, &minRow, &maxRow, &minColumn, &maxColumn);
+    const headless::TableCell& cell = table_.cell(minRow, minColumn);
+    if (cell.type == host::AcDb::kBlockCell || cell.text.empty()) return {};
+    return text(cell, minRow, maxRow, minColumn, maxColumn);
+  }
+
   std::vector<std::vector<NewTag>> records() {
     std::vector<std::vector<NewTag>> out;
     for (int r = 0; r < table_.numRows(); ++r) {
@@ -137,6 +146,11 @@ class Painter {
 std::vector<std::vector<NewTag>> tableGraphics(const Document& doc, const headless::Table& table, double textHeight,
                                                std::uint64_t block, const HandleSource& newHandle) {
   return Painter(doc, table, textHeight, block, newHandle).records();
+}
+
+std::vector<NewTag> cellGraphics(const Document& doc, const headless::Table& table, int row, int column,
+                                 double textHeight, std::uint64_t block, const HandleSource& newHandle) {
+  return Painter(doc, table, textHeight, block, newHandle).cellText(row, column);
 }
 
 bool redrawTable(Document& doc, std::uint64_t block, const headless::Table& table, double textHeight,

@@ -21,6 +21,11 @@ namespace corvane::dxf {
 std::vector<std::vector<NewTag>> tableGraphics(const Document& doc, const headless::Table& table, double textHeight,
                                                std::uint64_t block, const HandleSource& newHandle);
 
+// The multiline text that shows one cell (the first cell of its merged range), owned by
+// `block`; empty when the cell shows no text.
+std::vector<NewTag> cellGraphics(const Document& doc, const headless::Table& table, int row, int column,
+                                 double textHeight, std::uint64_t block, const HandleSource& newHandle);
+
 // Replaces what the block draws by the table as it is now; false when the drawing has no
 // such block.
 bool redrawTable(Document& doc, std::uint64_t block, const headless::Table& table, double textHeight,

@@ -361,14 +361,18 @@ std::optional<std::pair<int, int>> cellAt(const headless::Table& table, double b
   return std::pair{row, column};
 }
 
+// Texts the block already draws are rewritten in place; a cell that had none gets one, made
+// the way a new table's texts are.
 void updateGraphics(Document& doc, std::uint64_t graphics, const headless::Table& table,
-                    const std::vector<TextChange>& changes) {
+                    const std::vector<TextChange>& changes, double textHeight, const HandleSource& newHandle) {
   const auto section = doc.findSection("BLOCKS");
   if (!section || graphics == 0 || changes.empty()) return;
   const auto& records = doc.sections()[*section].records;
   for (std::size_t k = 0; k < records.size(); ++k) {
     if (doc.recordType(records[k]) != "BLOCK" || RecordView(doc, records[k]).owner() != graphics) continue;
-    for (std::size_t e = k + 1; e < records.size() && doc.recordType(records[e]) != "ENDBLK"; ++e) {
+    std::vector<bool> drawn(changes.size(), false);
+    std::size_t e = k + 1;
+    for (; e < records.size() && doc.recordType(records[e]) != "ENDBLK"; ++e) {
       const RecordId id = records[e];
       if (doc.recordType(id) != "MTEXT") continue;
       const auto tags = doc.tags(id);
@@ -390,12 +394,19 @@ void updateGraphics(Document& doc, std::uint64_t graphics, const headless::Table
       if (!at || last == kNoIndex) continue;
       const auto cell = cellAt(table, (*at)[0], (*at)[1]);
       if (!cell) continue;
-      for (const auto& change : changes) {
+      for (std::size_t n = 0; n < changes.size(); ++n) {
+        const auto& change = changes[n];
         if (change.row != cell->first || change.column != cell->second) continue;
         std::vector<NewTag> pieces;
         appendPieces(pieces, doc, change.text, 3, 1);
         replaceTags(doc, id, first, last + 1, pieces);
+        drawn[n] = true;
       }
+    }
+    for (std::size_t n = 0; n < changes.size(); ++n) {
+      if (drawn[n] || e > records.size()) continue;
+      auto text = cellGraphics(doc, table, changes[n].row, changes[n].column, textHeight, graphics, newHandle);
+      if (!text.empty()) doc.insertRecord(*section, e++, std::move(text));
     }
     return;
   }
@@ -639,7 +650,7 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
   if (!sameGrid && companions.geometry != kNoRecord) writeTableGeometry(doc, companions.geometry, table);
   // The drawing follows: changed texts in place, or all of it anew when the grid changed.
   if (sameGrid) {
-    updateGraphics(doc, legacy->graphics, table, changes);
+    updateGraphics(doc, legacy->graphics, table, changes, styleTextHeight(doc, legacy->style), freeHandles(doc, *db));
   } else {
     redrawTable(doc, legacy->graphics, table, styleTextHeight(doc, legacy->style), freeHandles(doc, *db));
   }

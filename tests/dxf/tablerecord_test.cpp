@@ -326,6 +326,43 @@ TEST(TableRecord, ACellUpdateReachesBothCopiesAndTheGraphics) {
             "drawn 1|2.8|3|5|6|Gr\u00FC\u00DFe|Title\n");
 }
 
+// A cell that showed nothing gets a text in the table's drawing once it holds one; readers that
+// draw the table from its block show it.
+TEST(TableRecord, AnEmptyCellThatGainsTextIsDrawn) {
+  if (!std::filesystem::exists(sample("acadsharp-sample_AC1032_ascii.dxf"))) GTEST_SKIP() << "no sample drawings";
+  Loaded loaded(sample("acadsharp-sample_AC1032_ascii.dxf"));
+  loaded.reserveHandles();
+  headless::Table* table = loaded.table(0xA35);
+  ASSERT_NE(table, nullptr);
+  ASSERT_EQ(table->textString(3, 4), L"");
+  ASSERT_FALSE(table->isMergedCell(3, 4));
+  const auto drawnTexts = [&] {
+    std::size_t n = 0;
+    const auto blocks = loaded.doc->findSection("BLOCKS");
+    for (const RecordId record : loaded.doc->sections()[*blocks].records) {
+      if (loaded.doc->recordType(record) != "MTEXT") continue;
+      const auto tags = tagTexts(*loaded.doc, record);
+      n += static_cast<std::size_t>(std::count(tags.begin(), tags.end(), "1 Newly filled"));
+    }
+    return n;
+  };
+  ASSERT_EQ(table->putTextString(3, 4, L"Newly filled"), host::Acad::eOk);
+  const Status status = writeTable(*loaded.doc, loaded.record(0xA35), *table);
+  ASSERT_TRUE(status) << status.message();
+  EXPECT_EQ(drawnTexts(), 1u);
+
+  const testing::TempFolder folder("table-new-text");
+  const auto path = folder.path() / "filled.dxf";
+  ASSERT_TRUE(loaded.doc->save(path));
+  Loaded again(path);
+  EXPECT_EQ(again.table(0xA35)->textString(3, 4), L"Newly filled");
+  if (pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
+  const std::string read = runScript(kTableScript, path, "A35");
+  const std::size_t drawn = read.find("drawn ");
+  ASSERT_NE(drawn, std::string::npos) << read;
+  EXPECT_NE(read.find("Newly filled", drawn), std::string::npos) << read;
+}
+
 TEST(TableRecord, FieldCellsWriteTheirFieldInBothCopies) {
   if (!std::filesystem::exists(sample("ezdxf-acad_table_simple.dxf"))) GTEST_SKIP() << "no sample drawings";
   Loaded loaded(sample("ezdxf-acad_table_simple.dxf"));
