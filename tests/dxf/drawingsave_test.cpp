@@ -83,13 +83,7 @@ std::string runEzdxf(const std::string& script, const std::string& bytes) {
   const testing::TempFolder folder("ezdxf-save");
   const auto path = folder.path() / "saved.dxf";
   testing::writeBytes(path, bytes);
-  const std::string command = testing::pythonWithEzdxf() + " -c '" + script + "' '" + path.string() + "' 2>&1";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return "ERROR: cannot start python";
-  std::string output;
-  char buffer[4096];
-  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
-  return ::pclose(pipe) == 0 ? output : "ERROR: " + output;
+  return testing::runEzdxfScript(script, {path.string()});
 }
 
 // The text field linked to a text, with its texts and check sum, as a second read finds them.

@@ -8,32 +8,16 @@
 
 #include "dxf/document.h"
 #include "dxftext.h"
+#include "support/ezdxf.h"
 
 namespace corvane::dxf {
 namespace {
 
-// A Python that can import ezdxf, or empty.
-const std::string& pythonWithEzdxf() {
-  static const std::string found = [] {
-    for (const char* candidate : {"python3", "/usr/bin/python3"}) {
-      const std::string command = std::string(candidate) + " -c \"import ezdxf\" >/dev/null 2>&1";
-      if (std::system(command.c_str()) == 0) return std::string(candidate);
-    }
-    return std::string();
-  }();
-  return found;
-}
+using corvane::testing::pythonWithEzdxf;
 
 // Runs a script over a file; returns its output, or "ERROR: ..." when it failed.
 std::string runScript(const std::string& script, const std::filesystem::path& file) {
-  const std::string command = pythonWithEzdxf() + " -c '" + script + "' '" + file.string() + "' 2>&1";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return "ERROR: cannot start python";
-  std::string output;
-  char buffer[4096];
-  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
-  const int status = ::pclose(pipe);
-  return status == 0 ? output : "ERROR: " + output;
+  return corvane::testing::runEzdxfScript(script, {file.string()});
 }
 
 // Loads with ezdxf and prints each modelspace entity type, and the text of TEXT entities as

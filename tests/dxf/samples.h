@@ -13,6 +13,7 @@
 #include "dxf/document.h"
 #include "dxf/numbertext.h"
 #include "dxf/recordview.h"
+#include "support/ezdxf.h"
 
 namespace corvane::dxf::testing {
 
@@ -56,16 +57,7 @@ inline std::vector<RecordId> recordsOfType(const Document& doc, std::string_view
   return out;
 }
 
-// A Python that can import ezdxf, or empty.
-inline const std::string& pythonWithEzdxf() {
-  static const std::string found = [] {
-    for (const char* candidate : {"python3", "/usr/bin/python3"}) {
-      const std::string command = std::string(candidate) + " -c \"import ezdxf\" >/dev/null 2>&1";
-      if (std::system(command.c_str()) == 0) return std::string(candidate);
-    }
-    return std::string();
-  }();
-  return found;
-}
+using corvane::testing::pythonWithEzdxf;
+using corvane::testing::runEzdxfScript;
 
 }  // namespace corvane::dxf::testing

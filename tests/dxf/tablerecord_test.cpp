@@ -15,6 +15,7 @@
 #include "dxf/recordview.h"
 #include "dxf/tablecontent.h"
 #include "dxftext.h"
+#include "support/ezdxf.h"
 #include "headless/blocktablerecord.h"
 #include "headless/dictionary.h"
 #include "headless/table.h"
@@ -82,25 +83,10 @@ struct Loaded {
 
 // ---- python with ezdxf, as a reader that shares no code with ours ----------------------------
 
-const std::string& pythonWithEzdxf() {
-  static const std::string found = [] {
-    for (const char* candidate : {"/usr/bin/python3", "python3"}) {
-      const std::string command = std::string(candidate) + " -c \"import ezdxf\" >/dev/null 2>&1";
-      if (std::system(command.c_str()) == 0) return std::string(candidate);
-    }
-    return std::string();
-  }();
-  return found;
-}
+using corvane::testing::pythonWithEzdxf;
 
 std::string runScript(const std::string& script, const std::filesystem::path& file, const std::string& argument) {
-  const std::string command = pythonWithEzdxf() + " -c '" + script + "' '" + file.string() + "' " + argument + " 2>&1";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return "ERROR: cannot start python";
-  std::string output;
-  char buffer[4096];
-  while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
-  return ::pclose(pipe) == 0 ? output : "ERROR: " + output;
+  return corvane::testing::runEzdxfScript(script, {file.string(), argument});
 }
 
 // Audits the drawing, then prints the table's grid, each cell's shown text and field handle,

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "support/ezdxf.h"
+
 namespace corvane::testing {
 
 struct CommandRun {
@@ -80,18 +82,6 @@ inline CommandRun runCorvane(const std::vector<std::string>& args, const RunFold
   std::string command = shellQuoted(CORVANE_CLI);
   for (const auto& arg : args) command += " " + shellQuoted(arg);
   return runCommandLine(command, folder);
-}
-
-// A Python that can import ezdxf, or empty: the independent reader of the drawings we write.
-inline const std::string& pythonWithEzdxf() {
-  static const std::string found = [] {
-    for (const char* candidate : {"/usr/bin/python3", "python3"}) {
-      const std::string command = std::string(candidate) + " -c \"import ezdxf\" >/dev/null 2>&1";
-      if (std::system(command.c_str()) == 0) return std::string(candidate);
-    }
-    return std::string();
-  }();
-  return found;
 }
 
 inline CommandRun runPython(const std::string& script, const std::vector<std::string>& args,
