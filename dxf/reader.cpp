@@ -198,7 +198,10 @@ class Reader {
     while (pos < n) {
       const std::size_t index = doc.tags_.size();
       const char* codeLine = base + pos;
-      const char* codeEnd = static_cast<const char*>(std::memchr(codeLine, '\n', n - pos));
+      // Code lines are a few bytes long: looking at them directly beats a call per line.
+      const char* codeEnd = codeLine;
+      while (codeEnd < base + n && *codeEnd != '\n') ++codeEnd;
+      if (codeEnd == base + n) codeEnd = nullptr;
       const char* codeTextEnd = codeEnd != nullptr ? codeEnd : base + n;
       if (codeTextEnd > codeLine && codeTextEnd[-1] == '\r') --codeTextEnd;
       int code = 0;
