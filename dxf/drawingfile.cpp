@@ -360,7 +360,7 @@ void DrawingFile::bind(headless::HostApplication& host) {
   }
   db.raiseHandseed(AcDbHandle(seed));
 
-  for (const auto id : db.objectIds()) headlessOf(db, id)->record().modified = false;
+  db.markUnmodified();
 }
 
 // --- saving
@@ -619,7 +619,7 @@ Status DrawingFile::update() {
         doc.setHeaderVariable("$HANDSEED", value);
       }
     }
-    for (const auto id : db.objectIds()) headlessOf(db, id)->record().modified = false;
+    db.markUnmodified();
   } catch (const std::exception& e) {
     return Status::failure(std::string("cannot write the drawing: ") + e.what());
   }

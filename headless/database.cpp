@@ -234,6 +234,12 @@ std::vector<host::AcDbObjectId> Database::objectIds() const {
   return ids;
 }
 
+void Database::markUnmodified() {
+  for (const auto& object : objects_) {
+    if (auto* headless = object ? host_.lookupHeadless(object->objectId()) : nullptr) headless->record().modified = false;
+  }
+}
+
 host::AcDbObjectId Database::appendEntity(std::unique_ptr<host::AcDbObject> entity, host::AcDbObjectId block,
                                          host::AcDbHandle handle) {
   if (block.isNull()) block = modelSpace_;

@@ -101,6 +101,9 @@ class Database : public host::AcDbDatabase {
   }
   host::AcDbObject* lookup(host::AcDbObjectId id) const;
   std::vector<host::AcDbObjectId> objectIds() const;
+  // No object has changes left to write: the drawing is as read, or as just saved. Done in
+  // place, without a list of ids, when memory is at its fullest after a load.
+  void markUnmodified();
 
   host::AcDbHandle handseed() const noexcept { return handseed_; }
   // Raises the seed of new handles (never lowers it): a drawing read from a file keeps its own.
