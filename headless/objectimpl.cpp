@@ -65,12 +65,13 @@ const std::wstring* appNameOf(const host::ResBuf& item) { return std::get_if<std
 }  // namespace
 
 host::ResBufList xdataOf(const ObjectRecord& record, std::wstring_view appName) {
-  if (appName.empty()) return record.xdata;
-  for (std::size_t i = 0; i < record.xdata.size(); i = endOfApplication(record.xdata, i)) {
-    const std::wstring* name = appNameOf(record.xdata[i]);
+  const host::ResBufList& xdata = record.xdata;
+  if (appName.empty()) return xdata;
+  for (std::size_t i = 0; i < xdata.size(); i = endOfApplication(xdata, i)) {
+    const std::wstring* name = appNameOf(xdata[i]);
     if (name && core::equalsNoCase(*name, appName)) {
-      return host::ResBufList(record.xdata.begin() + static_cast<std::ptrdiff_t>(i),
-                              record.xdata.begin() + static_cast<std::ptrdiff_t>(endOfApplication(record.xdata, i)));
+      return host::ResBufList(xdata.begin() + static_cast<std::ptrdiff_t>(i),
+                              xdata.begin() + static_cast<std::ptrdiff_t>(endOfApplication(xdata, i)));
     }
   }
   return {};
@@ -84,25 +85,26 @@ Acad::ErrorStatus setXdataOf(ObjectRecord& record, const host::ResBufList& data)
     if (data[i].restype != 1001 || !name) return Acad::eInvalidInput;
     if (!record.database->isRegApp(*name)) return Acad::eRegappIdNotFound;
   }
+  host::ResBufList xdata = record.xdata;
   for (std::size_t i = 0; i < data.size();) {
     const std::size_t end = endOfApplication(data, i);
     const std::wstring& name = *appNameOf(data[i]);
-    for (std::size_t j = 0; j < record.xdata.size();) {
-      const std::size_t jEnd = endOfApplication(record.xdata, j);
-      const std::wstring* existing = appNameOf(record.xdata[j]);
+    for (std::size_t j = 0; j < xdata.size();) {
+      const std::size_t jEnd = endOfApplication(xdata, j);
+      const std::wstring* existing = appNameOf(xdata[j]);
       if (existing && core::equalsNoCase(*existing, name)) {
-        record.xdata.erase(record.xdata.begin() + static_cast<std::ptrdiff_t>(j),
-                           record.xdata.begin() + static_cast<std::ptrdiff_t>(jEnd));
+        xdata.erase(xdata.begin() + static_cast<std::ptrdiff_t>(j), xdata.begin() + static_cast<std::ptrdiff_t>(jEnd));
       } else {
         j = jEnd;
       }
     }
     if (end - i > 1) {
-      record.xdata.insert(record.xdata.end(), data.begin() + static_cast<std::ptrdiff_t>(i),
-                          data.begin() + static_cast<std::ptrdiff_t>(end));
+      xdata.insert(xdata.end(), data.begin() + static_cast<std::ptrdiff_t>(i),
+                   data.begin() + static_cast<std::ptrdiff_t>(end));
     }
     i = end;
   }
+  record.xdata = std::move(xdata);
   record.modified = true;
   return Acad::eOk;
 }

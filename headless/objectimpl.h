@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "headless/xdatalist.h"
 #include "host/acdbobject.h"
 #include "host/acvalue.h"
 #include "host/resbuf.h"
@@ -20,7 +21,7 @@ struct ObjectRecord {
   host::AcDbObjectId owner;
   Database* database = nullptr;
   host::AcDbObjectId extensionDictionary;
-  host::ResBufList xdata;  // every application's groups, each starting with its 1001
+  XDataList xdata;  // every application's groups, each starting with its 1001
   int readers = 0;
   bool writeOpen = false;
   bool erased = false;
