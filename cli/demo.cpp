@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "output.h"
 #include "core/crt.h"
 #include "core/printf.h"
 #include "core/utf8.h"
@@ -48,12 +49,6 @@ fs::path defaultExample() {
 // "quantities.dxf" -> "quantities-updated.dxf", in the same folder.
 fs::path updatedPath(const fs::path& drawing) {
   return drawing.parent_path() / (drawing.stem().string() + "-updated" + drawing.extension().string());
-}
-
-void printLine(const std::wstring& line) {
-  const std::string utf8 = core::toUtf8(line);
-  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
-  std::fputc('\n', stdout);
 }
 
 // ---- the example drawing -------------------------------------------------------------------
@@ -217,9 +212,9 @@ std::wstring placeOf(headless::HostApplication& host, headless::Database& db, co
 
 // A field's place, code and value; the fields inside it follow, one line each.
 void printField(headless::HostApplication& host, headless::Database& db, const headless::Field& field) {
-  printLine(core::format(L"%s (field %s)", placeOf(host, db, field), field.handle().text()));
-  printLine(L"  code:  " + field.getFieldCode(host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers));
-  printLine(L"  value: " + field.getDisplayText());
+  writeLine(core::format(L"%s (field %s)", placeOf(host, db, field), field.handle().text()));
+  writeLine(L"  code:  " + field.getFieldCode(host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers));
+  writeLine(L"  value: " + field.getDisplayText());
   std::vector<const headless::Field*> parts{&field};
   for (std::size_t i = 0; i < parts.size(); ++i) {
     for (const auto child : parts[i]->children())
@@ -230,7 +225,7 @@ void printField(headless::HostApplication& host, headless::Database& db, const h
     const int status = part->evaluationStatus(&errorCode);
     // A text's own field only gathers the fields inside it; those tell what was evaluated.
     if (part->evaluatorId() == L"_text" && !part->children().empty()) continue;
-    printLine(core::format(L"  %s field %s: status %d, %s", part->evaluatorId(), part->handle().text(),
+    writeLine(core::format(L"  %s field %s: status %d, %s", part->evaluatorId(), part->handle().text(),
                            status, part->getDisplayText()));
   }
 }
@@ -255,13 +250,13 @@ int runDemo(const DemoOptions& options) {
   host.engine().evaluateFields(&db, {}, host::AcDbField::kDemand, &batch);
   app.onUnload();
 
-  printLine(core::format(L"Evaluated %d of %d fields of %s in one batch.", batch.evaluated, batch.found,
+  writeLine(core::format(L"Evaluated %d of %d fields of %s in one batch.", batch.evaluated, batch.found,
                          core::fromUtf8(path.string())));
   for (const auto id : db.get<headless::FieldList>(db.fieldListId())->ids()) {
     const auto* field = db.get<headless::Field>(id);
     // Children are shown under their parents.
     if (!field || field->isErased() || db.get<headless::Field>(field->ownerId())) continue;
-    printLine(L"");
+    writeLine(L"");
     printField(host, db, *field);
   }
 
@@ -270,8 +265,8 @@ int runDemo(const DemoOptions& options) {
     std::fprintf(stderr, "corvane demo: %s\n", saved.message().c_str());
     return 1;
   }
-  printLine(L"");
-  printLine(L"Saved " + core::fromUtf8(out.string()));
+  writeLine(L"");
+  writeLine(L"Saved " + core::fromUtf8(out.string()));
   return 0;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "output.h"
 #include "core/printf.h"
 #include "core/utf8.h"
 #include "dxf/drawingfile.h"
@@ -22,38 +23,6 @@ struct FieldsOptions {
   std::string drawing;
   bool json = false;
 };
-
-// Control characters are shown as \uXXXX so that each field stays on one line.
-std::wstring oneLine(std::wstring_view text) {
-  std::wstring shown;
-  for (const wchar_t c : text) {
-    if (static_cast<unsigned>(c) < 0x20 || c == 0x7F) shown += core::format(L"\\u%04X", static_cast<unsigned>(c));
-    else shown.push_back(c);
-  }
-  return shown;
-}
-
-std::wstring jsonString(std::wstring_view text) {
-  std::wstring out = L"\"";
-  for (const wchar_t c : text) {
-    switch (c) {
-      case L'"': out += L"\\\""; break;
-      case L'\\': out += L"\\\\"; break;
-      case L'\n': out += L"\\n"; break;
-      case L'\r': out += L"\\r"; break;
-      case L'\t': out += L"\\t"; break;
-      default:
-        if (static_cast<unsigned>(c) < 0x20) out += core::format(L"\\u%04x", static_cast<unsigned>(c));
-        else out.push_back(c);
-    }
-  }
-  return out + L"\"";
-}
-
-void print(const std::wstring& text) {
-  const std::string utf8 = core::toUtf8(text);
-  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
-}
 
 int listFields(const FieldsOptions& options) {
   headless::HostApplication host;
@@ -100,7 +69,7 @@ int listFields(const FieldsOptions& options) {
     first = false;
   }
   if (options.json) out += first ? L"]\n" : L"\n]\n";
-  print(out);
+  writeOut(out);
   return 0;
 }
 

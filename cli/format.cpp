@@ -4,6 +4,7 @@
 #include <string>
 
 #include "commands.h"
+#include "output.h"
 #include "core/crt.h"
 #include "core/utf8.h"
 #include "headless/valueformatter.h"
@@ -18,25 +19,6 @@ struct FormatOptions {
   std::string format;
   headless::DrawingUnits units;
 };
-
-// The whole argument must be one finite number in C notation.
-CLI::Validator finiteNumber() {
-  return CLI::Validator(
-      [](std::string& text) -> std::string {
-        const std::wstring wide = core::fromUtf8(text);
-        std::size_t used = 0;
-        const double v = core::wcstod(wide, &used);
-        if (wide.empty() || used != wide.size() || !std::isfinite(v)) return "not a finite number: " + text;
-        return {};
-      },
-      "NUMBER");
-}
-
-void printTextLine(const std::wstring& text) {
-  const std::string utf8 = core::toUtf8(text);
-  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
-  std::fputc('\n', stdout);
-}
 
 }  // namespace
 
@@ -58,7 +40,7 @@ void addFormatCommand(CLI::App& app, Action& action) {
   cmd->callback([&action, options] {
     action = [options] {
       const host::AcValue value(core::wcstod(core::fromUtf8(options->value)));
-      printTextLine(headless::formatValue(value, core::fromUtf8(options->format), options->units));
+      writeLine(headless::formatValue(value, core::fromUtf8(options->format), options->units));
       return 0;
     };
   });

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "commands.h"
+#include "output.h"
 #include "core/crt.h"
 #include "core/utf8.h"
 
@@ -20,25 +21,6 @@ struct RtosOptions {
   int dimzin = 0;
   int unitmode = 0;
 };
-
-// The whole argument must be one finite number in C notation.
-CLI::Validator finiteNumber() {
-  return CLI::Validator(
-      [](std::string& text) -> std::string {
-        const std::wstring wide = core::fromUtf8(text);
-        std::size_t used = 0;
-        const double v = core::wcstod(wide, &used);
-        if (wide.empty() || used != wide.size() || !std::isfinite(v)) return "not a finite number: " + text;
-        return {};
-      },
-      "NUMBER");
-}
-
-void printTextLine(const std::wstring& text) {
-  const std::string utf8 = core::toUtf8(text);
-  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
-  std::fputc('\n', stdout);
-}
 
 }  // namespace
 
@@ -68,7 +50,7 @@ void addRtosCommand(CLI::App& app, Action& action) {
         std::fprintf(stderr, "corvane rtos: %s cannot be written in these units\n", options->value.c_str());
         return 2;
       }
-      printTextLine(*text);
+      writeLine(*text);
       return 0;
     };
   });

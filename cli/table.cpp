@@ -3,6 +3,7 @@
 #include <string>
 
 #include "commands.h"
+#include "output.h"
 #include "core/printf.h"
 #include "core/utf8.h"
 #include "dxf/drawingfile.h"
@@ -20,32 +21,6 @@ struct TableOptions {
   std::string handle;
   bool json = false;
 };
-
-// Control characters as \uXXXX, so that each cell stays on one line.
-std::wstring oneLine(std::wstring_view text) {
-  std::wstring shown;
-  for (const wchar_t c : text) {
-    if (static_cast<unsigned>(c) < 0x20 || c == 0x7F) shown += core::format(L"\\u%04X", static_cast<unsigned>(c));
-    else shown.push_back(c);
-  }
-  return shown;
-}
-
-std::wstring jsonString(std::wstring_view text) {
-  std::wstring out = L"\"";
-  for (const wchar_t c : text) {
-    switch (c) {
-      case L'"': out += L"\\\""; break;
-      case L'\\': out += L"\\\\"; break;
-      case L'\n': out += L"\\n"; break;
-      case L'\t': out += L"\\t"; break;
-      default:
-        if (static_cast<unsigned>(c) < 0x20) out += core::format(L"\\u%04x", static_cast<unsigned>(c));
-        else out.push_back(c);
-    }
-  }
-  return out + L"\"";
-}
 
 int fail(const std::string& message) {
   std::fprintf(stderr, "corvane table: %s\n", message.c_str());
@@ -103,8 +78,7 @@ int printTable(const TableOptions& options) {
     }
   }
   if (options.json) out += first ? L"]}\n" : L"\n]}\n";
-  const std::string utf8 = core::toUtf8(out);
-  std::fwrite(utf8.data(), 1, utf8.size(), stdout);
+  writeOut(out);
   return 0;
 }
 
