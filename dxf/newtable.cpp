@@ -116,20 +116,6 @@ std::optional<Place> entityPlace(const Document& doc, std::uint64_t blockRecord,
   return std::nullopt;
 }
 
-void appendPoint(std::vector<NewTag>& out, int code, double x, double y, double z) {
-  out.push_back(NewTag::real(static_cast<std::int16_t>(code), x));
-  out.push_back(NewTag::real(static_cast<std::int16_t>(code + 10), y));
-  out.push_back(NewTag::real(static_cast<std::int16_t>(code + 20), z));
-}
-
-void appendEntityStart(std::vector<NewTag>& out, const char* type, std::uint64_t handle, std::uint64_t owner) {
-  out.push_back({0, type});
-  out.push_back(NewTag::handle(5, handle));
-  out.push_back(NewTag::handle(330, owner));
-  out.push_back({100, "AcDbEntity"});
-  out.push_back({8, "0"});
-}
-
 std::vector<NewTag> tableStyleRecord(const Document& doc, std::uint64_t handle, std::uint64_t dictionary,
                                      double textHeight) {
   std::vector<NewTag> out = {{0, "TABLESTYLE"},

@@ -30,6 +30,20 @@ void appendPieces(std::vector<NewTag>& out, const Document& doc, std::wstring_vi
   }
 }
 
+void appendPoint(std::vector<NewTag>& out, int code, double x, double y, double z) {
+  out.push_back(NewTag::real(static_cast<std::int16_t>(code), x));
+  out.push_back(NewTag::real(static_cast<std::int16_t>(code + 10), y));
+  out.push_back(NewTag::real(static_cast<std::int16_t>(code + 20), z));
+}
+
+void appendEntityStart(std::vector<NewTag>& out, const char* type, std::uint64_t handle, std::uint64_t owner) {
+  out.push_back({0, type});
+  out.push_back(NewTag::handle(5, handle));
+  out.push_back(NewTag::handle(330, owner));
+  out.push_back({100, "AcDbEntity"});
+  out.push_back({8, "0"});
+}
+
 namespace {
 
 // A tag's value in one spelling: numbers and handles as they read, text as it decodes (an

@@ -18,6 +18,11 @@ NewTag textTag(const Document& doc, std::int16_t code, std::wstring_view text);
 void appendPieces(std::vector<NewTag>& out, const Document& doc, std::wstring_view text, std::int16_t leadCode,
                   std::int16_t lastCode);
 
+// A point's coordinates under `code`, `code + 10` and `code + 20`.
+void appendPoint(std::vector<NewTag>& out, int code, double x, double y, double z);
+// The first tags of a new entity on layer "0": type, handle, owner and the entity marker.
+void appendEntityStart(std::vector<NewTag>& out, const char* type, std::uint64_t handle, std::uint64_t owner);
+
 // Whether a tag already holds the value: same code, and the same text, number or handle
 // however it is spelt (padded integers, "1.0" against "1").
 bool holdsValue(const Document& doc, const Tag& tag, const NewTag& value);

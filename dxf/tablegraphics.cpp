@@ -14,20 +14,6 @@ namespace {
 
 using host::AcGeVector3d;
 
-void appendPoint(std::vector<NewTag>& out, int code, double x, double y, double z) {
-  out.push_back(NewTag::real(static_cast<std::int16_t>(code), x));
-  out.push_back(NewTag::real(static_cast<std::int16_t>(code + 10), y));
-  out.push_back(NewTag::real(static_cast<std::int16_t>(code + 20), z));
-}
-
-void appendEntityStart(std::vector<NewTag>& out, const char* type, std::uint64_t handle, std::uint64_t owner) {
-  out.push_back({0, type});
-  out.push_back(NewTag::handle(5, handle));
-  out.push_back(NewTag::handle(330, owner));
-  out.push_back({100, "AcDbEntity"});
-  out.push_back({8, "0"});
-}
-
 // The table's drawing, in the block's coordinates: the insertion point is the origin and the
 // axes are the drawing's, so the rows lie along the table's direction.
 class Painter {
