@@ -137,6 +137,7 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
 
 void Database::reserve(std::size_t objects) {
   objects_.reserve(objects_.size() + objects);
+  host_.reserveIds(objects);
   byHandle_.reserve(byHandle_.size() + objects);
 }
 

@@ -52,6 +52,9 @@ class HostApplication : public host::AcDbHostApplicationServices {
   // The id table. Databases register each object they hold and drop it when it goes away.
   host::AcDbObjectId registerObject(Database& db, host::AcDbObject& object, HeadlessObject& headless);
   void unregisterObject(host::AcDbObjectId id) noexcept;
+  // Room for that many more objects, so that a drawing read whole does not grow the table by
+  // doubling, with the old and the new table held at once.
+  void reserveIds(std::size_t count) { slots_.reserve(slots_.size() + count); }
   // The object behind an id without opening it (headless code only); null for invalid ids.
   host::AcDbObject* lookup(host::AcDbObjectId id) const noexcept;
   HeadlessObject* lookupHeadless(host::AcDbObjectId id) const noexcept;
