@@ -2,6 +2,8 @@
 // their exit codes and what they leave on disk.
 #include <gtest/gtest.h>
 
+#include "support/clirun.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,25 +18,10 @@
 namespace {
 
 namespace fs = std::filesystem;
+using corvane::testing::CommandRun;
 
-struct CommandRun {
-  std::string out;
-  std::string err;
-  int exitCode = -1;
-};
-
-std::string quoted(const std::string& arg) {
-  std::string q = "'";
-  for (const char c : arg) {
-    if (c == '\'') q += "'\\''";
-    else q += c;
-  }
-  return q + "'";
-}
-
-std::string readBytes(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+CommandRun run(const std::vector<std::string>& args, const fs::path& errors) {
+  return corvane::testing::runCorvane(args, errors);
 }
 
 class Folder {
@@ -58,23 +45,6 @@ class Folder {
  private:
   fs::path path_;
 };
-
-CommandRun run(const std::vector<std::string>& args, const fs::path& errors) {
-  std::string command = quoted(CORVANE_CLI);
-  for (const auto& arg : args) command += " " + quoted(arg);
-  command += " 2>" + quoted(errors.string());
-  CommandRun result;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return result;
-  char buffer[4096];
-  std::size_t n = 0;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
-  const int status = pclose(pipe);
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  result.err = readBytes(errors);
-  fs::remove(errors);
-  return result;
-}
 
 fs::path sample(const char* name) { return fs::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name; }
 
@@ -117,7 +87,7 @@ TEST(DrawingCommands, ListFieldsTheFieldListMisses) {
   NEED_SAMPLES();
   const Folder folder;
   const auto errors = folder.path() / "stderr";
-  std::string bytes = readBytes(sample("ezdxf-uncommon.dxf"));
+  std::string bytes = corvane::testing::readWhole(sample("ezdxf-uncommon.dxf"));
   const std::string eol = bytes.find("\r\n") != std::string::npos ? "\r\n" : "\n";
   // The list names four fields; 5F9 goes from it.
   const std::string full = "AcDbIdSet" + eol + " 90" + eol + "        4" + eol + "330" + eol + "600" + eol + "330" +
@@ -146,14 +116,14 @@ TEST(DrawingCommands, SaveWritesTheDrawingAsItCameIn) {
                                folder.path() / "stderr");
   EXPECT_EQ(saved.exitCode, 0) << saved.err;
   EXPECT_EQ(saved.out, "");
-  EXPECT_TRUE(readBytes(out) == readBytes(sample("ezdxf-mtext_complex_inline_codes.dxf")));
+  EXPECT_TRUE(corvane::testing::readWhole(out) == corvane::testing::readWhole(sample("ezdxf-mtext_complex_inline_codes.dxf")));
 }
 
 TEST(DrawingCommands, UpdateEvaluatesEveryFieldAndSaves) {
   NEED_SAMPLES();
   const Folder folder;
   const auto errors = folder.path() / "stderr";
-  const auto original = readBytes(sample("ezdxf-mtext_complex_inline_codes.dxf"));
+  const auto original = corvane::testing::readWhole(sample("ezdxf-mtext_complex_inline_codes.dxf"));
   const auto copy = folder.path() / "texts.dxf";
   std::ofstream(copy, std::ios::binary) << original;
 
@@ -162,7 +132,7 @@ TEST(DrawingCommands, UpdateEvaluatesEveryFieldAndSaves) {
   const CommandRun elsewhere = run({"update", copy.string(), "-o", out.string()}, errors);
   EXPECT_EQ(elsewhere.exitCode, 0) << elsewhere.err;
   EXPECT_EQ(elsewhere.out, "Evaluated 16 of 16 fields; saved " + out.string() + "\n");
-  EXPECT_EQ(readBytes(copy), original);
+  EXPECT_EQ(corvane::testing::readWhole(copy), original);
   // The file name fields now show the name of the file they were evaluated in.
   const CommandRun listed = run({"fields", out.string()}, errors);
   EXPECT_NE(listed.out.find("\tAcVar\t2\t%<\\AcVar Filename \\f \"%fn6\">%\ttexts.dxf\n"), std::string::npos)
@@ -171,8 +141,8 @@ TEST(DrawingCommands, UpdateEvaluatesEveryFieldAndSaves) {
   // In place: the drawing changes and the old one is kept as the backup.
   const CommandRun inPlace = run({"update", copy.string()}, errors);
   EXPECT_EQ(inPlace.exitCode, 0) << inPlace.err;
-  EXPECT_EQ(readBytes(copy), readBytes(out));
-  EXPECT_EQ(readBytes(folder.path() / "texts.bak"), original);
+  EXPECT_EQ(corvane::testing::readWhole(copy), corvane::testing::readWhole(out));
+  EXPECT_EQ(corvane::testing::readWhole(folder.path() / "texts.bak"), original);
 }
 
 TEST(DrawingCommands, ReportErrorsWithoutWritingAnything) {

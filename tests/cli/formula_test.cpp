@@ -1,6 +1,8 @@
 // Runs the built corvane program's formula command and checks what it prints.
 #include <gtest/gtest.h>
 
+#include "support/clirun.h"
+
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -10,36 +12,11 @@
 
 namespace {
 
-struct CommandRun {
-  std::string out;
-  int exitCode = -1;
-};
-
-std::string quoted(const std::string& arg) {
-  std::string q = "'";
-  for (const char c : arg) {
-    if (c == '\'') {
-      q += "'\\''";
-    } else {
-      q += c;
-    }
-  }
-  return q + "'";
-}
+using corvane::testing::CommandRun;
 
 CommandRun run(const std::vector<std::string>& args) {
-  std::string command = quoted(CORVANE_CLI);
-  for (const auto& arg : args) command += " " + quoted(arg);
-  command += " 2>/dev/null";
-  CommandRun result;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return result;
-  char buffer[4096];
-  std::size_t n = 0;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
-  const int status = pclose(pipe);
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return result;
+  const corvane::testing::RunFolder folder;
+  return corvane::testing::runCorvane(args, folder);
 }
 
 TEST(FormulaCommand, PrintsOneLinePerExpression) {

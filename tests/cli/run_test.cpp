@@ -1,6 +1,8 @@
 // Runs the built corvane program's run command and checks what it prints and how it exits.
 #include <gtest/gtest.h>
 
+#include "support/clirun.h"
+
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -12,42 +14,15 @@
 
 namespace {
 
+using corvane::testing::CommandRun;
 using corvane::testing::ScratchFolder;
-
-struct CommandRun {
-  std::string out;
-  std::string err;
-  int exitCode = -1;
-};
-
-std::string quoted(const std::string& arg) {
-  std::string q = "'";
-  for (const char c : arg) {
-    if (c == '\'') {
-      q += "'\\''";
-    } else {
-      q += c;
-    }
-  }
-  return q + "'";
-}
 
 // The settings go to a file of the test's own, never the user's.
 CommandRun run(const ScratchFolder& folder, const std::vector<std::string>& args) {
-  const auto errors = folder / "stderr.txt";
-  std::string command = "CORVANE_REGISTRY=" + quoted((folder / "registry.reg").string()) + " " + quoted(CORVANE_CLI);
-  for (const auto& arg : args) command += " " + quoted(arg);
-  command += " 2>" + quoted(errors.string()) + " </dev/null";
-  CommandRun result;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return result;
-  char buffer[4096];
-  std::size_t n = 0;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
-  const int status = pclose(pipe);
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  result.err = ScratchFolder::read(errors);
-  return result;
+  using corvane::testing::shellQuoted;
+  const std::string command = "CORVANE_REGISTRY=" + shellQuoted((folder / "registry.reg").string()) + " " +
+                              corvane::testing::corvaneCommandLine(args) + " </dev/null";
+  return corvane::testing::runCommandLine(command, folder / "stderr.txt");
 }
 
 // There is no menu file beside the built program, so the full host's menu loading says so.

@@ -1,6 +1,8 @@
 // corvane table: the cells of a table of a drawing, as lines or as JSON, and its errors.
 #include <gtest/gtest.h>
 
+#include "support/clirun.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,20 +18,10 @@
 namespace {
 
 namespace fs = std::filesystem;
+using corvane::testing::CommandRun;
 
-struct CommandRun {
-  std::string out;
-  std::string err;
-  int exitCode = -1;
-};
-
-std::string quoted(const std::string& arg) {
-  std::string q = "'";
-  for (const char c : arg) {
-    if (c == '\'') q += "'\\''";
-    else q += c;
-  }
-  return q + "'";
+CommandRun run(const std::vector<std::string>& args, const fs::path& errors) {
+  return corvane::testing::runCorvane(args, errors);
 }
 
 class Folder {
@@ -47,24 +39,6 @@ class Folder {
  private:
   fs::path path_;
 };
-
-CommandRun run(const std::vector<std::string>& args, const fs::path& errors) {
-  std::string command = quoted(CORVANE_CLI);
-  for (const auto& arg : args) command += " " + quoted(arg);
-  command += " 2>" + quoted(errors.string());
-  CommandRun result;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (!pipe) return result;
-  char buffer[4096];
-  std::size_t n = 0;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.out.append(buffer, n);
-  const int status = pclose(pipe);
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  std::ifstream in(errors, std::ios::binary);
-  result.err.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  fs::remove(errors);
-  return result;
-}
 
 fs::path sample(const char* name) { return fs::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name; }
 

@@ -1,37 +1,18 @@
 // The rtos and format commands of the corvane program.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "support/clirun.h"
+
 namespace {
 
-struct CommandRun {
-  int exitCode = -1;
-  std::string out;
-};
-
-std::string quoted(const std::string& arg) {
-  std::string q = "'";
-  for (const char c : arg) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return q + "'";
-}
+using corvane::testing::CommandRun;
 
 CommandRun corvane(const std::vector<std::string>& args) {
-  std::string command = quoted(CORVANE_CLI);
-  for (const auto& a : args) command += " " + quoted(a);
-  command += " 2>/dev/null";
-  CommandRun run;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return run;
-  char buffer[256];
-  std::size_t n = 0;
-  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) run.out.append(buffer, n);
-  const int status = pclose(pipe);
-  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return run;
+  const corvane::testing::RunFolder folder;
+  return corvane::testing::runCorvane(args, folder);
 }
 
 std::string describe(const std::vector<std::string>& args) {

@@ -60,9 +60,9 @@ class RunFolder {
   std::filesystem::path path_;
 };
 
-// Runs a command line (already quoted), its error output going to a file of the folder.
-inline CommandRun runCommandLine(const std::string& commandLine, const RunFolder& folder) {
-  const auto errors = folder / "stderr.txt";
+// Runs a command line (already quoted); its error output goes through the file `errors`,
+// which is removed afterwards.
+inline CommandRun runCommandLine(const std::string& commandLine, const std::filesystem::path& errors) {
   const std::string command = commandLine + " 2>" + shellQuoted(errors.string());
   CommandRun result;
   FILE* pipe = ::popen(command.c_str(), "r");
@@ -78,10 +78,22 @@ inline CommandRun runCommandLine(const std::string& commandLine, const RunFolder
   return result;
 }
 
-inline CommandRun runCorvane(const std::vector<std::string>& args, const RunFolder& folder) {
+inline CommandRun runCommandLine(const std::string& commandLine, const RunFolder& folder) {
+  return runCommandLine(commandLine, folder / "stderr.txt");
+}
+
+inline std::string corvaneCommandLine(const std::vector<std::string>& args) {
   std::string command = shellQuoted(CORVANE_CLI);
   for (const auto& arg : args) command += " " + shellQuoted(arg);
-  return runCommandLine(command, folder);
+  return command;
+}
+
+inline CommandRun runCorvane(const std::vector<std::string>& args, const std::filesystem::path& errors) {
+  return runCommandLine(corvaneCommandLine(args), errors);
+}
+
+inline CommandRun runCorvane(const std::vector<std::string>& args, const RunFolder& folder) {
+  return runCommandLine(corvaneCommandLine(args), folder);
 }
 
 inline CommandRun runPython(const std::string& script, const std::vector<std::string>& args,
