@@ -9,6 +9,7 @@
 #include "dxf/groupcode.h"
 #include "dxf/numbertext.h"
 #include "dxf/recordview.h"
+#include "dxf/tagscan.h"
 
 namespace corvane::dxf {
 
@@ -89,12 +90,101 @@ std::size_t Document::insertSection(std::size_t position, std::string_view name)
 // --- records
 
 std::span<const Tag> Document::tags(RecordId id) const {
-  const Record& record = records_.at(id);
+  Record& record = records_.at(id);
+  if (record.edited == 0 && record.chunk == kNoChunk) {
+    std::vector<Tag> list;
+    readTagsAt(record.first, record.count, list);
+    editedTags_.push_back(std::move(list));
+    record.edited = static_cast<std::uint32_t>(editedTags_.size());
+    record.readAgain = true;
+  }
   if (record.edited != 0) return editedTags_[record.edited - 1];
-  return {tags_.data() + record.first, record.count};
+  return {chunks_[record.chunk].tags.data() + record.first, record.count};
+}
+
+std::span<const Tag> Document::peekTags(RecordId id, std::vector<Tag>& scratch) const {
+  const Record& record = records_.at(id);
+  if (record.edited != 0 || record.chunk != kNoChunk) return tags(id);
+  readTagsAt(record.first, record.count, scratch);
+  return scratch;
+}
+
+void Document::readTagsAt(std::uint32_t begin, std::uint32_t end, std::vector<Tag>& out) const {
+  out.clear();
+  const char* base = source_.data();
+  const std::size_t n = source_.size();
+  for (std::uint32_t at = begin; at < end;) {
+    // The reader checked these bytes: every tag is found again as it was then.
+    const Tag tag = format_ == FileFormat::Ascii ? scan::asciiTagAt(base, n, at).tag
+                                                 : scan::binaryTagAt(base, n, at, twoByteCodes_).tag;
+    if (tag.end() <= at) break;
+    out.push_back(tag);
+    at = tag.end();
+  }
+}
+
+void Document::holdTag(Record& record, const Tag& tag) {
+  const bool fresh = record.count == 0;
+  if (chunks_.empty() || chunks_.back().tags.size() == chunks_.back().tags.capacity()) {
+    if (fresh || chunks_.empty() || record.first > 0) {
+      TagChunk next;
+      next.tags.reserve(std::max<std::size_t>(kChunkTags, std::size_t{record.count} * 2));
+      if (!fresh && !chunks_.empty()) {
+        // The open record moves whole into the new block.
+        TagChunk& full = chunks_.back();
+        const auto first = full.tags.begin() + record.first;
+        next.tags.assign(first, first + record.count);
+        full.tags.erase(first, full.tags.end());
+        --full.holders;
+        ++next.holders;
+        record.first = 0;
+        record.chunk = static_cast<std::uint32_t>(chunks_.size());
+      }
+      chunks_.push_back(std::move(next));
+    }
+    // Otherwise the open record fills its block alone, which grows.
+  }
+  TagChunk& chunk = chunks_.back();
+  if (fresh) {
+    record.chunk = static_cast<std::uint32_t>(chunks_.size() - 1);
+    record.first = static_cast<std::uint32_t>(chunk.tags.size());
+    ++chunk.holders;
+  }
+  chunk.tags.push_back(tag);
+  ++record.count;
+}
+
+void Document::release(RecordId id) {
+  Record& record = records_.at(id);
+  if (record.readAgain) {
+    // Still as read: what was read again goes again.
+    std::vector<Tag>().swap(editedTags_[record.edited - 1]);
+    record.edited = 0;
+    record.readAgain = false;
+    return;
+  }
+  if (record.chunk == kNoChunk) return;
+  TagChunk& chunk = chunks_[record.chunk];
+  const Tag* list = chunk.tags.data() + record.first;
+  // Tags as read follow each other in the file without a gap.
+  const std::uint32_t begin = list[0].start();
+  const std::uint32_t end = list[record.count - 1].end();
+  record.first = begin;
+  record.count = end;
+  record.chunk = kNoChunk;
+  if (--chunk.holders == 0) std::vector<Tag>().swap(chunk.tags);
 }
 
 std::string_view Document::recordType(RecordId id) const {
+  const Record& record = records_.at(id);
+  if (record.edited == 0 && record.chunk == kNoChunk) {
+    // The first tag says it; the rest need not be read.
+    if (record.first >= record.count) return {};
+    const Tag first = format_ == FileFormat::Ascii
+                          ? scan::asciiTagAt(source_.data(), source_.size(), record.first).tag
+                          : scan::binaryTagAt(source_.data(), source_.size(), record.first, twoByteCodes_).tag;
+    return first.code == 0 ? trimBlanks(bytes(first)) : std::string_view();
+  }
   const auto list = tags(id);
   if (list.empty() || list.front().code != 0) return {};
   return trimBlanks(bytes(list.front()));
@@ -109,9 +199,10 @@ std::optional<std::size_t> Document::sectionOf(RecordId id) const {
 void Document::indexHandles() const {
   byHandle_ = headless::HandleIndex();
   highestHandle_ = 0;
+  std::vector<Tag> scratch;
   for (std::size_t s = 0; s < sections_.size(); ++s) {
     for (RecordId id : sections_[s].records) {
-      if (const auto handle = RecordView(*this, id).handle()) {
+      if (const auto handle = RecordView(*this, id, peekTags(id, scratch)).handle()) {
         byHandle_.insert(*handle, id);  // the first record with a handle keeps it
         highestHandle_ = std::max(highestHandle_, *handle);
       }
@@ -132,9 +223,11 @@ std::uint64_t Document::maxHandle() const {
   if (highestKnown_) return highestHandle_;
   // Loading a drawing needs only the highest handle; the index waits for a lookup.
   highestHandle_ = 0;
+  std::vector<Tag> scratch;
   for (std::size_t s = 0; s < sections_.size(); ++s) {
     for (RecordId id : sections_[s].records) {
-      if (const auto handle = RecordView(*this, id).handle()) highestHandle_ = std::max(highestHandle_, *handle);
+      if (const auto handle = RecordView(*this, id, peekTags(id, scratch)).handle())
+        highestHandle_ = std::max(highestHandle_, *handle);
     }
   }
   highestKnown_ = true;
@@ -257,10 +350,16 @@ Tag Document::storeValue(std::int16_t code, std::string_view valueText) {
 
 std::vector<Tag>& Document::editableTags(RecordId id) {
   Record& record = records_.at(id);
+  record.readAgain = false;  // whatever it holds now may change
   if (record.edited == 0) {
-    const auto first = tags_.begin() + record.first;
-    editedTags_.emplace_back(first, first + record.count);
-    record.edited = static_cast<std::uint32_t>(editedTags_.size());
+    if (record.chunk == kNoChunk) {
+      tags(id);  // a released record: its tags, read again, become its own
+      record.readAgain = false;
+    } else {
+      const auto first = chunks_[record.chunk].tags.begin() + record.first;
+      editedTags_.emplace_back(first, first + record.count);
+      record.edited = static_cast<std::uint32_t>(editedTags_.size());
+    }
   }
   return editedTags_[record.edited - 1];
 }

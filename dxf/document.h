@@ -104,6 +104,14 @@ class Document {
   bool isErased(RecordId id) const { return records_.at(id).erased; }
   // The section holding the record; none for the prologue and EOF records.
   std::optional<std::size_t> sectionOf(RecordId id) const;
+  // Lets go of the tags of a record that is as read: it keeps only where its bytes are, and
+  // its tags are read from there again when asked for. A drawing loaded into objects keeps
+  // few of its tags this way; writing such a record back in its own format copies its bytes.
+  void release(RecordId id);
+  bool isReleased(RecordId id) const {
+    const Record& record = records_.at(id);
+    return record.chunk == kNoChunk && (record.edited == 0 || record.readAgain);
+  }
   std::optional<RecordId> findHandle(std::uint64_t handle) const;
   std::uint64_t maxHandle() const;
 
@@ -153,15 +161,33 @@ class Document {
   friend class Writer;
 
   static constexpr std::uint16_t kNoSection = 0xFFFF;
+  static constexpr std::uint32_t kNoChunk = 0xFFFFFFFFu;
   struct Record {
-    std::uint32_t first = 0;   // the record's tags in tags_, while they are as read
+    // Tags as read, held in a chunk: the first one's place in it and their number. Released
+    // (no chunk): the record's bytes in the file, [first, count).
+    std::uint32_t first = 0;
     std::uint32_t count = 0;
-    std::uint32_t edited = 0;  // 1 + index into editedTags_ once they were changed
+    std::uint32_t edited = 0;  // 1 + index into editedTags_ once they were changed or read again
+    std::uint32_t chunk = kNoChunk;
     std::uint16_t section = kNoSection;
     bool erased = false;
+    bool readAgain = false;  // its edited tags are those of the file, read again after release
   };
+  // Tags as read, in blocks that are freed once none of their records needs them. A record's
+  // tags never straddle two blocks.
+  struct TagChunk {
+    std::vector<Tag> tags;
+    std::uint32_t holders = 0;  // records whose tags are here
+  };
+  static constexpr std::size_t kChunkTags = 1 << 13;
 
   Document() = default;
+  // Adds a tag read from the file to the open record (a new one when its count is 0).
+  void holdTag(Record& record, const Tag& tag);
+  // The tags of the file's bytes [begin, end), read as the reader read them.
+  void readTagsAt(std::uint32_t begin, std::uint32_t end, std::vector<Tag>& out) const;
+  // The record's tags without keeping those of a released record: `scratch` holds them then.
+  std::span<const Tag> peekTags(RecordId id, std::vector<Tag>& scratch) const;
   std::vector<Tag>& editableTags(RecordId id);
   Tag storeValue(std::int16_t code, std::string_view valueText);
   void checkValue(std::int16_t code, std::string_view valueText) const;
@@ -171,9 +197,11 @@ class Document {
 
   std::string source_;  // the file's bytes
   std::string store_;   // values set or added after reading
-  std::vector<Tag> tags_;
-  std::vector<Record> records_;
-  std::vector<std::vector<Tag>> editedTags_;
+  std::vector<TagChunk> chunks_;
+  // Reading a released record's tags again changes neither what the document holds nor
+  // what it writes, so it is done on const access.
+  mutable std::vector<Record> records_;
+  mutable std::vector<std::vector<Tag>> editedTags_;
   std::vector<Section> sections_;
   RecordId prologue_ = kNoRecord;
   RecordId eof_ = kNoRecord;

@@ -134,18 +134,32 @@ void DrawingFile::bind(headless::HostApplication& host) {
     return id;
   };
 
+  // A record's tags go once its object is made, and its block of tags with the last of them;
+  // the few records that later steps read are read again then.
+  auto release = [&](RecordId id) {
+    if (id != kNoRecord) doc_->release(id);
+  };
+  release(doc.prologue());
+  release(doc.eofRecord());
   for (std::size_t s = 0; s < doc.sections().size(); ++s) {
     const std::string_view section = doc.sectionName(s);
+    release(doc.sections()[s].begin);
+    release(doc.sections()[s].end);
     if (!isSection(section, {"TABLES", "BLOCKS", "ENTITIES", "OBJECTS"})) {
-      for (const RecordId rid : doc.sections()[s].records)
+      for (const RecordId rid : doc.sections()[s].records) {
         highest = std::max(highest, RecordView(doc, rid).handle().value_or(0));
+        release(rid);
+      }
       continue;
     }
     const bool entities = section == "ENTITIES" || section == "BLOCKS";
     AcDbObjectId parent;  // the block reference or polyline whose attributes or vertices follow
     AcDbObjectId lastBlockId;
     headless::BlockTableRecord* lastBlock = nullptr;
+    RecordId done = kNoRecord;  // the record before, whatever way its turn ended
     for (const RecordId rid : doc.sections()[s].records) {
+      release(done);
+      done = rid;
       const RecordHeader header = scanRecordHeader(doc, rid);
       // A handle found among the record's data counts as the tag layer counts it.
       highest = std::max(highest, header.handleIndex < header.bodyBegin ? header.handle.value_or(0)
@@ -205,6 +219,7 @@ void DrawingFile::bind(headless::HostApplication& host) {
       }
       if (section == "OBJECTS" && standard.namedObjects.isNull()) standard.namedObjects = id;
     }
+    release(done);
   }
 
   for (const auto& item : pending) {
@@ -359,6 +374,15 @@ void DrawingFile::bind(headless::HostApplication& host) {
     seed = std::max(seed, doc.toHandle(doc.tags(doc.headerRecord())[var->first]).value_or(0));
   }
   db.raiseHandseed(AcDbHandle(seed));
+
+  // What the steps above read again goes too: the records are read again only to be changed.
+  release(doc.prologue());
+  for (const auto& section : doc.sections()) {
+    release(section.begin);
+    for (const RecordId id : section.records) release(id);
+    release(section.end);
+  }
+  release(doc.eofRecord());
 
   db.markUnmodified();
 }

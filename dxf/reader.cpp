@@ -8,6 +8,7 @@
 #include "dxf/document.h"
 #include "dxf/groupcode.h"
 #include "dxf/numbertext.h"
+#include "dxf/tagscan.h"
 
 namespace corvane::dxf {
 
@@ -88,28 +89,6 @@ std::size_t countLineFeeds(const char* p, const char* end) noexcept {
   return total + static_cast<std::size_t>(std::count(p, end, '\n'));
 }
 
-// Group code lines are short: blanks, an optional minus, digits, blanks. Returns false for
-// anything else or a code outside 16 bits.
-bool parseCode(const char* p, const char* end, int& code) noexcept {
-  while (p < end && (*p == ' ' || *p == '\t')) ++p;
-  while (end > p && (end[-1] == ' ' || end[-1] == '\t')) --end;
-  bool negative = false;
-  if (p < end && *p == '-') {
-    negative = true;
-    ++p;
-  }
-  if (p == end || end - p > 6) return false;
-  int value = 0;
-  for (; p < end; ++p) {
-    if (*p < '0' || *p > '9') return false;
-    value = value * 10 + (*p - '0');
-  }
-  if (negative) value = -value;
-  if (value < -32768 || value > 32767) return false;
-  code = value;
-  return true;
-}
-
 }  // namespace
 
 // Turns the bytes of a file into a Document: tags first, then records, sections and the few
@@ -124,6 +103,7 @@ class Reader {
     const bool binary = src.compare(0, 18, kBinarySentinel.substr(0, 18)) == 0;
     if (binary ? !scanBinary() : !scanAscii()) return failed(std::move(error_));
     if (!finishStructure()) return failed(std::move(error_));
+    doc_->records_.shrink_to_fit();
     readHeader();
     return {std::move(doc_), {}};
   }
@@ -137,36 +117,28 @@ class Reader {
   }
 
   // Where a tag starts, as a person looks for it: a line in ASCII, a byte offset in binary.
-  std::string where(std::size_t tagIndex) const {
-    if (doc_->format_ == FileFormat::Ascii) return "line " + std::to_string(tagIndex * 2 + 1);
-    return "byte " + std::to_string(doc_->tags_[tagIndex].start());
+  std::string where(const Tag& tag) const {
+    if (doc_->format_ == FileFormat::Binary) return "byte " + std::to_string(tag.start());
+    const char* base = doc_->source_.data();
+    return "line " + std::to_string(countLineFeeds(base, base + tag.start()) + 1);
   }
-
-  // Records of drawings hold a dozen tags or more; room for one per eight tags spares the
-  // record list its copies as it grows, and costs little when records are longer.
-  void reserveRecords() { doc_->records_.reserve(doc_->tags_.capacity() / 8 + 16); }
+  std::string where(RecordId record) const { return where(doc_->tags(record).front()); }
+  // The code line of the next ASCII tag, which has not been stored.
+  std::string line(std::size_t lineNumber) const { return "line " + std::to_string(lineNumber); }
 
   // Every 0 tag opens a record; tags before the first one may only be comments.
   bool addTag(const Tag& tag) {
-    auto& tags = doc_->tags_;
     auto& records = doc_->records_;
-    const auto index = static_cast<std::uint32_t>(tags.size());
-    tags.push_back(tag);
     if (tag.code == 0) {
       if (!records.empty() && !placeRecord(records.size() - 1)) return false;
-      Document::Record record;
-      record.first = index;
-      record.count = 1;
-      records.push_back(record);
-      return true;
-    }
-    if (records.empty()) {
+      records.emplace_back();
+    } else if (records.empty()) {
       if (tag.code != 999)
-        return fail(where(index) + ": expected group code 0 or a 999 comment, found group code " +
+        return fail(where(tag) + ": expected group code 0 or a 999 comment, found group code " +
                     std::to_string(tag.code));
-      records.push_back(Document::Record{index, 0, 0, Document::kNoSection, false});
+      records.emplace_back();
     }
-    ++records.back().count;
+    doc_->holdTag(records.back(), tag);
     return true;
   }
 
@@ -188,56 +160,33 @@ class Reader {
     if (std::all_of(base + pos, base + n, [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }))
       return fail("empty file: no DXF tags");
 
-    // Two lines a tag, so the line count sizes the tag list once.
-    doc.tags_.reserve(countLineFeeds(base + pos, base + n) / 2 + 1);
-    reserveRecords();
+    // Records of drawings hold a dozen tags or more, two lines each: room for one record per
+    // sixteen lines spares the record list its copies as it grows. What is left over goes
+    // once the file is read.
+    doc.records_.reserve(countLineFeeds(base + pos, base + n) / 16 + 16);
     const char* firstEnd = static_cast<const char*>(std::memchr(base + pos, '\n', n - pos));
     doc.crlf_ = firstEnd != nullptr && firstEnd > base + pos && firstEnd[-1] == '\r';
     doc.paddedCodes_ = base[pos] == ' ';
 
-    while (pos < n) {
-      const std::size_t index = doc.tags_.size();
-      const char* codeLine = base + pos;
-      // Code lines are a few bytes long: looking at them directly beats a call per line.
-      const char* codeEnd = codeLine;
-      while (codeEnd < base + n && *codeEnd != '\n') ++codeEnd;
-      if (codeEnd == base + n) codeEnd = nullptr;
-      const char* codeTextEnd = codeEnd != nullptr ? codeEnd : base + n;
-      if (codeTextEnd > codeLine && codeTextEnd[-1] == '\r') --codeTextEnd;
-      int code = 0;
-      if (!parseCode(codeLine, codeTextEnd, code))
-        return fail(where(index) + ": expected a group code, found " +
-                    quoted(std::string_view(codeLine, static_cast<std::size_t>(codeTextEnd - codeLine))));
-      if (codeEnd == nullptr || codeEnd + 1 == base + n)
-        return fail(where(index) + ": truncated file: group code " + std::to_string(code) + " has no value");
-
-      const std::size_t valuePos = static_cast<std::size_t>(codeEnd + 1 - base);
-      if (valuePos - pos > Tag::kMaxLead)
-        return fail(where(index) + ": the line of group code " + std::to_string(code) + " is longer than " +
-                    std::to_string(Tag::kMaxLead) + " bytes");
-      const char* valueEnd = static_cast<const char*>(std::memchr(base + valuePos, '\n', n - valuePos));
-      std::size_t valueSize;
-      std::uint8_t lineEnd;
-      if (valueEnd != nullptr) {
-        valueSize = static_cast<std::size_t>(valueEnd - (base + valuePos));
-        lineEnd = 1;
-      } else {
-        valueSize = n - valuePos;
-        lineEnd = 0;
+    for (std::size_t index = 0; pos < n; ++index) {
+      const scan::AsciiTag found = scan::asciiTagAt(base, n, pos);
+      const std::size_t codeLine = index * 2 + 1;
+      switch (found.found) {
+        case scan::Found::BadCode:
+          return fail(line(codeLine) + ": expected a group code, found " +
+                      quoted(std::string_view(base + pos, static_cast<std::size_t>(found.codeTextEnd - (base + pos)))));
+        case scan::Found::NoValue:
+          return fail(line(codeLine) + ": truncated file: group code " + std::to_string(found.code) + " has no value");
+        case scan::Found::LongLead:
+          return fail(line(codeLine) + ": the line of group code " + std::to_string(found.code) +
+                      " is longer than " + std::to_string(Tag::kMaxLead) + " bytes");
+        default: break;
       }
-      if (valueSize > 0 && base[valuePos + valueSize - 1] == '\r') {
-        --valueSize;
-        ++lineEnd;
-      }
-
-      const Tag tag{.value = static_cast<std::uint32_t>(valuePos),
-                    .size = static_cast<std::uint32_t>(valueSize),
-                    .code = static_cast<std::int16_t>(code),
-                    .packed = Tag::pack(TagForm::Text, lineEnd, true, static_cast<unsigned>(valuePos - pos))};
-      const ValueKind kind = valueKind(code);
-      if (isNumeric(kind) && !validNumber(kind, {base + valuePos, valueSize}))
-        return fail("line " + std::to_string(index * 2 + 2) + ": expected " + kindName(kind) + " for group code " +
-                    std::to_string(code) + ", found " + quoted({base + valuePos, valueSize}));
+      const Tag& tag = found.tag;
+      const ValueKind kind = valueKind(found.code);
+      if (isNumeric(kind) && !validNumber(kind, {base + tag.value, tag.size}))
+        return fail(line(codeLine + 1) + ": expected " + kindName(kind) + " for group code " +
+                    std::to_string(found.code) + ", found " + quoted({base + tag.value, tag.size}));
       if (!addTag(tag)) return false;
       pos = tag.end();
       if (isEof(tag)) break;
@@ -261,77 +210,27 @@ class Reader {
     const auto b0 = static_cast<unsigned char>(src[pos]);
     const auto b1 = static_cast<unsigned char>(src[pos + 1]);
     doc.twoByteCodes_ = (b0 == 0 && b1 == 0) || (b0 == 0xE7 && b1 == 0x03);
-    // Binary tags vary too much in size to guess their number; a first pass counts them so
-    // that the tag list is allocated once, at its final size.
-    std::size_t count = 0;
-    Tag tag;
-    for (std::size_t at = pos; at < n && decodeBinaryTag(at, tag, false); at = tag.end()) {
-      ++count;
-      if (isEof(tag)) break;
-    }
-    doc.tags_.reserve(count + 1);
-    reserveRecords();
     while (pos < n) {
-      if (!decodeBinaryTag(pos, tag, true) || !addTag(tag)) return false;
-      pos = tag.end();
-      if (isEof(tag)) break;
+      const scan::BinaryTag found = scan::binaryTagAt(src.data(), n, pos, doc.twoByteCodes_);
+      if (found.found != scan::Found::Tag) return fail(truncated(pos, found));
+      if (!addTag(found.tag)) return false;
+      pos = found.tag.end();
+      if (isEof(found.tag)) break;
     }
     doc.tailStart_ = static_cast<std::uint32_t>(pos);
     return true;
   }
 
-  // The tag at `pos`; false when the file ends inside it (with the reason when `report`).
-  bool decodeBinaryTag(std::size_t pos, Tag& tag, bool report) {
-    const std::string& src = doc_->source_;
-    const std::size_t n = src.size();
-    const auto* base = reinterpret_cast<const unsigned char*>(src.data());
-    const std::size_t start = pos;
-    int code;
-    if (doc_->twoByteCodes_) {
-      if (n - pos < 2) return report && fail("byte " + std::to_string(pos) + ": truncated file: half a group code");
-      code = static_cast<std::int16_t>(base[pos] | (base[pos + 1] << 8));
-      pos += 2;
-    } else if (base[pos] == 255) {
-      if (n - pos < 3) return report && fail("byte " + std::to_string(pos) + ": truncated file: half a group code");
-      code = static_cast<std::int16_t>(base[pos + 1] | (base[pos + 2] << 8));
-      pos += 3;
-    } else {
-      code = base[pos++];
-    }
-    tag.code = static_cast<std::int16_t>(code);
-    std::size_t size = 0;
-    TagForm form = TagForm::Text;
-    switch (valueKind(code)) {
-      case ValueKind::String: {
-        const void* zero = std::memchr(base + pos, 0, n - pos);
-        if (zero == nullptr)
-          return report && fail("byte " + std::to_string(start) + ": truncated file: the text of group code " +
-                                std::to_string(code) + " has no terminating zero byte");
-        size = static_cast<std::size_t>(static_cast<const unsigned char*>(zero) - (base + pos));
-        form = TagForm::BinaryString;
-        break;
-      }
-      case ValueKind::Chunk:
-        if (pos >= n)
-          return report && fail("byte " + std::to_string(start) + ": truncated file: binary data of group code " +
-                                std::to_string(code) + " has no length byte");
-        size = base[pos++];
-        form = TagForm::BinaryChunk;
-        break;
-      case ValueKind::Double: size = 8; form = TagForm::BinaryDouble; break;
-      case ValueKind::Int16: size = 2; form = TagForm::BinaryInt16; break;
-      case ValueKind::Int32: size = 4; form = TagForm::BinaryInt32; break;
-      case ValueKind::Int64: size = 8; form = TagForm::BinaryInt64; break;
-      case ValueKind::Bool: size = 1; form = TagForm::BinaryBool; break;
-    }
-    if (form != TagForm::BinaryString && n - pos < size)
-      return report && fail("byte " + std::to_string(start) + ": truncated file: group code " + std::to_string(code) +
-                            " needs " + std::to_string(size) + " value bytes, " + std::to_string(n - pos) + " left");
-    tag.value = static_cast<std::uint32_t>(pos);
-    // At most three code bytes and a length byte lead to the value.
-    tag.packed = Tag::pack(form, 0, true, static_cast<unsigned>(pos - start));
-    tag.size = static_cast<std::uint32_t>(size);
-    return true;
+  // Why the binary tag at `pos` is cut short.
+  std::string truncated(std::size_t pos, const scan::BinaryTag& found) const {
+    const std::string at = "byte " + std::to_string(pos) + ": truncated file: ";
+    const std::string code = std::to_string(found.code);
+    if (!found.codeRead) return at + "half a group code";
+    if (found.needed > 0)
+      return at + "group code " + code + " needs " + std::to_string(found.needed) + " value bytes, " +
+             std::to_string(doc_->source_.size() - found.valueAt) + " left";
+    if (valueKind(found.code) == ValueKind::Chunk) return at + "binary data of group code " + code + " has no length byte";
+    return at + "the text of group code " + code + " has no terminating zero byte";
   }
 
   // Places a complete record: sections open and close, everything else goes into the open
@@ -340,24 +239,24 @@ class Reader {
     Document& doc = *doc_;
     auto& records = doc.records_;
     const auto id = static_cast<RecordId>(r);
-    const std::uint32_t first = records[r].first;
-    if (doc.tags_[first].code != 0) {
+    const auto tags = doc.tags(id);
+    if (tags.front().code != 0) {
       doc.prologue_ = id;
       return true;
     }
     const std::string_view type = doc.recordType(id);
     if (!inside_) {
       if (type == "SECTION") {
-        if (records[r].count < 2 || doc.tags_[first + 1].code != 2)
-          return fail(where(first) + ": expected the section name (group code 2) after SECTION");
-        if (doc.sections_.size() + 1 >= Document::kNoSection) return fail(where(first) + ": too many sections");
+        if (tags.size() < 2 || tags[1].code != 2)
+          return fail(where(id) + ": expected the section name (group code 2) after SECTION");
+        if (doc.sections_.size() + 1 >= Document::kNoSection) return fail(where(id) + ": too many sections");
         section_ = Section{id, {}, kNoRecord};
         records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
         inside_ = true;
       } else if (type == "EOF") {
         doc.eof_ = id;
       } else {
-        return fail(where(first) + ": expected SECTION or EOF, found " + quoted(type));
+        return fail(where(id) + ": expected SECTION or EOF, found " + quoted(type));
       }
       return true;
     }
@@ -367,8 +266,8 @@ class Reader {
       doc.sections_.push_back(std::move(section_));
       inside_ = false;
     } else if (type == "SECTION" || type == "EOF") {
-      return fail(where(first) + ": section " + sectionName(section_) + " begun on " +
-                  where(records[section_.begin].first) + " has no ENDSEC before this " + std::string(type));
+      return fail(where(id) + ": section " + sectionName(section_) + " begun on " +
+                  where(section_.begin) + " has no ENDSEC before this " + std::string(type));
     } else {
       records[r].section = static_cast<std::uint16_t>(doc.sections_.size());
       section_.records.push_back(id);
@@ -381,7 +280,7 @@ class Reader {
     if (!doc.records_.empty() && !placeRecord(doc.records_.size() - 1)) return false;
     if (inside_)
       return fail("truncated file: section " + sectionName(section_) + " begun on " +
-                  where(doc.records_[section_.begin].first) + " has no ENDSEC");
+                  where(section_.begin) + " has no ENDSEC");
     if (doc.eof_ == kNoRecord) return fail("truncated file: no EOF after the last section");
     return true;
   }

@@ -28,6 +28,9 @@ struct TagRange {
 class RecordView {
  public:
   RecordView(const Document& document, RecordId id) : document_(&document), id_(id), tags_(document.tags(id)) {}
+  // A view of tags the caller holds for the record.
+  RecordView(const Document& document, RecordId id, std::span<const Tag> tags)
+      : document_(&document), id_(id), tags_(tags) {}
 
   RecordId id() const noexcept { return id_; }
   std::span<const Tag> tags() const noexcept { return tags_; }

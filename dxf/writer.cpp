@@ -54,7 +54,18 @@ class Writer {
 
  private:
   void record(RecordId id) {
-    for (const Tag& tag : doc_.tags(id)) {
+    const Document::Record& stored = doc_.records_[id];
+    if (stored.edited == 0 && stored.chunk == Document::kNoChunk) {
+      // Released as read: its bytes, or its tags read again for the other format.
+      if (sameFormat_) return raw(stored.first, stored.count);
+      doc_.readTagsAt(stored.first, stored.count, scratch_);
+      return tags(scratch_);
+    }
+    tags(doc_.tags(id));
+  }
+
+  void tags(std::span<const Tag> list) {
+    for (const Tag& tag : list) {
       if (failed_) return;
       if (tag.wasRead() && sameFormat_) {
         raw(tag.start(), tag.end());
@@ -184,6 +195,7 @@ class Writer {
   bool twoByteCodes_ = true;
   std::string buffer_;
   std::string chunk_;
+  std::vector<Tag> scratch_;
   std::uint32_t runBegin_ = 0;
   std::uint32_t runEnd_ = 0;
   bool failed_ = false;

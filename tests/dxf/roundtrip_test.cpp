@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "dxf/document.h"
@@ -183,6 +185,120 @@ TEST(RoundTrip, EditedTagsAreRewrittenAndTheRestStaysAsItWas) {
   const std::string before = " 10\r\n  1.0\r\n";
   expected.replace(expected.find(before), before.size(), " 10\r\n0.1\r\n");
   EXPECT_EQ(out, expected);
+}
+
+// Every tag of the document exactly as held: where its bytes are and how they are spelt.
+std::vector<std::tuple<std::int16_t, std::uint32_t, std::uint32_t, std::uint16_t>> heldTags(const Document& doc) {
+  std::vector<std::tuple<std::int16_t, std::uint32_t, std::uint32_t, std::uint16_t>> out;
+  auto add = [&](RecordId id) {
+    for (const Tag& tag : doc.tags(id)) out.emplace_back(tag.code, tag.value, tag.size, tag.packed);
+  };
+  if (doc.prologue() != kNoRecord) add(doc.prologue());
+  for (const auto& section : doc.sections()) {
+    add(section.begin);
+    for (RecordId id : section.records) add(id);
+    add(section.end);
+  }
+  add(doc.eofRecord());
+  return out;
+}
+
+std::vector<RecordId> allRecords(const Document& doc) {
+  std::vector<RecordId> out;
+  if (doc.prologue() != kNoRecord) out.push_back(doc.prologue());
+  for (const auto& section : doc.sections()) {
+    out.push_back(section.begin);
+    out.insert(out.end(), section.records.begin(), section.records.end());
+    out.push_back(section.end);
+  }
+  out.push_back(doc.eofRecord());
+  return out;
+}
+
+// Records long and short, enough of them that the reader's blocks of tags fill up mid-record
+// and a record is larger than a block.
+std::string manyRecords(std::string_view eol) {
+  std::vector<TagText> entities;
+  for (int i = 0; i < 4000; ++i) {
+    char handle[16];
+    std::snprintf(handle, sizeof handle, "%X", 0x200 + i);
+    entities.insert(entities.end(), {{0, "LINE"}, {5, handle}, {8, "0"}, {10, std::to_string(i)},
+                                     {20, "2.5"}, {999, i % 7 == 0 ? "" : "x"}});
+    if (i == 1500) {
+      entities.insert(entities.end(), {{0, "LWPOLYLINE"}, {5, "100"}, {8, "0"}, {90, "12000"}});
+      for (int v = 0; v < 12000; ++v) entities.insert(entities.end(), {{10, std::to_string(v)}, {20, "-1"}});
+    }
+  }
+  return testing::asciiDxf(testing::drawing("AC1027", entities), eol);
+}
+
+TEST(RoundTrip, ReleasedRecordsAreReadAgainAsTheyWereAndWrittenUnchanged) {
+  struct Case {
+    std::string name;
+    std::string bytes;
+  };
+  std::vector<Case> cases = {{"many records, LF", manyRecords("\n")}, {"many records, CRLF", manyRecords("\r\n")}};
+  for (const auto& file : sampleFiles()) cases.push_back({file.filename().string(), testing::readBytes(file)});
+  const std::size_t asciiCases = cases.size();
+  for (std::size_t i = 0; i < asciiCases; ++i) {
+    const ReadResult read = Document::read(cases[i].bytes);
+    ASSERT_TRUE(read.document) << read.error;
+    cases.push_back({cases[i].name + ", binary", written(*read.document, FileFormat::Binary)});
+  }
+
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    ReadResult read = Document::read(c.bytes);
+    ASSERT_TRUE(read.document) << read.error;
+    Document& doc = *read.document;
+    const FileFormat other = doc.format() == FileFormat::Ascii ? FileFormat::Binary : FileFormat::Ascii;
+    const auto tags = heldTags(doc);
+    const std::string converted = written(doc, other);
+    std::vector<std::string_view> types;
+    for (RecordId id : allRecords(doc)) types.push_back(doc.recordType(id));
+    const auto handles = std::pair(doc.maxHandle(), doc.findHandle(doc.maxHandle()));
+
+    // Half the records first: a block of tags goes only with its last record.
+    const auto records = allRecords(doc);
+    for (std::size_t r = 0; r < records.size(); r += 2) doc.release(records[r]);
+    for (RecordId id : records) doc.release(id);
+    for (RecordId id : records) ASSERT_TRUE(doc.isReleased(id));
+
+    EXPECT_TRUE(written(doc) == c.bytes);
+    EXPECT_TRUE(written(doc, other) == converted);
+    std::vector<std::string_view> typesAgain;
+    for (RecordId id : records) typesAgain.push_back(doc.recordType(id));
+    EXPECT_EQ(typesAgain, types);
+    EXPECT_EQ(std::pair(doc.maxHandle(), doc.findHandle(doc.maxHandle())), handles);
+    EXPECT_EQ(heldTags(doc), tags);
+    // What was read again can go again, and comes back the same.
+    for (RecordId id : records) doc.release(id);
+    EXPECT_EQ(heldTags(doc), tags);
+    EXPECT_TRUE(written(doc) == c.bytes);
+  }
+}
+
+TEST(RoundTrip, EditsToReleasedRecordsAreWrittenAndStay) {
+  const std::string text = manyRecords("\r\n");
+  auto doc = std::move(Document::read(text).document);
+  ASSERT_TRUE(doc);
+  const RecordId polyline = *doc->findHandle(0x100);
+  const RecordId line = *doc->findHandle(0x201);
+  for (RecordId id : allRecords(*doc)) doc->release(id);
+
+  doc->setText(line, 2, L"Walls");
+  doc->insertTag(polyline, 4, NewTag::integer(70, 1));
+  // Releasing an edited record keeps the edit.
+  doc->release(line);
+  doc->release(polyline);
+  EXPECT_FALSE(doc->isReleased(line));
+
+  std::string expected = text;
+  const std::string layer = "  5\r\n201\r\n  8\r\n0\r\n";
+  expected.replace(expected.find(layer), layer.size(), "  5\r\n201\r\n  8\r\nWalls\r\n");
+  const std::string count = " 90\r\n12000\r\n";
+  expected.replace(expected.find(count), count.size(), count + " 70\r\n1\r\n");
+  EXPECT_EQ(written(*doc), expected);
 }
 
 }  // namespace
