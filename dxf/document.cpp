@@ -123,7 +123,7 @@ void Document::readTagsAt(std::uint32_t begin, std::uint32_t end, std::vector<Ta
   }
 }
 
-void Document::holdTag(Record& record, const Tag& tag) {
+void Document::holdTagInNewPlace(Record& record, const Tag& tag) {
   const bool fresh = record.count == 0;
   if (chunks_.empty() || chunks_.back().tags.size() == chunks_.back().tags.capacity()) {
     if (fresh || chunks_.empty() || record.first > 0) {

@@ -183,7 +183,19 @@ class Document {
 
   Document() = default;
   // Adds a tag read from the file to the open record (a new one when its count is 0).
-  void holdTag(Record& record, const Tag& tag);
+  void holdTag(Record& record, const Tag& tag) {
+    if (record.count != 0) {
+      std::vector<Tag>& block = chunks_.back().tags;
+      if (block.size() < block.capacity()) {
+        block.push_back(tag);
+        ++record.count;
+        return;
+      }
+    }
+    holdTagInNewPlace(record, tag);
+  }
+  // A record's first tag, or one that does not fit in the block.
+  void holdTagInNewPlace(Record& record, const Tag& tag);
   // The tags of the file's bytes [begin, end), read as the reader read them.
   void readTagsAt(std::uint32_t begin, std::uint32_t end, std::vector<Tag>& out) const;
   // The record's tags without keeping those of a released record: `scratch` holds them then.

@@ -18,8 +18,8 @@ class EntityImpl : public ObjectImpl<Interface> {
   void setLayer(std::wstring layer) { layer_ = std::make_shared<const std::wstring>(std::move(layer)); }
   // Entities read from a file share one copy of each layer's name.
   void setLayer(std::shared_ptr<const std::wstring> layer) { layer_ = std::move(layer); }
-  bool visible() const override { return visible_; }
-  void setVisible(bool visible) { visible_ = visible; }
+  bool visible() const override { return this->record_.visible; }
+  void setVisible(bool visible) { this->record_.visible = visible; }
   host::AcDbObjectId blockId() const override { return this->record_.owner; }
 
   std::optional<host::AcValue> property(std::wstring_view name) const override {
@@ -29,7 +29,6 @@ class EntityImpl : public ObjectImpl<Interface> {
 
  private:
   std::shared_ptr<const std::wstring> layer_;  // none: layer "0"
-  bool visible_ = true;
 };
 
 }  // namespace corvane::headless

@@ -27,6 +27,8 @@ struct ObjectRecord {
   bool erased = false;
   // Changed since the drawing was read (or made): what a save has to write back.
   bool modified = false;
+  // An entity's visibility, kept in the byte the fields above leave spare.
+  bool visible = true;
 };
 
 // Open-state bookkeeping, shared by all object classes.
