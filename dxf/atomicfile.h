@@ -1,6 +1,4 @@
-// Replaces a file all at once: the new contents go to a temporary file in the same folder,
-// which is flushed to disk and then renamed over the target. Until commit() succeeds the
-// target is untouched, and a temporary file that was not committed is removed.
+// A drawing saved all at once (see core::AtomicFile), as a sink for the writer.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "core/atomicfile.h"
 #include "dxf/bytesink.h"
 #include "dxf/status.h"
 
@@ -15,34 +14,28 @@ namespace corvane::dxf {
 
 class AtomicFile : public ByteSink {
  public:
-  explicit AtomicFile(std::filesystem::path target);
-  ~AtomicFile() override;
-  AtomicFile(const AtomicFile&) = delete;
-  AtomicFile& operator=(const AtomicFile&) = delete;
+  explicit AtomicFile(std::filesystem::path target) : file_(std::move(target)) {}
 
-  Status open();
-  bool write(std::string_view bytes) override;
-  std::string error() const override { return error_; }
+  Status open() { return file_.open() ? Status::success() : Status::failure(file_.error()); }
+  bool write(std::string_view bytes) override { return file_.write(bytes); }
+  std::string error() const override { return file_.error(); }
   // Flushes, keeps the previous target as `backup` (none when empty) and renames the
   // temporary file over the target.
-  Status commit(const std::filesystem::path& backup = {});
+  Status commit(const std::filesystem::path& backup = {}) {
+    return file_.commit(backup) ? Status::success() : Status::failure(file_.error());
+  }
 
   // Simulates a full disk: writes fail once this many bytes were written.
-  void failAfter(std::uint64_t bytes) noexcept { limit_ = bytes; }
+  void failAfter(std::uint64_t bytes) noexcept { file_.failAfter(bytes); }
 
-  const std::filesystem::path& temporaryPath() const noexcept { return temporary_; }
+  const std::filesystem::path& temporaryPath() const noexcept { return file_.temporaryPath(); }
   // The host's backup name: the drawing's name with the extension ".bak".
-  static std::filesystem::path backupPath(const std::filesystem::path& target);
+  static std::filesystem::path backupPath(const std::filesystem::path& target) {
+    return std::filesystem::path(target).replace_extension(".bak");
+  }
 
  private:
-  void discard() noexcept;
-
-  std::filesystem::path target_;
-  std::filesystem::path temporary_;
-  int fd_ = -1;
-  std::uint64_t written_ = 0;
-  std::uint64_t limit_ = UINT64_MAX;
-  std::string error_;
+  core::AtomicFile file_;
 };
 
 }  // namespace corvane::dxf

@@ -1,17 +1,12 @@
 #include "headless/registryfile.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <fstream>
 #include <sstream>
 #include <vector>
 
+#include "core/atomicfile.h"
 #include "core/printf.h"
 #include "core/utf8.h"
 
@@ -22,21 +17,6 @@ using host::RegStatus;
 namespace {
 
 std::wstring wide(const std::string& text) { return core::fromUtf8(text); }
-
-std::string describeErrno(const std::string& what, const std::filesystem::path& path) {
-  return what + " " + path.string() + ": " + std::strerror(errno);
-}
-
-bool writeAll(int fd, const char* data, std::size_t size) {
-  while (size > 0) {
-    const ssize_t done = ::write(fd, data, size);
-    if (done < 0 && errno == EINTR) continue;
-    if (done <= 0) return false;
-    data += done;
-    size -= static_cast<std::size_t>(done);
-  }
-  return true;
-}
 
 // Names may not hold line breaks: the file keeps one key or value per line.
 bool validName(std::wstring_view name) { return name.find_first_of(L"\r\n") == std::wstring_view::npos; }
@@ -205,53 +185,15 @@ bool RegistryFile::writeFile(const std::string& contents, std::string& error) {
     error = "cannot make the folder " + folder.string() + ": " + ec.message();
     return false;
   }
-  std::string pattern = (folder / ("." + path_.filename().string() + ".saving-XXXXXX")).string();
-  std::vector<char> name(pattern.begin(), pattern.end());
-  name.push_back('\0');
-  const int fd = ::mkstemp(name.data());
-  if (fd < 0) {
-    error = describeErrno("cannot make a temporary file in", folder);
+  core::AtomicFile file(path_);
+  if (beforeRename_) file.beforeRename(beforeRename_);
+  // Settings are the user's own: readable by nobody else. A damaged file may still hold
+  // settings worth taking over by hand, so it is kept.
+  std::filesystem::path backup;
+  if (damaged_) backup = std::filesystem::path(path_) += ".bak";
+  if (!file.open(0600) || !file.write(contents) || !file.commit(backup)) {
+    error = file.error();
     return false;
-  }
-  const std::string temporary(name.data());
-  const auto abandon = [&temporary](int openFd) {
-    if (openFd >= 0) ::close(openFd);
-    ::unlink(temporary.c_str());
-  };
-  // Settings are the user's own: readable by nobody else.
-  ::fchmod(fd, 0600);
-  if (!writeAll(fd, contents.data(), contents.size())) {
-    error = describeErrno("cannot write", temporary);
-    abandon(fd);
-    return false;
-  }
-  if (::fsync(fd) != 0) {
-    error = describeErrno("cannot flush", temporary);
-    abandon(fd);
-    return false;
-  }
-  ::close(fd);
-  if (beforeRename_ && !beforeRename_()) {
-    error = "the write was stopped before " + path_.string() + " was replaced";
-    abandon(-1);
-    return false;
-  }
-  if (damaged_ && std::filesystem::exists(path_, ec)) {
-    // The damaged file may still hold settings worth taking over by hand.
-    std::filesystem::path backup = path_;
-    backup += ".bak";
-    std::filesystem::copy_file(path_, backup, std::filesystem::copy_options::overwrite_existing, ec);
-  }
-  if (::rename(temporary.c_str(), path_.c_str()) != 0) {
-    error = describeErrno("cannot replace", path_);
-    abandon(-1);
-    return false;
-  }
-  // The rename is durable only once the folder reached the disk.
-  const int dir = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (dir >= 0) {
-    ::fsync(dir);
-    ::close(dir);
   }
   return true;
 }

@@ -1,4 +1,4 @@
-#include "dxf/atomicfile.h"
+#include "core/atomicfile.h"
 
 #include <cerrno>
 #include <cstring>
@@ -8,13 +8,9 @@
 
 #include <vector>
 
-namespace corvane::dxf {
+namespace corvane::core {
 
 namespace {
-
-std::string describe(const std::string& what, const std::filesystem::path& path) {
-  return what + " '" + path.string() + "': " + std::strerror(errno);
-}
 
 bool writeAll(int fd, const char* data, std::size_t size) {
   while (size > 0) {
@@ -52,13 +48,15 @@ AtomicFile::AtomicFile(std::filesystem::path target) : target_(std::move(target)
 
 AtomicFile::~AtomicFile() { discard(); }
 
-std::filesystem::path AtomicFile::backupPath(const std::filesystem::path& target) {
-  return std::filesystem::path(target).replace_extension(".bak");
+bool AtomicFile::fail(const std::string& what, const std::filesystem::path& path) {
+  error_ = what + " '" + path.string() + "': " + std::strerror(errno);
+  return false;
 }
 
-Status AtomicFile::open() {
+bool AtomicFile::open(std::optional<unsigned> mode) {
   discard();
-  // Hidden, and named after the drawing so that a left-over from a killed process explains itself.
+  error_.clear();
+  // Hidden, and named after the target so that a left-over from a killed process explains itself.
   std::string base = target_.filename().string();
   base.insert(base.begin(), '.');
   base.append(".saving-XXXXXX");
@@ -66,22 +64,21 @@ Status AtomicFile::open() {
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   fd_ = ::mkstemp(name.data());
-  if (fd_ < 0) return Status::failure(describe("cannot create a temporary file next to", target_));
+  if (fd_ < 0) return fail("cannot create a temporary file next to", target_);
   temporary_ = name.data();
-  // The new file takes the old one's permissions, or the usual ones for a new file.
   struct stat info {};
-  mode_t mode;
-  if (::stat(target_.c_str(), &info) == 0) {
-    mode = info.st_mode & 07777;
-  } else {
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    mode = 0666 & ~mask;
+  if (!mode) {
+    if (::stat(target_.c_str(), &info) == 0) {
+      mode = info.st_mode & 07777;
+    } else {
+      const mode_t mask = ::umask(0);
+      ::umask(mask);
+      mode = 0666 & ~mask;
+    }
   }
-  ::fchmod(fd_, mode);
+  ::fchmod(fd_, static_cast<mode_t>(*mode));
   written_ = 0;
-  error_.clear();
-  return Status::success();
+  return true;
 }
 
 bool AtomicFile::write(std::string_view bytes) {
@@ -95,46 +92,42 @@ bool AtomicFile::write(std::string_view bytes) {
     size = static_cast<std::size_t>(limit_ - written_);
     full = true;
   }
-  if (!writeAll(fd_, bytes.data(), size)) {
-    error_ = describe("cannot write", temporary_);
-    return false;
-  }
+  if (!writeAll(fd_, bytes.data(), size)) return fail("cannot write", temporary_);
   written_ += size;
   if (full) {
     errno = ENOSPC;
-    error_ = describe("cannot write", temporary_);
-    return false;
+    return fail("cannot write", temporary_);
   }
   return true;
 }
 
-Status AtomicFile::commit(const std::filesystem::path& backup) {
-  if (fd_ < 0) return Status::failure("the file is not open for writing");
-  if (::fsync(fd_) != 0) {
-    const auto status = Status::failure(describe("cannot flush", temporary_));
-    discard();
-    return status;
+bool AtomicFile::commit(const std::filesystem::path& backup) {
+  if (fd_ < 0) {
+    error_ = "the file is not open for writing";
+    return false;
   }
+  bool done = ::fsync(fd_) == 0 || fail("cannot flush", temporary_);
   ::close(fd_);
   fd_ = -1;
-  if (!backup.empty() && ::access(target_.c_str(), F_OK) == 0) {
-    // A hard link keeps the old contents under the backup name without a moment in which
-    // the drawing itself is missing.
-    ::unlink(backup.c_str());
-    if (::link(target_.c_str(), backup.c_str()) != 0 && !copyFile(target_, backup)) {
-      const auto status = Status::failure(describe("cannot keep the backup", backup));
-      discard();
-      return status;
-    }
+  if (done && beforeRename_ && !beforeRename_()) {
+    error_ = "the write was stopped before '" + target_.string() + "' was replaced";
+    done = false;
   }
-  if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
-    const auto status = Status::failure(describe("cannot replace", target_));
+  if (done && !backup.empty() && ::access(target_.c_str(), F_OK) == 0) {
+    // A hard link keeps the old contents under the backup name without a moment in which
+    // the target itself is missing.
+    ::unlink(backup.c_str());
+    if (::link(target_.c_str(), backup.c_str()) != 0 && !copyFile(target_, backup))
+      done = fail("cannot keep the backup", backup);
+  }
+  if (done && ::rename(temporary_.c_str(), target_.c_str()) != 0) done = fail("cannot replace", target_);
+  if (!done) {
     discard();
-    return status;
+    return false;
   }
   temporary_.clear();
   syncFolder(target_.parent_path());
-  return Status::success();
+  return true;
 }
 
 void AtomicFile::discard() noexcept {
@@ -144,4 +137,4 @@ void AtomicFile::discard() noexcept {
   temporary_.clear();
 }
 
-}  // namespace corvane::dxf
+}  // namespace corvane::core
