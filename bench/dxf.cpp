@@ -1,6 +1,5 @@
-// Load and save throughput of DXF drawings and the memory a loaded drawing takes, on generated
-// drawings of 10^4 to 10^6 entities (lines, polylines, circles, texts, multiline texts and
-// block references with attributes), written the way the host writes R2018 files.
+// Load and save throughput of DXF files at the tag level and the memory a read file takes,
+// on the generated drawings.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <unistd.h>
@@ -16,143 +15,21 @@
 #include <string>
 
 #include "countingallocator.h"
+#include "generateddrawing.h"
 #include "dxf/document.h"
 
 namespace {
 
-using corvane::dxf::ByteSink;
+using corvane::bench::CountingSink;
 using corvane::dxf::Document;
 using corvane::dxf::FileFormat;
-
-// --- the generated drawings
-
-class Generator {
- public:
-  std::string drawing(std::size_t entities) {
-    out_.clear();
-    handle_ = 0x100;
-    tag(0, "SECTION");
-    tag(2, "HEADER");
-    tag(9, "$ACADVER");
-    tag(1, "AC1032");
-    tag(9, "$DWGCODEPAGE");
-    tag(3, "ANSI_1252");
-    tag(9, "$HANDSEED");
-    tag(5, hex(0x100 + entities * 8));
-    tag(0, "ENDSEC");
-    tag(0, "SECTION");
-    tag(2, "ENTITIES");
-    for (std::size_t i = 0; i < entities; ++i) entity(i);
-    tag(0, "ENDSEC");
-    tag(0, "EOF");
-    return std::move(out_);
-  }
-
- private:
-  void tag(int code, std::string_view value) {
-    char line[16];
-    const int n = std::snprintf(line, sizeof line, "%3d\r\n", code);
-    out_.append(line, static_cast<std::size_t>(n));
-    out_.append(value);
-    out_.append("\r\n");
-  }
-  void real(int code, double value) {
-    char text[32];
-    const int n = std::snprintf(text, sizeof text, "%.10g", value);
-    tag(code, std::string_view(text, static_cast<std::size_t>(n)));
-  }
-  void integer(int code, long value) {
-    char text[16];
-    const int n = std::snprintf(text, sizeof text, "%6ld", value);
-    tag(code, std::string_view(text, static_cast<std::size_t>(n)));
-  }
-  static std::string hex(std::size_t value) {
-    char text[20];
-    std::snprintf(text, sizeof text, "%zX", value);
-    return text;
-  }
-  void common(std::string_view type, std::string_view subclass) {
-    tag(0, type);
-    tag(5, hex(handle_++));
-    tag(330, "1F");
-    tag(100, "AcDbEntity");
-    tag(8, "Layer-7");
-    tag(100, subclass);
-  }
-  void point(int code, double x, double y, double z) {
-    real(code, x);
-    real(code + 10, y);
-    real(code + 20, z);
-  }
-
-  void entity(std::size_t i) {
-    const double x = static_cast<double>(i % 1000) * 12.5 + 0.123456789;
-    const double y = static_cast<double>(i / 1000) * 7.25 + 3.14159265;
-    switch (i % 6) {
-      case 0:
-        common("LINE", "AcDbLine");
-        point(10, x, y, 0);
-        point(11, x + 10.5, y + 3.75, 0);
-        break;
-      case 1:
-        common("LWPOLYLINE", "AcDbPolyline");
-        integer(90, 5);
-        integer(70, 1);
-        real(43, 0);
-        for (int v = 0; v < 5; ++v) {
-          real(10, x + v * 2.5);
-          real(20, y + (v % 2) * 1.25);
-        }
-        break;
-      case 2:
-        common("CIRCLE", "AcDbCircle");
-        point(10, x, y, 0);
-        real(40, 2.75 + static_cast<double>(i % 7));
-        break;
-      case 3:
-        common("TEXT", "AcDbText");
-        point(10, x, y, 0);
-        real(40, 2.5);
-        tag(1, "Room " + std::to_string(i));
-        tag(100, "AcDbText");
-        break;
-      case 4:
-        common("MTEXT", "AcDbMText");
-        point(10, x, y, 0);
-        real(40, 2.5);
-        real(41, 60);
-        integer(71, 1);
-        tag(1, "{\\fArial|b0|i0;Area\\P" + std::to_string(i) + " m\\U+00B2}");
-        tag(7, "Standard");
-        break;
-      default:
-        common("INSERT", "AcDbBlockReference");
-        integer(66, 1);
-        tag(2, "DOOR");
-        point(10, x, y, 0);
-        for (const char* name : {"TAG", "WIDTH"}) {
-          common("ATTRIB", "AcDbText");
-          point(10, x, y, 0);
-          real(40, 1.5);
-          tag(1, std::string(name) + "-" + std::to_string(i));
-          tag(100, "AcDbAttribute");
-          tag(2, name);
-          integer(70, 0);
-        }
-        common("SEQEND", "AcDbSequenceEnd");
-        break;
-    }
-  }
-
-  std::string out_;
-  std::size_t handle_ = 0x100;
-};
 
 const std::string& generated(std::size_t entities, FileFormat format) {
   static std::map<std::pair<std::size_t, FileFormat>, std::string> cache;
   auto& text = cache[{entities, format}];
   if (text.empty()) {
-    text = Generator().drawing(entities);
+    using corvane::bench::DrawingGenerator;
+    text = DrawingGenerator().drawing(entities, DrawingGenerator::Contents::EntitiesOnly);
     if (format == FileFormat::Binary) {
       auto read = Document::read(text);
       corvane::dxf::StringSink sink;
@@ -163,16 +40,6 @@ const std::string& generated(std::size_t entities, FileFormat format) {
   return text;
 }
 
-// Takes the bytes and forgets them, as a disk that is never full would.
-class CountingSink : public ByteSink {
- public:
-  bool write(std::string_view bytes) override {
-    written += bytes.size();
-    benchmark::DoNotOptimize(bytes.data());
-    return true;
-  }
-  std::size_t written = 0;
-};
 
 void load(benchmark::State& state, FileFormat format) {
   const std::string& file = generated(static_cast<std::size_t>(state.range(0)), format);
