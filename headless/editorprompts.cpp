@@ -97,6 +97,18 @@ bool EditorPrompts::ask(std::wstring_view prompt, std::wstring& answer) {
   return true;
 }
 
+int EditorPrompts::askTrimmed(std::wstring_view prompt, const Control& control, std::wstring_view required,
+                              std::wstring& trimmed) {
+  while (true) {
+    std::wstring answer;
+    if (!ask(prompt, answer)) return RTCAN;
+    trimmed = core::trim(answer);
+    if (!trimmed.empty()) return RTNORM;
+    if (!(control.flags & RSG_NONULL)) return RTNONE;
+    print_(required);
+  }
+}
+
 bool EditorPrompts::matchKeyword(const Control& control, std::wstring_view answer) {
   if (answer.empty()) return false;
   for (const auto& [local, global] : control.keywords) {
@@ -147,16 +159,9 @@ std::optional<AcGePoint3d> EditorPrompts::parsePoint(std::wstring_view text, con
 int EditorPrompts::pointPrompt(const AcGePoint3d* base, std::wstring_view prompt, AcGePoint3d& point) {
   const Control control = take();
   while (true) {
-    std::wstring answer;
-    if (!ask(prompt, answer)) return RTCAN;
-    const std::wstring trimmed = core::trim(answer);
-    if (trimmed.empty()) {
-      if (control.flags & RSG_NONULL) {
-        print_(L"\nPoint or option keyword required.");
-        continue;
-      }
-      return RTNONE;
-    }
+    std::wstring trimmed;
+    if (const int status = askTrimmed(prompt, control, L"\nPoint or option keyword required.", trimmed); status != RTNORM)
+      return status;
     if (const auto parsed = parsePoint(trimmed, base ? *base : lastPoint_)) {
       point = *parsed;
       lastPoint_ = *parsed;
@@ -297,16 +302,15 @@ int EditorPrompts::ssGet(std::wstring_view mode, const ResBufList* filter, std::
 
 int EditorPrompts::getKword(std::wstring_view prompt, std::wstring& keyword) {
   const Control control = take();
+  constexpr std::wstring_view kInvalid = L"\nInvalid option keyword.";
   while (true) {
-    std::wstring answer;
-    if (!ask(prompt, answer)) return RTCAN;
-    const std::wstring trimmed = core::trim(answer);
-    if (trimmed.empty() && !(control.flags & RSG_NONULL)) return RTNONE;
+    std::wstring trimmed;
+    if (const int status = askTrimmed(prompt, control, kInvalid, trimmed); status != RTNORM) return status;
     if (matchKeyword(control, trimmed)) {
       keyword = keyword_;
       return RTNORM;
     }
-    print_(L"\nInvalid option keyword.");
+    print_(kInvalid);
   }
 }
 
@@ -326,16 +330,9 @@ int EditorPrompts::getString(bool allowSpaces, std::wstring_view prompt, std::ws
 int EditorPrompts::getInt(std::wstring_view prompt, int& value) {
   const Control control = take();
   while (true) {
-    std::wstring answer;
-    if (!ask(prompt, answer)) return RTCAN;
-    const std::wstring trimmed = core::trim(answer);
-    if (trimmed.empty()) {
-      if (control.flags & RSG_NONULL) {
-        print_(L"\nRequires an integer value.");
-        continue;
-      }
-      return RTNONE;
-    }
+    std::wstring trimmed;
+    if (const int status = askTrimmed(prompt, control, L"\nRequires an integer value.", trimmed); status != RTNORM)
+      return status;
     std::size_t digits = trimmed.front() == L'-' || trimmed.front() == L'+' ? 1 : 0;
     const bool integer = digits < trimmed.size() && trimmed.size() - digits <= 9 &&
                          trimmed.find_first_not_of(L"0123456789", digits) == std::wstring::npos;

@@ -54,6 +54,10 @@ class EditorPrompts : public host::AcEdPrompts {
   };
   Control take();
   bool ask(std::wstring_view prompt, std::wstring& answer);
+  // One trimmed answer: RTNORM with it, RTCAN when the input ended or was cancelled, RTNONE
+  // for an empty answer the control allows. An empty answer it refuses shows `required` and
+  // the prompt comes again.
+  int askTrimmed(std::wstring_view prompt, const Control& control, std::wstring_view required, std::wstring& trimmed);
   bool matchKeyword(const Control& control, std::wstring_view answer);
   int pointPrompt(const host::AcGePoint3d* base, std::wstring_view prompt, host::AcGePoint3d& point);
   // An entity named by an answer: "(handent "H")" or "L"; null id when the answer names none.
