@@ -146,8 +146,24 @@ bool ExprEngine::Evaluate(std::wstring& result) {
 }
 
 void ExprEngine::run(std::vector<std::wstring>& stack) {
-  const auto requireTwo = [&stack](std::wstring_view op) {
+  // The operands of a binary operator, resolved: the right one taken off the stack, the left
+  // one left there to take the result. Concatenation and comparison see them unmarked.
+  struct Operands {
+    std::wstring right;
+    std::wstring& left;
+  };
+  const auto operands = [this, &stack](std::wstring_view op, bool unmarked) -> Operands {
     if (stack.size() < 2) throw ExprError(L"Stack is empty, can not perform [" + std::wstring(op) + L"]");
+    std::wstring right = std::move(stack.back());
+    stack.pop_back();
+    std::wstring& left = stack.back();
+    if (unmarked) {
+      stripMarkersInPlace(right);
+      stripMarkersInPlace(left);
+    }
+    resolve(right);
+    resolve(left);
+    return {std::move(right), left};
   };
   for (const PostfixStep& step : postfix_) {
     const std::wstring_view token = step.text;
@@ -155,12 +171,7 @@ void ExprEngine::run(std::vector<std::wstring>& stack) {
     switch (kind) {
       case ExprTokenKind::kPlus:
       case ExprTokenKind::kMinus: {
-        requireTwo(token);
-        std::wstring right = std::move(stack.back());
-        stack.pop_back();
-        std::wstring& left = stack.back();
-        resolve(right);
-        resolve(left);
+        auto [right, left] = operands(token, false);
         // Booleans and string literals (still marked) fail the numeric test as well.
         if (!IsNumericText(left) || !IsNumericText(right)) throw ExprError(L"#VAL!");
         const double a = TextToNumber(left);
@@ -172,12 +183,7 @@ void ExprEngine::run(std::vector<std::wstring>& stack) {
       case ExprTokenKind::kMultiply:
       case ExprTokenKind::kDivide:
       case ExprTokenKind::kRemainder: {
-        requireTwo(token);
-        std::wstring right = std::move(stack.back());
-        stack.pop_back();
-        std::wstring& left = stack.back();
-        resolve(right);
-        resolve(left);
+        auto [right, left] = operands(token, false);
         const double a = TextToNumber(left);
         const double b = TextToNumber(right);
         double value = 0;
@@ -198,14 +204,7 @@ void ExprEngine::run(std::vector<std::wstring>& stack) {
         break;
       }
       case ExprTokenKind::kConcat: {
-        requireTwo(token);
-        std::wstring right = std::move(stack.back());
-        stack.pop_back();
-        std::wstring& left = stack.back();
-        stripMarkersInPlace(right);
-        stripMarkersInPlace(left);
-        resolve(right);
-        resolve(left);
+        auto [right, left] = operands(token, true);
         left += right;
         break;
       }
@@ -222,14 +221,7 @@ void ExprEngine::run(std::vector<std::wstring>& stack) {
       }
       default:
         if (isComparison(kind)) {
-          requireTwo(token);
-          std::wstring right = std::move(stack.back());
-          stack.pop_back();
-          std::wstring& left = stack.back();
-          stripMarkersInPlace(right);
-          stripMarkersInPlace(left);
-          resolve(right);
-          resolve(left);
+          auto [right, left] = operands(token, true);
           bool holds = false;
           if (IsNumericText(left) && IsNumericText(right)) {
             holds = compareNumbers(kind, TextToNumber(left), TextToNumber(right));
