@@ -11,6 +11,7 @@
 #include "core/printf.h"
 #include "core/textutil.h"
 #include "headless/rtos.h"
+#include "host/formataffix.h"
 
 namespace corvane::headless {
 
@@ -98,18 +99,6 @@ std::wstring readBracket(std::wstring_view text, std::size_t& pos, bool escapes)
   return inside;
 }
 
-// Undoes the escapes of one %ps text; a backslash before any other character is kept.
-std::wstring unescape(std::wstring_view text) {
-  std::wstring out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool escaped = text[i] == L'\\' && i + 1 < text.size() &&
-                         std::wstring_view(L"\\,[]").find(text[i + 1]) != std::wstring_view::npos;
-    if (escaped) ++i;
-    out += text[i];
-  }
-  return out;
-}
-
 void splitAffixes(std::wstring_view inside, FieldFormat& f) {
   std::size_t comma = std::wstring_view::npos;
   for (std::size_t i = 0; i < inside.size(); ++i) {
@@ -121,8 +110,8 @@ void splitAffixes(std::wstring_view inside, FieldFormat& f) {
     }
   }
   // Without a comma the whole text is the prefix.
-  f.prefix = unescape(inside.substr(0, comma));
-  f.suffix = comma == std::wstring_view::npos ? std::wstring() : unescape(inside.substr(comma + 1));
+  f.prefix = host::unescapeAffix(inside.substr(0, comma));
+  f.suffix = comma == std::wstring_view::npos ? std::wstring() : host::unescapeAffix(inside.substr(comma + 1));
 }
 
 std::optional<wchar_t> separator(std::optional<int> code) {

@@ -13,24 +13,6 @@ ZeroSuppression ZeroSuppression::fromMask(int mask) noexcept {
   return {(mask & 4) != 0, (mask & 8) != 0, (mask & 1) != 0, (mask & 2) != 0};
 }
 
-std::wstring escapeAffix(std::wstring_view text) {
-  std::wstring out = core::replaceAll(text, L"\\", L"\\\\");
-  out = core::replaceAll(out, L",", L"\\,");
-  out = core::replaceAll(out, L"[", L"\\[");
-  return core::replaceAll(out, L"]", L"\\]");
-}
-
-std::wstring unescapeAffix(std::wstring_view text) {
-  std::wstring out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool escaped = text[i] == L'\\' && i + 1 < text.size() &&
-                         std::wstring_view(L"\\,[]").find(text[i + 1]) != std::wstring_view::npos;
-    if (escaped) ++i;
-    out += text[i];
-  }
-  return out;
-}
-
 std::wstring AdditionalFormat::build(int hostVersion) const {
   std::wstring piece;
   if (!prefix.empty() || !suffix.empty()) {

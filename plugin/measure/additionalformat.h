@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "host/formataffix.h"
+
 namespace corvane {
 
 struct ZeroSuppression {
@@ -33,11 +35,9 @@ struct AdditionalFormat {
   bool operator==(const AdditionalFormat&) const = default;
 };
 
-// Hosts after version 16 read "\\", "\,", "\[" and "\]" inside "%ps[...]" as the plain
-// character; older ones have no escapes.
+// Hosts up to this version have no escapes inside "%ps[...]".
 constexpr int kLastVersionWithoutEscapes = 16;
-std::wstring escapeAffix(std::wstring_view text);
-// Undoes escapeAffix; a backslash before any other character is kept as it is.
-std::wstring unescapeAffix(std::wstring_view text);
+using host::escapeAffix;
+using host::unescapeAffix;
 
 }  // namespace corvane
