@@ -50,7 +50,8 @@ struct AsciiTag {
   Tag tag;
 };
 
-inline AsciiTag asciiTagAt(const char* base, std::size_t n, std::size_t pos) noexcept {
+// Inlined: the reader calls it for every tag of a file.
+[[gnu::always_inline]] inline AsciiTag asciiTagAt(const char* base, std::size_t n, std::size_t pos) noexcept {
   AsciiTag out;
   const char* codeLine = base + pos;
   // Code lines are a few bytes long: looking at them directly beats a call per line.
@@ -105,7 +106,7 @@ struct BinaryTag {
   Tag tag;
 };
 
-inline BinaryTag binaryTagAt(const char* text, std::size_t n, std::size_t pos, bool twoByteCodes) noexcept {
+[[gnu::always_inline]] inline BinaryTag binaryTagAt(const char* text, std::size_t n, std::size_t pos, bool twoByteCodes) noexcept {
   BinaryTag out;
   const auto* base = reinterpret_cast<const unsigned char*>(text);
   const std::size_t start = pos;
