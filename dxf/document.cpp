@@ -350,16 +350,12 @@ Tag Document::storeValue(std::int16_t code, std::string_view valueText) {
 
 std::vector<Tag>& Document::editableTags(RecordId id) {
   Record& record = records_.at(id);
-  record.readAgain = false;  // whatever it holds now may change
-  if (record.edited == 0) {
-    if (record.chunk == kNoChunk) {
-      tags(id);  // a released record: its tags, read again, become its own
-      record.readAgain = false;
-    } else {
-      const auto first = chunks_[record.chunk].tags.begin() + record.first;
-      editedTags_.emplace_back(first, first + record.count);
-      record.edited = static_cast<std::uint32_t>(editedTags_.size());
-    }
+  if (record.edited == 0 || record.readAgain) {
+    // The first change works on a copy: tags handed out before stay as they were.
+    const auto current = tags(id);
+    editedTags_.emplace_back(current.begin(), current.end());
+    record.edited = static_cast<std::uint32_t>(editedTags_.size());
+    record.readAgain = false;
   }
   return editedTags_[record.edited - 1];
 }

@@ -286,8 +286,13 @@ TEST(RoundTrip, EditsToReleasedRecordsAreWrittenAndStay) {
   const RecordId line = *doc->findHandle(0x201);
   for (RecordId id : allRecords(*doc)) doc->release(id);
 
+  // Tags handed out before a change stay as they were.
+  const auto before = doc->tags(polyline);
   doc->setText(line, 2, L"Walls");
   doc->insertTag(polyline, 4, NewTag::integer(70, 1));
+  ASSERT_EQ(before.size(), 4u + 2 * 12000);
+  EXPECT_EQ(doc->valueText(before[4]), "0");
+  EXPECT_EQ(doc->tags(polyline)[4].code, 70);
   // Releasing an edited record keeps the edit.
   doc->release(line);
   doc->release(polyline);
