@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -213,7 +214,8 @@ class Document {
   // Reading a released record's tags again changes neither what the document holds nor
   // what it writes, so it is done on const access.
   mutable std::vector<Record> records_;
-  mutable std::vector<std::vector<Tag>> editedTags_;
+  // A deque: reading a record again adds to it while a caller may hold another's tags.
+  mutable std::deque<std::vector<Tag>> editedTags_;
   std::vector<Section> sections_;
   RecordId prologue_ = kNoRecord;
   RecordId eof_ = kNoRecord;
