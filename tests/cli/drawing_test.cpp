@@ -2,61 +2,28 @@
 // their exit codes and what they leave on disk.
 #include <gtest/gtest.h>
 
-#include "support/clirun.h"
-
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
+
+#include "support/clirun.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using corvane::testing::CommandRun;
+using Folder = corvane::testing::RunFolder;
 
 CommandRun run(const std::vector<std::string>& args, const fs::path& errors) {
   return corvane::testing::runCorvane(args, errors);
 }
 
-class Folder {
- public:
-  Folder() : path_(fs::temp_directory_path() / ("corvane-cli-drawing-" + std::to_string(::getpid()))) {
-    fs::remove_all(path_);
-    fs::create_directories(path_);
-  }
-  ~Folder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  const fs::path& path() const { return path_; }
-  std::vector<std::string> entries() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(path_)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-
- private:
-  fs::path path_;
-};
-
-fs::path sample(const char* name) { return fs::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name; }
-
-#define NEED_SAMPLES()                          \
-  do {                                          \
-    if (!fs::is_directory(sample(""))) {        \
-      GTEST_SKIP() << "no sample drawings";     \
-    }                                           \
-  } while (false)
+fs::path sample(const char* name) { return corvane::testing::sampleDrawing(name); }
 
 TEST(DrawingCommands, ListFieldsAsLinesOrJson) {
-  NEED_SAMPLES();
+  CORVANE_NEED_SAMPLE_DRAWINGS();
   const Folder folder;
   const auto errors = folder.path() / "stderr";
   const std::string drawing = sample("ezdxf-uncommon.dxf").string();
@@ -84,7 +51,7 @@ TEST(DrawingCommands, ListFieldsAsLinesOrJson) {
 
 // Fields the drawing's field list does not name are still fields of the drawing.
 TEST(DrawingCommands, ListFieldsTheFieldListMisses) {
-  NEED_SAMPLES();
+  CORVANE_NEED_SAMPLE_DRAWINGS();
   const Folder folder;
   const auto errors = folder.path() / "stderr";
   std::string bytes = corvane::testing::readWhole(sample("ezdxf-uncommon.dxf"));
@@ -109,7 +76,7 @@ TEST(DrawingCommands, ListFieldsTheFieldListMisses) {
 }
 
 TEST(DrawingCommands, SaveWritesTheDrawingAsItCameIn) {
-  NEED_SAMPLES();
+  CORVANE_NEED_SAMPLE_DRAWINGS();
   const Folder folder;
   const auto out = folder.path() / "copy.dxf";
   const CommandRun saved = run({"save", sample("ezdxf-mtext_complex_inline_codes.dxf").string(), "-o", out.string()},
@@ -120,7 +87,7 @@ TEST(DrawingCommands, SaveWritesTheDrawingAsItCameIn) {
 }
 
 TEST(DrawingCommands, UpdateEvaluatesEveryFieldAndSaves) {
-  NEED_SAMPLES();
+  CORVANE_NEED_SAMPLE_DRAWINGS();
   const Folder folder;
   const auto errors = folder.path() / "stderr";
   const auto original = corvane::testing::readWhole(sample("ezdxf-mtext_complex_inline_codes.dxf"));
@@ -174,7 +141,7 @@ TEST(DrawingCommands, ReportErrorsWithoutWritingAnything) {
     EXPECT_EQ(result.out, "");
     EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
   }
-  EXPECT_EQ(folder.entries(), std::vector<std::string>{"broken.dxf"});
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"broken.dxf"});
 }
 
 }  // namespace

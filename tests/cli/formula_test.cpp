@@ -3,10 +3,6 @@
 
 #include "support/clirun.h"
 
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -67,8 +63,8 @@ TEST(FormulaCommand, BadUsageExitsWithTwo) {
 }
 
 TEST(FormulaCommand, BindsATableOfADrawing) {
-  const std::string sample = std::string(CORVANE_SHARED_DIR) + "/samples/dxf/ezdxf-acad_table_simple.dxf";
-  if (!std::ifstream(sample)) GTEST_SKIP() << "no sample drawings";
+  CORVANE_NEED_SAMPLE_DRAWINGS();
+  const std::string sample = corvane::testing::sampleDrawing("ezdxf-acad_table_simple.dxf").string();
   // The sample's table (handle 9C): "Title" over the numbers 1 to 6 in two rows of three.
   const CommandRun bound = run({"formula", "--drawing", sample, "--table", "9C", "--", "A2+B3", "SUM(A2:C3)",
                                 "AVG(A2:C2)", "A1 & '!'", "LUNITS"});

@@ -3,14 +3,11 @@
 
 #include "support/clirun.h"
 
-#include <sys/wait.h>
-
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
 
-#include "headless/scratchfolder.h"
+#include "support/scratchfolder.h"
 
 namespace {
 
@@ -94,9 +91,8 @@ TEST(RunCommand, RefusesWhatItCannotDo) {
 }
 
 TEST(RunCommand, RunsCommandsOnADrawingAndSavesIt) {
-  const std::filesystem::path sample =
-      std::filesystem::path(CORVANE_SHARED_DIR) / "samples/dxf/ezdxf-multi_insert_with_attribs.dxf";
-  if (!std::filesystem::exists(sample)) GTEST_SKIP() << "no sample drawings here";
+  CORVANE_NEED_SAMPLE_DRAWINGS();
+  const auto sample = corvane::testing::sampleDrawing("ezdxf-multi_insert_with_attribs.dxf");
   ScratchFolder folder;
   const std::string original = ScratchFolder::read(sample);
   ScratchFolder::write(folder / "drawing.dxf", original);

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 using corvane::testing::CommandRun;
 using corvane::testing::RunFolder;
 
-fs::path sample(const std::string& name) { return fs::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name; }
+using corvane::testing::sampleDrawing;
 
 // Puts the field code into a cell of the table and saves the drawing as `out`; "" when done.
 std::string addFormula(const fs::path& drawing, std::uint64_t table, int row, int column,
@@ -64,7 +64,7 @@ std::string auditLine(const std::string& readerOutput) {
 }
 
 TEST(SampleFormula, UpdateGivesTheCellItsValueForAnIndependentReader) {
-  if (!fs::is_directory(sample(""))) GTEST_SKIP() << "no sample drawings";
+  CORVANE_NEED_SAMPLE_DRAWINGS();
   if (corvane::testing::pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
   struct Case {
     const char* file;
@@ -84,7 +84,7 @@ TEST(SampleFormula, UpdateGivesTheCellItsValueForAnIndependentReader) {
     const RunFolder folder;
     const auto withFormula = folder / "with-formula.dxf";
     const auto updated = folder / "updated.dxf";
-    ASSERT_EQ(addFormula(sample(c.file), std::stoull(c.table, nullptr, 16), c.row, c.column,
+    ASSERT_EQ(addFormula(sampleDrawing(c.file), std::stoull(c.table, nullptr, 16), c.row, c.column,
                          std::wstring(c.code, c.code + std::strlen(c.code)), withFormula),
               "");
 
@@ -97,7 +97,7 @@ TEST(SampleFormula, UpdateGivesTheCellItsValueForAnIndependentReader) {
       return corvane::testing::runPython(
           kCellScript, {file.string(), c.table, std::to_string(c.row), std::to_string(c.column)}, folder);
     };
-    const CommandRun original = read(sample(c.file));
+    const CommandRun original = read(sampleDrawing(c.file));
     const CommandRun before = read(withFormula);
     const CommandRun after = read(updated);
     ASSERT_EQ(original.exitCode, 0) << original.err;

@@ -1,46 +1,25 @@
 // corvane table: the cells of a table of a drawing, as lines or as JSON, and its errors.
 #include <gtest/gtest.h>
 
-#include "support/clirun.h"
-
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "support/clirun.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using corvane::testing::CommandRun;
+using corvane::testing::sampleDrawing;
+using Folder = corvane::testing::RunFolder;
 
 CommandRun run(const std::vector<std::string>& args, const fs::path& errors) {
   return corvane::testing::runCorvane(args, errors);
 }
-
-class Folder {
- public:
-  Folder() : path_(fs::temp_directory_path() / ("corvane-cli-table-" + std::to_string(::getpid()))) {
-    fs::remove_all(path_);
-    fs::create_directories(path_);
-  }
-  ~Folder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
-
-fs::path sample(const char* name) { return fs::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name; }
 
 // A small drawing of the given version with one table of one row: the cells' tags as given,
 // and a field object for cells that point at handle 50.
@@ -67,10 +46,10 @@ std::string drawing(const std::string& version, const std::vector<std::pair<int,
 }
 
 TEST(TableCommand, ListsTheCellsOfASample) {
-  if (!fs::is_directory(sample(""))) GTEST_SKIP() << "no sample drawings";
+  CORVANE_NEED_SAMPLE_DRAWINGS();
   const Folder folder;
   const auto errors = folder.path() / "stderr";
-  const CommandRun lines = run({"table", sample("ezdxf-acad_table_simple.dxf").string(), "9c"}, errors);
+  const CommandRun lines = run({"table", sampleDrawing("ezdxf-acad_table_simple.dxf").string(), "9c"}, errors);
   EXPECT_EQ(lines.exitCode, 0) << lines.err;
   // The title spans the first row; the data cells take any type and hold texts.
   EXPECT_EQ(lines.out,
@@ -78,7 +57,7 @@ TEST(TableCommand, ListsTheCellsOfASample) {
             "1\t0\t1\t512\t1\n1\t1\t1\t512\t2\n1\t2\t1\t512\t3\n"
             "2\t0\t1\t512\t4\n2\t1\t1\t512\t5\n2\t2\t1\t512\t6\n");
 
-  const CommandRun json = run({"table", "--json", sample("acadsharp-sample_AC1032_ascii.dxf").string(), "A35"}, errors);
+  const CommandRun json = run({"table", "--json", sampleDrawing("acadsharp-sample_AC1032_ascii.dxf").string(), "A35"}, errors);
   EXPECT_EQ(json.exitCode, 0) << json.err;
   const std::string head = "{\"handle\": \"A35\", \"rows\": 4, \"columns\": 5, \"cells\": [\n";
   EXPECT_EQ(json.out.substr(0, head.size()), head);

@@ -22,7 +22,7 @@ std::unique_ptr<Document> editedDrawing(const std::string& text) {
 }
 
 TEST(Save, ReplacesTheDrawingAndKeepsThePreviousOneAsBackup) {
-  const testing::TempFolder folder("save");
+  const testing::ScratchFolder folder;
   const auto path = folder.path() / "plan.dxf";
   const std::string original = testing::asciiDxf(testing::drawing("AC1015", kLine));
   testing::writeBytes(path, original);
@@ -31,7 +31,7 @@ TEST(Save, ReplacesTheDrawingAndKeepsThePreviousOneAsBackup) {
   auto doc = editedDrawing(original);
   const Status saved = doc->save(path);
   ASSERT_TRUE(saved.ok()) << saved.message();
-  EXPECT_EQ(folder.entries(), (std::vector<std::string>{"plan.bak", "plan.dxf"}));
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"plan.bak", "plan.dxf"}));
   EXPECT_EQ(testing::readBytes(folder.path() / "plan.bak"), original);
   const auto reread = Document::readFile(path);
   ASSERT_TRUE(reread.document) << reread.error;
@@ -56,7 +56,7 @@ TEST(Save, AFailedWriteLeavesTheDrawingAsItWasAndNoTemporaryFile) {
   const std::uint64_t limits[] = {0, 1, 100, original.size() - 1};
   for (const std::uint64_t limit : limits) {
     SCOPED_TRACE(limit);
-    const testing::TempFolder folder("fail");
+    const testing::ScratchFolder folder;
     const auto path = folder.path() / "plan.dxf";
     testing::writeBytes(path, original);
     auto doc = editedDrawing(original);
@@ -66,12 +66,12 @@ TEST(Save, AFailedWriteLeavesTheDrawingAsItWasAndNoTemporaryFile) {
     EXPECT_FALSE(saved.ok());
     EXPECT_NE(saved.message().find("No space left on device"), std::string::npos) << saved.message();
     EXPECT_EQ(testing::readBytes(path), original);
-    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"plan.dxf"}));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"plan.dxf"}));
   }
 }
 
 TEST(Save, AnUncommittedFileIsRemovedAndTheTargetUntouched) {
-  const testing::TempFolder folder("abandon");
+  const testing::ScratchFolder folder;
   const auto path = folder.path() / "plan.dxf";
   testing::writeBytes(path, "old");
   {
@@ -81,12 +81,12 @@ TEST(Save, AnUncommittedFileIsRemovedAndTheTargetUntouched) {
     EXPECT_TRUE(std::filesystem::exists(file.temporaryPath()));
     EXPECT_EQ(file.temporaryPath().parent_path(), folder.path());
   }
-  EXPECT_EQ(folder.entries(), (std::vector<std::string>{"plan.dxf"}));
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"plan.dxf"}));
   EXPECT_EQ(testing::readBytes(path), "old");
 }
 
 TEST(Save, IntoAMissingFolderFailsWithTheReason) {
-  const testing::TempFolder folder("missing");
+  const testing::ScratchFolder folder;
   auto doc = editedDrawing(testing::asciiDxf(testing::drawing("AC1015", kLine)));
   const Status saved = doc->save(folder.path() / "no" / "plan.dxf");
   EXPECT_FALSE(saved.ok());

@@ -359,7 +359,7 @@ TEST(DrawingFile, DamagedFieldsLoadEvaluateAndSaveAsRead) {
 }
 
 TEST(DrawingFile, ReportsFilesThatCannotBeRead) {
-  const testing::TempFolder folder("drawingfile-errors");
+  const testing::ScratchFolder folder;
   testing::writeBytes(folder.path() / "broken.dxf", "  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\n");
   testing::writeBytes(folder.path() / "text.dxf", "this is not a drawing\n");
   struct Case {

@@ -80,7 +80,7 @@ std::uint64_t handleOf(const std::string& text) {
 
 // Runs a script over a saved drawing with ezdxf; its output, or "ERROR: ..." when it failed.
 std::string runEzdxf(const std::string& script, const std::string& bytes) {
-  const testing::TempFolder folder("ezdxf-save");
+  const testing::ScratchFolder folder;
   const auto path = folder.path() / "saved.dxf";
   testing::writeBytes(path, bytes);
   return testing::runEzdxfScript(script, {path.string()});
@@ -635,7 +635,7 @@ TEST(DrawingSave, BinaryDrawingsWorkAsAsciiOnes) {
 
 TEST(DrawingSave, FailsWithoutWritingForObjectsItCannotSpell) {
   CORVANE_NEED_SAMPLES();
-  const testing::TempFolder folder("drawingsave-fail");
+  const testing::ScratchFolder folder;
   const auto path = folder.path() / "drawing.dxf";
   testing::writeBytes(path, sample("ezdxf-uncommon.dxf"));
   headless::HostApplication host;
@@ -661,7 +661,7 @@ TEST(DrawingSave, FailsWithoutWritingForObjectsItCannotSpell) {
   StringSink inMemory;
   ASSERT_TRUE(loaded.drawing->document().write(inMemory).ok());
   EXPECT_TRUE(inMemory.data == sample("ezdxf-uncommon.dxf")) << "the failed save changed the drawing in memory";
-  EXPECT_EQ(folder.entries(), std::vector<std::string>{"drawing.dxf"});
+  EXPECT_EQ(folder.names(), std::vector<std::string>{"drawing.dxf"});
 }
 
 }  // namespace

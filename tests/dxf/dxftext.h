@@ -1,18 +1,13 @@
 // Small DXF files for the tests, spelt out tag by tag.
 #pragma once
 
-#include <cstdint>
-#include <algorithm>
-#include <cstring>
-#include <unistd.h>
 #include <filesystem>
-#include <fstream>
-#include <initializer_list>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "support/scratchfolder.h"
 
 namespace corvane::dxf::testing {
 
@@ -65,37 +60,9 @@ inline std::vector<TagText> splitLines(const std::string& text) {
   return tags;
 }
 
-inline std::string readBytes(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
+using corvane::testing::ScratchFolder;
 
-inline void writeBytes(const std::filesystem::path& path, std::string_view bytes) {
-  std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-// A fresh, empty folder under the system's temporary folder, removed again by the destructor.
-class TempFolder {
- public:
-  explicit TempFolder(const std::string& name) {
-    path_ = std::filesystem::temp_directory_path() / ("corvane-dxf-" + name + "-" + std::to_string(::getpid()));
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
-  }
-  ~TempFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
-  const std::filesystem::path& path() const { return path_; }
-  std::vector<std::string> entries() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path_)) names.push_back(entry.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
-
- private:
-  std::filesystem::path path_;
-};
+inline std::string readBytes(const std::filesystem::path& path) { return ScratchFolder::read(path); }
+inline void writeBytes(const std::filesystem::path& path, const std::string& bytes) { ScratchFolder::write(path, bytes); }
 
 }  // namespace corvane::dxf::testing

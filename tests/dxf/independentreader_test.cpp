@@ -35,7 +35,7 @@ constexpr const char* kScript =
 
 TEST(IndependentReader, OpensWhatWeSaveInBothFormatsAndEncodings) {
   if (pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
-  const testing::TempFolder folder("ezdxf");
+  const testing::ScratchFolder folder;
   struct Case {
     const char* name;
     std::string version;
@@ -68,7 +68,7 @@ TEST(IndependentReader, OpensEverySampleSavedAsBinary) {
   if (pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
   const std::filesystem::path samples = std::filesystem::path(CORVANE_SHARED_DIR) / "samples" / "dxf";
   if (!std::filesystem::is_directory(samples)) GTEST_SKIP() << "no sample drawings";
-  const testing::TempFolder folder("ezdxf-samples");
+  const testing::ScratchFolder folder;
   const char* count = "import sys, ezdxf\ndoc = ezdxf.readfile(sys.argv[1])\nprint(len(doc.modelspace()), len(doc.blocks))\n";
   for (const auto& entry : std::filesystem::directory_iterator(samples)) {
     if (entry.path().extension() != ".dxf") continue;

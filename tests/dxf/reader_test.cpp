@@ -70,7 +70,7 @@ TEST(Reader, MalformedFilesGiveTheLineOrByteAndWhatWasExpected) {
 }
 
 TEST(Reader, FileErrorsNameTheFile) {
-  const testing::TempFolder folder("reader");
+  const testing::ScratchFolder folder;
   const auto missing = Document::readFile(folder.path() / "missing.dxf");
   EXPECT_EQ(missing.document, nullptr);
   EXPECT_NE(missing.error.find("missing.dxf': No such file or directory"), std::string::npos) << missing.error;

@@ -288,7 +288,7 @@ TEST(TableRecord, ACellUpdateReachesBothCopiesAndTheGraphics) {
   EXPECT_EQ(contentAfter.size() - contentBefore.size(), recordAfter.size() - recordBefore.size());
 
   // Read again from the saved bytes, by us and by ezdxf.
-  const testing::TempFolder folder("table-update");
+  const testing::ScratchFolder folder;
   const auto path = folder.path() / "updated.dxf";
   ASSERT_TRUE(loaded.doc->save(path));
   Loaded again(path);
@@ -337,7 +337,7 @@ TEST(TableRecord, AnEmptyCellThatGainsTextIsDrawn) {
   ASSERT_TRUE(status) << status.message();
   EXPECT_EQ(drawnTexts(), 1u);
 
-  const testing::TempFolder folder("table-new-text");
+  const testing::ScratchFolder folder;
   const auto path = folder.path() / "filled.dxf";
   ASSERT_TRUE(loaded.doc->save(path));
   Loaded again(path);
@@ -404,7 +404,7 @@ TEST(TableRecord, InsertedRowsAndColumnsAreWrittenLikeTheirModels) {
   const Status status = writeTable(*loaded.doc, loaded.record(0x9C), *table);
   ASSERT_TRUE(status) << status.message();
 
-  const testing::TempFolder folder("table-rows");
+  const testing::ScratchFolder folder;
   const auto path = folder.path() / "rows.dxf";
   ASSERT_TRUE(loaded.doc->save(path));
   Loaded again(path);
@@ -483,7 +483,7 @@ TEST(TableRecord, NewTablesReopenWithTheirCells) {
   if (std::filesystem::exists(sample("ezdxf-acad_table_simple.dxf"))) {
     cases.push_back({"drawing with a table style", "", 0x1F, false});
   }
-  const testing::TempFolder folder("table-new");
+  const testing::ScratchFolder folder;
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     auto loaded = c.file.empty() ? std::make_unique<Loaded>(sample("ezdxf-acad_table_simple.dxf"))

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -255,26 +256,42 @@ TEST(Database, HandlesExtendedDataAndSystemVariables) {
 namespace corvane::headless {
 namespace {
 
-TEST(Database, ObjectsKnowWhetherTheyChanged) {
+// Marking the database unmodified leaves no object with changes to write; afterwards each
+// change marks the object it touched and no other.
+TEST(Database, ObjectsKnowWhetherTheyChangedSinceMarkedUnmodified) {
   corvane::testing::TestDrawing d;
   const auto text = d.addText(L"plain");
+  const auto mtext = d.addMText(L"Area", {0, 0, 0}, 2.5);
   const auto field = d.addFieldText(L"%<\\AcVar LUNITS>%");
   d.evaluateAll();
-  for (const auto id : d.db.objectIds()) d.db.host().lookupHeadless(id)->record().modified = false;
+  d.db.get<Text>(text)->setTextString(L"edited before marking");
+  // The objects changed since the last marking; marks the database again.
+  const auto changed = [&d] {
+    std::vector<host::AcDbObjectId> ids;
+    for (const auto id : d.db.objectIds()) {
+      if (d.db.host().lookupHeadless(id)->record().modified) ids.push_back(id);
+    }
+    d.db.markUnmodified();
+    return ids;
+  };
+  ASSERT_FALSE(changed().empty());
+  EXPECT_TRUE(changed().empty());
 
-  // Evaluating again with nothing changed writes nothing.
+  // Evaluating again with nothing changed writes nothing; a new value does.
   d.evaluateAll();
-  EXPECT_FALSE(d.field(field).record().modified);
-  // A new value does, and so does the text that shows it.
+  EXPECT_TRUE(changed().empty());
   ASSERT_EQ(d.db.setSysVar(L"LUNITS", {host::RTSHORT, 4}), host::Acad::eOk);
   d.evaluateAll();
-  EXPECT_TRUE(d.field(d.field(field).children()[0]).record().modified);
+  const auto afterUnits = changed();
+  EXPECT_NE(std::find(afterUnits.begin(), afterUnits.end(), d.field(field).children()[0]), afterUnits.end());
   // An open for write counts as a change once closed; a read does not.
   auto& services = static_cast<host::AcDbHostApplicationServices&>(d.host);
   { host::AcDbObjectPointer<host::AcDbEntity> reader(services, text, host::AcDb::kForRead); }
-  EXPECT_FALSE(d.db.get<Text>(text)->record().modified);
+  EXPECT_TRUE(changed().empty());
   { host::AcDbObjectPointer<host::AcDbEntity> writer(services, text, host::AcDb::kForWrite); }
-  EXPECT_TRUE(d.db.get<Text>(text)->record().modified);
+  EXPECT_EQ(changed(), std::vector<host::AcDbObjectId>{text});
+  d.db.get<MText>(mtext)->setContents(L"{\\C1;Area}");
+  EXPECT_EQ(changed(), std::vector<host::AcDbObjectId>{mtext});
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "headless/scratchfolder.h"
+#include "support/scratchfolder.h"
 
 namespace corvane::headless {
 namespace {

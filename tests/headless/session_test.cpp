@@ -13,7 +13,7 @@
 #include "headless/hostapplication.h"
 #include "headless/line.h"
 #include "headless/registryfile.h"
-#include "headless/scratchfolder.h"
+#include "support/scratchfolder.h"
 
 namespace corvane::headless {
 namespace {

@@ -8,12 +8,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "support/ezdxf.h"
+#include "support/scratchfolder.h"
 
 namespace corvane::testing {
 
@@ -32,33 +31,21 @@ inline std::string shellQuoted(const std::string& arg) {
   return q + "'";
 }
 
-inline std::string readWhole(const std::filesystem::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+inline std::string readWhole(const std::filesystem::path& file) { return ScratchFolder::read(file); }
+
+using RunFolder = ScratchFolder;
+
+// A drawing of the shared sample folder; tests that need one skip when the folder is missing.
+inline std::filesystem::path sampleDrawing(const std::string& name) {
+  return std::filesystem::path(CORVANE_SHARED_DIR) / "samples" / "dxf" / name;
 }
 
-// A folder of its own for one test, removed with everything in it at the end.
-class RunFolder {
- public:
-  RunFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "corvane-run-XXXXXX").string();
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back('\0');
-    if (::mkdtemp(name.data())) path_ = name.data();
-  }
-  ~RunFolder() {
-    std::error_code ignored;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-  }
-  RunFolder(const RunFolder&) = delete;
-  RunFolder& operator=(const RunFolder&) = delete;
-
-  const std::filesystem::path& path() const noexcept { return path_; }
-  std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
- private:
-  std::filesystem::path path_;
-};
+#define CORVANE_NEED_SAMPLE_DRAWINGS()                                                     \
+  do {                                                                                     \
+    if (!std::filesystem::is_directory(::corvane::testing::sampleDrawing(""))) {           \
+      GTEST_SKIP() << "no sample drawings";                                                \
+    }                                                                                      \
+  } while (false)
 
 // Runs a command line (already quoted); its error output goes through the file `errors`,
 // which is removed afterwards.

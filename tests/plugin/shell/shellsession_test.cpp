@@ -7,7 +7,7 @@
 #include "headless/database.h"
 #include "headless/hostapplication.h"
 #include "headless/registryfile.h"
-#include "headless/scratchfolder.h"
+#include "support/scratchfolder.h"
 #include "headless/session.h"
 #include "plugin/shell/ccorvaneapp.h"
 

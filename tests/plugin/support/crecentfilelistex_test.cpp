@@ -7,7 +7,7 @@
 
 #include "core/printf.h"
 #include "headless/registryfile.h"
-#include "headless/scratchfolder.h"
+#include "support/scratchfolder.h"
 
 namespace corvane {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "headless/registryfile.h"
-#include "headless/scratchfolder.h"
+#include "support/scratchfolder.h"
 
 namespace corvane {
 namespace {

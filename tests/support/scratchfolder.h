@@ -1,6 +1,8 @@
-// A folder of its own for one test, removed with everything in it at the end.
+// A folder of its own for one test, removed with everything in it at the end, and the
+// whole-file reads and writes the tests make in it.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -37,10 +39,11 @@ class ScratchFolder {
     std::ifstream in(file, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   }
-  // The names in the folder, hidden ones included.
+  // The names in the folder, hidden ones included, sorted.
   std::vector<std::string> names() const {
     std::vector<std::string> out;
     for (const auto& entry : std::filesystem::directory_iterator(path_)) out.push_back(entry.path().filename().string());
+    std::sort(out.begin(), out.end());
     return out;
   }
 
