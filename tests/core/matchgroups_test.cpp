@@ -76,45 +76,26 @@ TEST(MatchGroups, LiteralsEscapesAndSets) {
   });
 }
 
-TEST(MatchGroups, LeftmostThenGreedyThenFirstAlternative) {
+// The choices the dialect makes among the matches a pattern has; the comparison with a
+// backtracking matcher below holds them on generated patterns as well.
+TEST(MatchGroups, LeftmostThenGreedyThenFirstAlternativeWithCapturesByOpeningBrace) {
   expectMatches({
       {L"a1 b22 c333", L"{[0-9]+}", true, {L"1"}},
-      {L"xaaay", L"{a*}y", true, {L"aaa"}},
       {L"key=val=ue", L"{.*}={.*}", true, {L"key=val", L"ue"}},
-      {L"1x2x3", L"{.*}x{.*}", true, {L"1x2", L"3"}},
-      {L"abc", L"{.*}{.*}", true, {L"abc", L""}},
-      {L"aaa", L"{a+}{a*}", true, {L"aaa", L""}},
       {L"aa", L"{a?}{a*}", true, {L"a", L"a"}},
-      {L"ab", L"a{x?}b", true, {L""}},
       {L"abc", L"{[0-9]*}", true, {L""}},  // an empty match at the very start is leftmost
-      {L"abbb bb", L"{b+}", true, {L"bbb"}},
       {L"ab", L"{a|ab}", true, {L"a"}},  // the first alternative that leads to a match, not the longest
-      {L"ab", L"{ab|a}", true, {L"ab"}},
       {L"abcd", L"{a|ab}{c|bcd}", true, {L"a", L"bcd"}},
-      {L"catdog", L"{dog|cat}", true, {L"cat"}},
-      {L"xyz", L"{q|r|z}", true, {L"z"}},
       {L"no", L"{yes}?no", true, {L""}},
       {L"abc", L"{x}", false, {}},
-      {L"aaaa", L"a{a*}a", true, {L"aa"}},
-      {L"<a><b>", L"<{.*}>", true, {L"a><b"}},
       {L"<a><b>", L"<{[^>]*}>", true, {L"a"}},
-  });
-}
-
-TEST(MatchGroups, CapturesComeInTheOrderOfTheirOpeningBraces) {
-  expectMatches({
       {L"abcd", L"{a{b}{c}}d", true, {L"abc", L"b", L"c"}},
-      {L"a", L"{{{a}}}", true, {L"a", L"a", L"a"}},
       {L"x1y2z3", L"({[a-z]}[0-9])+", true, {L"z"}},  // the last pass of a repeat
-      {L"x1y2z3", L"{([a-z]{[0-9]})*}", true, {L"x1y2z3", L"3"}},
-      {L"ab", L"({a}|b)+", true, {L"a"}},  // the last pass it took part in
-      {L"b", L"{a}|{b}", true, {L"", L"b"}},  // a group that did not take part is empty
-      {L"xz", L"x{y}?z", true, {L""}},
+      {L"ab", L"({a}|b)+", true, {L"a"}},              // the last pass it took part in
+      {L"b", L"{a}|{b}", true, {L"", L"b"}},           // a group that did not take part is empty
       {L"x", L"{}", true, {L""}},
       {L"x", L"()", true, {}},
-      {L"x", L"|", true, {}},
       {L"b", L"a|", true, {}},
-      {L"ab", L"(a)(b)", true, {}},
   });
 }
 
