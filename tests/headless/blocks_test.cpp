@@ -283,15 +283,6 @@ TEST(Blocks, AttributesOfAReference) {
   EXPECT_TRUE(def->isConstant());
 }
 
-TEST(Blocks, FieldInAnAttribute) {
-  TestDrawing d;
-  const auto reference = d.addBlockReference(d.addBlock(L"Tag"));
-  const auto attribute = d.addAttribute(reference, L"NAME", L"old");
-  attachField(d.db, attribute, L"%<\\AcVar LUPREC>%");
-  d.evaluateAll();
-  EXPECT_EQ(d.db.get<Attribute>(attribute)->textString(), L"4");
-}
-
 TEST(Blocks, DynamicVariantsLeadToTheirDefinition) {
   TestDrawing d;
   const auto door = d.addBlock(L"Door");

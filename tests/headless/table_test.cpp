@@ -74,34 +74,17 @@ TEST(Table, CellsTellTheirContentDataTypeAndText) {
   EXPECT_FALSE(table.findField({}, row, column));
 }
 
+// The codes themselves are the multiline text's; a cell asked for its plain text goes through them.
 TEST(Table, PlainTextDropsMultilineTextCodes) {
   TestDrawing d;
-  struct Case {
-    std::wstring stored;
-    std::wstring plain;
-  } const cases[] = {
-      {L"{\\fArial|b1|i0|c0|p34;Title}", L"Title"},
-      {L"Line 1\\PLine 2", L"Line 1\nLine 2"},
-      {L"\\H2.5x;Big \\C1;red\\W0.8;narrow", L"Big rednarrow"},
-      {L"\\LUnder\\l and \\OOver\\o", L"Under and Over"},
-      {L"\\S1^2; and \\S3/4; and \\S5#8;", L"1/2 and 3/4 and 5/8"},
-      {L"45%%d %%p0.5 %%c10", L"45\u00B0 \u00B10.5 \u00D810"},
-      {L"\\U+00C4rger \\U+4E2D", L"\u00C4rger \u4E2D"},
-      {L"\\U+12 short", L"\\U+12 short"},
-      {L"a\\\\b \\{c\\} non\\~breaking", L"a\\b {c} non\u00A0breaking"},
-      {L"\\A1;\\pxqc;centred", L"centred"},
-      {L"no codes at all", L"no codes at all"},
-      {L"trailing \\", L"trailing \\"},
-  };
-  std::vector<std::vector<std::wstring>> rows;
-  for (const auto& c : cases) rows.push_back({c.stored});
-  auto& table = d.table(d.addTable(rows));
-  for (int i = 0; i < static_cast<int>(std::size(cases)); ++i) {
-    SCOPED_TRACE(narrow(cases[i].stored));
+  const std::wstring stored[] = {L"{\\fArial|b1|i0|c0|p34;Title}", L"Line 1\\PLine 2 %%d"};
+  const std::wstring plain[] = {L"Title", L"Line 1\nLine 2 \u00B0"};
+  auto& table = d.table(d.addTable({{stored[0]}, {stored[1]}}));
+  for (int row = 0; row < 2; ++row) {
     std::wstring text;
-    ASSERT_EQ(table.textString(i, 0, Opt::kIgnoreMtextFormat, text), host::Acad::eOk);
-    EXPECT_EQ(text, cases[i].plain);
-    EXPECT_EQ(table.textString(i, 0), cases[i].stored);
+    ASSERT_EQ(table.textString(row, 0, Opt::kIgnoreMtextFormat, text), host::Acad::eOk);
+    EXPECT_EQ(text, plain[row]);
+    EXPECT_EQ(table.textString(row, 0), stored[row]);
   }
 }
 
