@@ -82,9 +82,11 @@ TEST(CCorvaneApp, RegistersFieldServicesOnceAndUnloadsOnlyWhatItRegistered) {
     EXPECT_EQ(host.engineCalls, 0);
     EXPECT_FALSE(app.fieldServicesRegistered());
   }
-  CCorvaneApp app(host);
+  CCorvaneApp app(host);  // outside an editor: the field services and nothing else
   app.onInitialize();
   EXPECT_TRUE(app.fieldServicesRegistered());
+  EXPECT_FALSE(app.commandsRegistered());
+  EXPECT_FALSE(app.registry().isSetUp());
   EXPECT_EQ(host.engine().loaderCount(), 1u);
   EXPECT_EQ(host.engine().reactorCount(), 1u);
   EXPECT_EQ(host.engine().findEvaluator(L"acblockcount"), app.loader().evaluatorAt(kBlockCountRow));

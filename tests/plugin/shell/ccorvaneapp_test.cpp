@@ -262,17 +262,6 @@ TEST(CCorvaneApp, WithoutAnEditorTheReactorStaysDetached) {
   EXPECT_EQ(std::count(rig.log.begin(), rig.log.end(), L"addEditorReactor"), 0);
 }
 
-TEST(CCorvaneApp, OutsideAnEditorOnlyTheFieldServicesAreRegistered) {
-  Rig rig;
-  CCorvaneApp app(rig.services);
-  app.onInitialize();
-  EXPECT_EQ(rig.log, (Log{L"registerEvaluatorLoader", L"addFieldReactor"}));
-  EXPECT_FALSE(app.registry().isSetUp());
-  EXPECT_FALSE(app.commandsRegistered());
-  app.onUnload();
-  EXPECT_EQ(rig.log.back(), L"removeFieldReactor");
-}
-
 TEST(CCorvaneApp, DrawingLoadKeepsTheDrawingsName) {
   Rig rig;
   CCorvaneApp app(rig.services, rig.session);
