@@ -49,7 +49,8 @@ TEST(TableCommand, ListsTheCellsOfASample) {
   CORVANE_NEED_SAMPLE_DRAWINGS();
   const Folder folder;
   const auto errors = folder.path() / "stderr";
-  const CommandRun lines = run({"table", sampleDrawing("ezdxf-acad_table_simple.dxf").string(), "9c"}, errors);
+  const auto simple = sampleDrawing("ezdxf-acad_table_simple.dxf").string();
+  const CommandRun lines = run({"table", simple, "9c"}, errors);
   EXPECT_EQ(lines.exitCode, 0) << lines.err;
   // The title spans the first row; the data cells take any type and hold texts.
   EXPECT_EQ(lines.out,
@@ -57,7 +58,8 @@ TEST(TableCommand, ListsTheCellsOfASample) {
             "1\t0\t1\t512\t1\n1\t1\t1\t512\t2\n1\t2\t1\t512\t3\n"
             "2\t0\t1\t512\t4\n2\t1\t1\t512\t5\n2\t2\t1\t512\t6\n");
 
-  const CommandRun json = run({"table", "--json", sampleDrawing("acadsharp-sample_AC1032_ascii.dxf").string(), "A35"}, errors);
+  const auto rich = sampleDrawing("acadsharp-sample_AC1032_ascii.dxf").string();
+  const CommandRun json = run({"table", "--json", rich, "A35"}, errors);
   EXPECT_EQ(json.exitCode, 0) << json.err;
   const std::string head = "{\"handle\": \"A35\", \"rows\": 4, \"columns\": 5, \"cells\": [\n";
   EXPECT_EQ(json.out.substr(0, head.size()), head);

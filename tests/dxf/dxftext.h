@@ -63,6 +63,8 @@ inline std::vector<TagText> splitLines(const std::string& text) {
 using corvane::testing::ScratchFolder;
 
 inline std::string readBytes(const std::filesystem::path& path) { return ScratchFolder::read(path); }
-inline void writeBytes(const std::filesystem::path& path, const std::string& bytes) { ScratchFolder::write(path, bytes); }
+inline void writeBytes(const std::filesystem::path& path, const std::string& bytes) {
+  ScratchFolder::write(path, bytes);
+}
 
 }  // namespace corvane::dxf::testing

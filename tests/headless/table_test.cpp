@@ -246,37 +246,35 @@ TEST(Table, HitTestFollowsFlowDirectionAndMergedCells) {
   // A quarter turn: the rows run along +Y and go down the page towards +X.
   auto& table = d.table(d.addTable({{L"a", L"b", L"c"}, {L"d", L"e", L"f"}}, {0, 0, 0}, 10.0, 30.0));
   table.setDirection({0.0, 2.0, 0.0});
-  const host::AcGeVector3d view{0.0, 0.0, -1.0};
-  int row = -1;
-  int column = -1;
-  ASSERT_TRUE(table.hitTest({5.0, 35.0, 0.0}, view, row, column));
-  EXPECT_EQ(row, 0);
-  EXPECT_EQ(column, 1);
-  ASSERT_TRUE(table.hitTest({15.0, 65.0, 0.0}, view, row, column));
-  EXPECT_EQ(row, 1);
-  EXPECT_EQ(column, 2);
-  EXPECT_FALSE(table.hitTest({-5.0, 35.0, 0.0}, view, row, column));
-
-  // Growing upward, the first row lies on the other side of the insertion point.
-  table.setFlowDirection(host::AcDb::kBtoT);
-  ASSERT_TRUE(table.hitTest({-5.0, 35.0, 0.0}, view, row, column));
-  EXPECT_EQ(row, 0);
-  EXPECT_EQ(column, 1);
-  ASSERT_TRUE(table.hitTest({-15.0, 35.0, 0.0}, view, row, column));
-  EXPECT_EQ(row, 1);
-  EXPECT_FALSE(table.hitTest({5.0, 35.0, 0.0}, view, row, column));
-
-  // A merged range answers with its top-left cell.
-  table.mergeCells({0, 1, 1, 2});
-  ASSERT_TRUE(table.hitTest({-15.0, 65.0, 0.0}, view, row, column));
-  EXPECT_EQ(row, 0);
-  EXPECT_EQ(column, 1);
+  enum Change { kNone, kUpward, kMerged };
+  struct Step {
+    Change change;  // made before the hit test
+    host::AcGePoint3d point;
+    int row, column;  // -1: no hit
+  } const steps[] = {
+      {kNone, {5.0, 35.0, 0.0}, 0, 1},
+      {kNone, {15.0, 65.0, 0.0}, 1, 2},
+      {kNone, {-5.0, 35.0, 0.0}, -1, -1},
+      // Growing upward, the first row lies on the other side of the insertion point.
+      {kUpward, {-5.0, 35.0, 0.0}, 0, 1},
+      {kNone, {-15.0, 35.0, 0.0}, 1, 1},
+      {kNone, {5.0, 35.0, 0.0}, -1, -1},
+      // A merged range answers with its top-left cell.
+      {kMerged, {-15.0, 65.0, 0.0}, 0, 1},
+  };
+  for (const auto& step : steps) {
+    if (step.change == kUpward) table.setFlowDirection(host::AcDb::kBtoT);
+    if (step.change == kMerged) table.mergeCells({0, 1, 1, 2});
+    int row = -1, column = -1;
+    const bool hit = table.hitTest(step.point, {0.0, 0.0, -1.0}, row, column);
+    EXPECT_EQ(hit, step.row >= 0) << step.point.x << "," << step.point.y;
+    if (step.row >= 0) {
+      EXPECT_EQ(std::vector<int>({row, column}), std::vector<int>({step.row, step.column}));
+    }
+  }
   int minRow = -1, maxRow = -1, minColumn = -1, maxColumn = -1;
   EXPECT_TRUE(table.isMergedCell(1, 2, &minRow, &maxRow, &minColumn, &maxColumn));
-  EXPECT_EQ(minRow, 0);
-  EXPECT_EQ(maxRow, 1);
-  EXPECT_EQ(minColumn, 1);
-  EXPECT_EQ(maxColumn, 2);
+  EXPECT_EQ(std::vector<int>({minRow, maxRow, minColumn, maxColumn}), std::vector<int>({0, 1, 1, 2}));
   EXPECT_FALSE(table.isMergedCell(1, 0));
 }
 
