@@ -69,6 +69,19 @@ std::optional<std::size_t> Document::findSection(std::string_view name) const {
   return std::nullopt;
 }
 
+std::vector<RecordId> Document::fileOrder() const {
+  std::vector<RecordId> out;
+  if (prologue_ != kNoRecord) out.push_back(prologue_);
+  for (const auto& section : sections_) {
+    out.push_back(section.begin);
+    for (const RecordId id : section.records)
+      if (!records_[id].erased) out.push_back(id);
+    out.push_back(section.end);
+  }
+  if (eof_ != kNoRecord) out.push_back(eof_);
+  return out;
+}
+
 std::size_t Document::insertSection(std::size_t position, std::string_view name) {
   if (position > sections_.size()) throw std::out_of_range("section position out of range");
   if (sections_.size() >= kNoSection) throw std::length_error("too many sections");

@@ -94,6 +94,9 @@ class Document {
   // The 999 comments before the first section, if any.
   RecordId prologue() const noexcept { return prologue_; }
   RecordId eofRecord() const noexcept { return eof_; }
+  // Every record as the file has them: the prologue, each section's SECTION record, records
+  // and ENDSEC, and the EOF record. Removed records are left out.
+  std::vector<RecordId> fileOrder() const;
   // Adds an empty section; `position` counts sections.
   std::size_t insertSection(std::size_t position, std::string_view name);
 

@@ -376,13 +376,7 @@ void DrawingFile::bind(headless::HostApplication& host) {
   db.raiseHandseed(AcDbHandle(seed));
 
   // What the steps above read again goes too: the records are read again only to be changed.
-  release(doc.prologue());
-  for (const auto& section : doc.sections()) {
-    release(section.begin);
-    for (const RecordId id : section.records) release(id);
-    release(section.end);
-  }
-  release(doc.eofRecord());
+  for (const RecordId id : doc.fileOrder()) doc_->release(id);
 
   db.markUnmodified();
 }

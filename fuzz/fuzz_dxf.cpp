@@ -47,16 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!again.document) std::abort();
 
   // Records let go of their tags read them again exactly as the reader read them.
-  auto release = [&](RecordId id) {
-    if (id != kNoRecord) doc.release(id);
-  };
-  release(doc.prologue());
-  for (const auto& section : doc.sections()) {
-    release(section.begin);
-    for (RecordId id : section.records) release(id);
-    release(section.end);
-  }
-  release(doc.eofRecord());
+  for (const RecordId id : doc.fileOrder()) doc.release(id);
   StringSink sameAgain;
   StringSink convertedAgain;
   if (!doc.write(sameAgain).ok() || sameAgain.data != bytes) std::abort();

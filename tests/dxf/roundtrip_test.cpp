@@ -28,17 +28,8 @@ std::vector<std::filesystem::path> sampleFiles() {
 
 std::vector<TagText> tagsOf(const Document& doc) {
   std::vector<TagText> out;
-  auto add = [&](RecordId id) {
+  for (const RecordId id : doc.fileOrder())
     for (const Tag& tag : doc.tags(id)) out.emplace_back(tag.code, doc.valueText(tag));
-  };
-  if (doc.prologue() != kNoRecord) add(doc.prologue());
-  for (const auto& section : doc.sections()) {
-    add(section.begin);
-    for (RecordId id : section.records)
-      if (!doc.isErased(id)) add(id);
-    add(section.end);
-  }
-  add(doc.eofRecord());
   return out;
 }
 
@@ -190,28 +181,8 @@ TEST(RoundTrip, EditedTagsAreRewrittenAndTheRestStaysAsItWas) {
 // Every tag of the document exactly as held: where its bytes are and how they are spelt.
 std::vector<std::tuple<std::int16_t, std::uint32_t, std::uint32_t, std::uint16_t>> heldTags(const Document& doc) {
   std::vector<std::tuple<std::int16_t, std::uint32_t, std::uint32_t, std::uint16_t>> out;
-  auto add = [&](RecordId id) {
+  for (const RecordId id : doc.fileOrder())
     for (const Tag& tag : doc.tags(id)) out.emplace_back(tag.code, tag.value, tag.size, tag.packed);
-  };
-  if (doc.prologue() != kNoRecord) add(doc.prologue());
-  for (const auto& section : doc.sections()) {
-    add(section.begin);
-    for (RecordId id : section.records) add(id);
-    add(section.end);
-  }
-  add(doc.eofRecord());
-  return out;
-}
-
-std::vector<RecordId> allRecords(const Document& doc) {
-  std::vector<RecordId> out;
-  if (doc.prologue() != kNoRecord) out.push_back(doc.prologue());
-  for (const auto& section : doc.sections()) {
-    out.push_back(section.begin);
-    out.insert(out.end(), section.records.begin(), section.records.end());
-    out.push_back(section.end);
-  }
-  out.push_back(doc.eofRecord());
   return out;
 }
 
@@ -255,11 +226,11 @@ TEST(RoundTrip, ReleasedRecordsAreReadAgainAsTheyWereAndWrittenUnchanged) {
     const auto tags = heldTags(doc);
     const std::string converted = written(doc, other);
     std::vector<std::string_view> types;
-    for (RecordId id : allRecords(doc)) types.push_back(doc.recordType(id));
+    for (RecordId id : doc.fileOrder()) types.push_back(doc.recordType(id));
     const auto handles = std::pair(doc.maxHandle(), doc.findHandle(doc.maxHandle()));
 
     // Half the records first: a block of tags goes only with its last record.
-    const auto records = allRecords(doc);
+    const auto records = doc.fileOrder();
     for (std::size_t r = 0; r < records.size(); r += 2) doc.release(records[r]);
     for (RecordId id : records) doc.release(id);
     for (RecordId id : records) ASSERT_TRUE(doc.isReleased(id));
@@ -284,7 +255,7 @@ TEST(RoundTrip, EditsToReleasedRecordsAreWrittenAndStay) {
   ASSERT_TRUE(doc);
   const RecordId polyline = *doc->findHandle(0x100);
   const RecordId line = *doc->findHandle(0x201);
-  for (RecordId id : allRecords(*doc)) doc->release(id);
+  for (RecordId id : doc->fileOrder()) doc->release(id);
 
   // Tags handed out before a change stay as they were.
   const auto before = doc->tags(polyline);
