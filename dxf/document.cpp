@@ -10,6 +10,7 @@
 #include "dxf/numbertext.h"
 #include "dxf/recordview.h"
 #include "dxf/tagscan.h"
+#include "dxf/textpieces.h"
 
 namespace corvane::dxf {
 
@@ -326,6 +327,8 @@ std::wstring Document::text(const Tag& tag) const {
   const std::string spelt = valueText(tag);
   return std::wstring(spelt.begin(), spelt.end());
 }
+
+std::wstring Document::hostText(const Tag& tag) const { return decodeCarets(text(tag)); }
 
 // --- editing
 

@@ -130,6 +130,8 @@ class Document {
   std::optional<std::uint64_t> toHandle(const Tag& tag) const noexcept;
   // Text decoded from the file's encoding, \U+XXXX escapes included.
   std::wstring text(const Tag& tag) const;
+  // The text a drawing holds: decoded, and its caret escapes too (see textpieces.h).
+  std::wstring hostText(const Tag& tag) const;
   std::string encodeText(std::wstring_view text) const { return codec_.encode(text); }
 
   // --- editing (an index or id out of range, or a value the group code cannot hold, throws

@@ -396,7 +396,7 @@ void DrawingFile::prepareFields() {
     const auto* text = dynamic_cast<const headless::TextHost*>(owner);
     if (!text || headless::fieldOf(db, owner->objectId()) != id) continue;
     if (!field->record().modified && !headlessOf(db, owner->objectId())->record().modified) continue;
-    const host::AcValue checksum(headless::fieldTextChecksum(decodeCarets(text->hostText())));
+    const host::AcValue checksum(headless::fieldTextChecksum(text->hostText()));
     host::AcValue stored;
     if (field->getData(kChecksumKey, stored) != host::Acad::eOk || !(stored == checksum)) {
       field->putData(kChecksumKey, checksum);

@@ -9,6 +9,8 @@ namespace {
 bool isPointCode(int code) noexcept { return code >= 1010 && code <= 1013; }
 bool isRealCode(int code) noexcept { return code >= 1040 && code <= 1042; }
 bool isIntegerCode(int code) noexcept { return code == 1070 || code == 1071; }
+// Plain strings are texts like any other; names, layers and handles are not escaped.
+constexpr int kStringCode = 1000;
 
 }  // namespace
 
@@ -29,7 +31,7 @@ host::ResBufList readExtendedData(const Document& doc, std::span<const Tag> tags
     } else if (isIntegerCode(tag.code)) {
       item.value = static_cast<std::int32_t>(doc.toInteger(tag).value_or(0));
     } else {
-      item.value = doc.text(tag);
+      item.value = tag.code == kStringCode ? doc.hostText(tag) : doc.text(tag);
     }
     data.push_back(std::move(item));
   }
@@ -49,7 +51,8 @@ std::vector<NewTag> extendedDataTags(const Document& doc, const host::ResBufList
     } else if (const auto* integer = std::get_if<std::int32_t>(&item.value)) {
       out.push_back(NewTag::integer(code, *integer));
     } else {
-      out.push_back(textTag(doc, code, std::get<std::wstring>(item.value)));
+      const auto& text = std::get<std::wstring>(item.value);
+      out.push_back(code == kStringCode ? escapedTextTag(doc, code, text) : textTag(doc, code, text));
     }
   }
   return out;

@@ -53,6 +53,7 @@ FieldRecord readFieldRecord(const Document& doc, RecordId id, const headless::Da
 
   bool haveId = false;
   std::string code;
+  std::wstring display;
   while (i < end) {
     const Tag& tag = tags[i];
     switch (tag.code) {
@@ -78,7 +79,7 @@ FieldRecord readFieldRecord(const Document& doc, RecordId id, const headless::Da
       case 94: record.state = integerOf(doc, tag); ++i; break;
       case 95: record.status = integerOf(doc, tag); ++i; break;
       case 96: record.errorCode = integerOf(doc, tag); ++i; break;
-      case 300: record.errorMessage = doc.text(tag); ++i; break;
+      case 300: record.errorMessage = doc.hostText(tag); ++i; break;
       case 6:
       case 7: {
         const std::wstring key = doc.text(tag);
@@ -93,12 +94,13 @@ FieldRecord readFieldRecord(const Document& doc, RecordId id, const headless::Da
         break;
       }
       case 301:
-      case 9: record.displayText += doc.text(tag); ++i; break;
+      case 9: display += doc.text(tag); ++i; break;
       default: ++i; break;  // counts (90, 93, 97, 98) follow from the lists
     }
   }
-  // A formula's embedded field code keeps its separators as the formula engine looks for them.
-  record.code = decodeUnitSeparators(doc.codec().decode(code));
+  // Escapes are decoded once the pieces are joined: a piece may end in the middle of one.
+  record.code = decodeCarets(doc.codec().decode(code));
+  record.displayText = decodeCarets(display);
   return record;
 }
 
@@ -129,7 +131,7 @@ std::vector<NewTag> fieldBodyTags(const headless::Field& field, const Document& 
   out.push_back(NewTag::integer(94, field.state()));
   out.push_back(NewTag::integer(95, status));
   out.push_back(NewTag::integer(96, errorCode));
-  out.push_back(textTag(doc, 300, message));
+  out.push_back(escapedTextTag(doc, 300, message));
 
   // A value that did not change keeps its block's tags; otherwise the block is written anew
   // with the flags and unit it had.
@@ -165,8 +167,8 @@ std::vector<NewTag> fieldBodyTags(const headless::Field& field, const Document& 
   std::wstring formatted;
   if (!value.isEmpty() && value.dataType() != host::AcValue::kString) formatted = display;
   block(before && before->value ? &*before->value : nullptr, value, std::move(formatted));
-  out.push_back(textTag(doc, 301, escapeControlCharacters(display)));
-  out.push_back(NewTag::integer(98, hostLength(decodeCarets(display))));
+  out.push_back(escapedTextTag(doc, 301, display));
+  out.push_back(NewTag::integer(98, hostLength(display)));
   return out;
 }
 

@@ -25,7 +25,7 @@ struct FieldRecord {
   };
 
   std::wstring evaluatorId;
-  std::wstring code;                  // the pieces joined, carets decoded
+  std::wstring code;                  // the pieces joined
   std::vector<std::uint64_t> children;
   std::vector<std::uint64_t> objects;
   std::wstring format;                // drawings before R2007 keep the format apart

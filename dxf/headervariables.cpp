@@ -53,7 +53,7 @@ std::optional<host::ResBuf> readVariable(const Document& doc, const Variable& va
     case Form::Real:
       if (const auto v = doc.toDouble(first)) return host::ResBuf{host::RTREAL, *v};
       return std::nullopt;
-    case Form::Text: return host::ResBuf{host::RTSTR, doc.text(first)};
+    case Form::Text: return host::ResBuf{host::RTSTR, doc.hostText(first)};
     case Form::Color: {
       const auto v = doc.toInteger(first);
       if (!v) return std::nullopt;
@@ -88,7 +88,7 @@ std::vector<NewTag> variableTags(const Document& doc, const Variable& var, const
   switch (var.form) {
     case Form::Integer: if (integer) return {NewTag::integer(code, *integer)}; break;
     case Form::Real: if (real) return {NewTag::real(code, *real)}; break;
-    case Form::Text: if (text) return {textTag(doc, code, *text)}; break;
+    case Form::Text: if (text) return {escapedTextTag(doc, code, *text)}; break;
     case Form::Color:
       if (text) {
         if (*text == L"BYLAYER") return {NewTag::integer(code, 256)};

@@ -5,6 +5,7 @@
 
 #include "core/textutil.h"
 #include "dxf/numbertext.h"
+#include "dxf/textpieces.h"
 #include "dxf/tablerecord.h"
 #include "headless/arc.h"
 #include "headless/attribute.h"
@@ -65,6 +66,10 @@ class Values {
   std::wstring text(int code) const {
     const Tag* tag = first(code);
     return tag ? doc_.text(*tag) : std::wstring();
+  }
+  std::wstring hostText(int code) const {
+    const Tag* tag = first(code);
+    return tag ? doc_.hostText(*tag) : std::wstring();
   }
   AcGePoint3d point(int code) const { return {real(code), real(code + 10), real(code + 20)}; }
   AcGeVector3d normal() const { return {real(210, 0.0), real(220, 0.0), real(230, 1.0)}; }
@@ -302,11 +307,12 @@ std::optional<std::wstring> ObjectReader::hostText(RecordId id, const RecordHead
       }
     }
     // Most contents fit in their one 1 tag, decoded where it stands.
-    if (!pieces) return last ? doc_.text(*last) : std::wstring();
+    if (!pieces) return last ? doc_.hostText(*last) : std::wstring();
     if (last) doc_.appendValueText(*last, bytes);
-    return doc_.codec().decode(bytes);
+    return decodeCarets(doc_.codec().decode(bytes));
   }
-  if (type == "TEXT" || type == "ATTRIB" || type == "ATTDEF") return subclass(doc_, tags, header, "AcDbText").text(1);
+  if (type == "TEXT" || type == "ATTRIB" || type == "ATTDEF")
+    return subclass(doc_, tags, header, "AcDbText").hostText(1);
   return std::nullopt;
 }
 
@@ -359,19 +365,19 @@ MadeObject ObjectReader::makeEntity(RecordId id, const RecordHeader& header, std
       entity.setWidthFactor(text.real(41, 1.0));
     };
     if (type == "TEXT") {
-      auto entity = std::make_unique<headless::Text>(position.asArray(), height, text.text(1));
+      auto entity = std::make_unique<headless::Text>(position.asArray(), height, text.hostText(1));
       common(*entity);
       return finish(std::move(entity));
     }
     const Values own = subclass(doc_, tags, header, type == "ATTRIB" ? "AcDbAttribute" : "AcDbAttributeDefinition");
     const int flags = static_cast<int>(own.integer(70));
     if (type == "ATTRIB") {
-      auto entity = std::make_unique<headless::Attribute>(own.text(2), text.text(1), position, height, flags);
+      auto entity = std::make_unique<headless::Attribute>(own.text(2), text.hostText(1), position, height, flags);
       common(*entity);
       return finish(std::move(entity));
     }
     auto entity =
-        std::make_unique<headless::AttributeDefinition>(own.text(2), own.text(3), text.text(1), position, height, flags);
+        std::make_unique<headless::AttributeDefinition>(own.text(2), own.hostText(3), text.hostText(1), position, height, flags);
     common(*entity);
     return finish(std::move(entity));
   }
@@ -450,7 +456,7 @@ MadeObject ObjectReader::makeEntity(RecordId id, const RecordHeader& header, std
       const Tag& tag = leader.tags()[i];
       if (tag.code == 302) break;
       if (tag.code == 290 && !inText) inText = doc_.toInteger(tag).value_or(0) != 0;
-      else if (tag.code == 304 && inText && contents.empty()) contents = doc_.text(tag);
+      else if (tag.code == 304 && inText && contents.empty()) contents = doc_.hostText(tag);
       else if (tag.code == 12 && inText) location.x = doc_.toDouble(tag).value_or(0.0);
       else if (tag.code == 22 && inText) location.y = doc_.toDouble(tag).value_or(0.0);
       else if (tag.code == 32 && inText) location.z = doc_.toDouble(tag).value_or(0.0);

@@ -256,7 +256,7 @@ bool ObjectWriter::writeProperties(RecordId id, const host::AcDbObject& object) 
   if (const auto* definition = dynamic_cast<const headless::AttributeDefinition*>(&object)) {
     bool changed = writeTextProperties(doc_, id, *definition);
     Subclass own(doc_, id, "AcDbAttributeDefinition");
-    changed |= own.set(textTag(doc_, 3, definition->prompt()));
+    changed |= own.set(escapedTextTag(doc_, 3, definition->prompt()));
     changed |= own.set(textTag(doc_, 2, definition->tag()));
     changed |= own.set(NewTag::integer(70, definition->flags()));
     return changed;
@@ -452,7 +452,7 @@ bool ObjectWriter::writeHostText(RecordId id, const host::AcDbObject& object, st
     // The text of the context data: the 304 after the has-text flag, before the leaders.
     const std::size_t marker = findSubclass(doc_, tags, "AcDbMLeader", header.bodyBegin);
     if (marker == kNoIndex) return false;
-    const NewTag value = textTag(doc_, 304, escapeControlCharacters(text));
+    const NewTag value = escapedTextTag(doc_, 304, text);
     bool hasText = false;
     for (std::size_t i = marker + 1; i < header.xdataBegin && tags[i].code != 302; ++i) {
       if (tags[i].code == 290 && !hasText) hasText = doc_.toInteger(tags[i]).value_or(0) != 0;
@@ -466,7 +466,7 @@ bool ObjectWriter::writeHostText(RecordId id, const host::AcDbObject& object, st
   const std::size_t marker = findSubclass(doc_, tags, "AcDbText", header.bodyBegin);
   const std::size_t begin = marker == kNoIndex ? header.bodyBegin : marker + 1;
   const std::size_t end = marker == kNoIndex ? header.xdataBegin : subclassEnd(tags, marker);
-  const NewTag value = textTag(doc_, 1, escapeControlCharacters(text));
+  const NewTag value = escapedTextTag(doc_, 1, text);
   for (std::size_t i = begin; i < end; ++i) {
     if (tags[i].code != 1) continue;
     if (holdsValue(doc_, tags[i], value)) return false;
@@ -541,7 +541,7 @@ void ObjectWriter::appendBody(std::vector<NewTag>& out, const host::AcDbObject& 
     out.push_back({100, "AcDbText"});
     appendPoint(out, 10, text->position());
     out.push_back(NewTag::real(40, text->height()));
-    out.push_back(textTag(doc_, 1, escapeControlCharacters(text->hostText())));
+    out.push_back(escapedTextTag(doc_, 1, text->hostText()));
     if (text->rotation() != 0.0) out.push_back(NewTag::real(50, text->rotation() / kDegrees));
     if (text->widthFactor() != 1.0) out.push_back(NewTag::real(41, text->widthFactor()));
     out.push_back({100, "AcDbText"});

@@ -22,11 +22,15 @@ NewTag textTag(const Document& doc, std::int16_t code, std::wstring_view text) {
   return {code, doc.encodeText(text)};
 }
 
+NewTag escapedTextTag(const Document& doc, std::int16_t code, std::wstring_view text) {
+  return {code, doc.encodeText(encodeCarets(text))};
+}
+
 void appendPieces(std::vector<NewTag>& out, const Document& doc, std::wstring_view text, std::int16_t leadCode,
                   std::int16_t lastCode) {
   const auto pieces = splitPieces(text);
   for (std::size_t i = 0; i < pieces.size(); ++i) {
-    out.push_back({i + 1 == pieces.size() ? lastCode : leadCode, doc.encodeText(escapeControlCharacters(pieces[i]))});
+    out.push_back({i + 1 == pieces.size() ? lastCode : leadCode, doc.encodeText(encodeCarets(pieces[i]))});
   }
 }
 
@@ -47,7 +51,7 @@ void appendEntityStart(std::vector<NewTag>& out, const char* type, std::uint64_t
 namespace {
 
 // A tag's value in one spelling: numbers and handles as they read, text as it decodes (an
-// escape such as "\U+00B0" and the character itself are the same text).
+// escape such as "\U+00B0" or "^ " and the character itself are the same text).
 std::string canonical(const Document& doc, int code, std::string_view spelt) {
   std::string key = std::to_string(code);
   key.push_back(':');
@@ -70,8 +74,9 @@ std::string canonical(const Document& doc, int code, std::string_view spelt) {
       return key;
     }
   }
-  if (valueKind(code) == ValueKind::String && spelt.find("\\U+") != std::string_view::npos) {
-    key += core::toUtf8(doc.codec().decode(spelt));
+  if (valueKind(code) == ValueKind::String &&
+      (spelt.find("\\U+") != std::string_view::npos || spelt.find('^') != std::string_view::npos)) {
+    key += core::toUtf8(decodeCarets(doc.codec().decode(spelt)));
     return key;
   }
   key.append(spelt);

@@ -12,9 +12,12 @@
 
 namespace corvane::dxf {
 
+// A name or key: in the file's encoding, with no escapes of its own.
 NewTag textTag(const Document& doc, std::int16_t code, std::wstring_view text);
-// A text that may be long or hold control characters: pieces of 250 characters with carets,
-// every piece but the last under `leadCode`, the last under `lastCode`.
+// A text as the file stores it: control characters and carets escaped (see textpieces.h).
+NewTag escapedTextTag(const Document& doc, std::int16_t code, std::wstring_view text);
+// A text that may be long: escaped pieces of 250 characters, every piece but the last under
+// `leadCode`, the last under `lastCode`.
 void appendPieces(std::vector<NewTag>& out, const Document& doc, std::wstring_view text, std::int16_t leadCode,
                   std::int16_t lastCode);
 

@@ -212,7 +212,7 @@ bool holds(const ContentCell& old, const WantedContent& want) {
   if (!item.value) return false;
   if (item.value->opaque) return want.cell->value.isEmpty();
   return (item.value->value == want.cell->value || item.value->value == storedValue(*want.cell)) &&
-         item.value->formatted == escapeControlCharacters(want.cell->text);
+         item.value->formatted == want.cell->text;
 }
 
 // The formatted part of a content: the model's own, the cell's format written into its
@@ -272,7 +272,7 @@ void appendContents(std::vector<NewTag>& out, const Document& doc, std::span<con
     ValueStyle style;
     if (model && model->value) style.flags = model->value->flags;
     style.unitType = want.cell->format.unitType;
-    style.formatted = escapeControlCharacters(want.cell->text);
+    style.formatted = want.cell->text;
     appendValueBlock(out, doc, storedValue(*want.cell), style, true, db);
   } else {
     out.push_back(NewTag::handle(340, want.handle));

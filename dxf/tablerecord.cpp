@@ -75,7 +75,7 @@ std::optional<std::array<double, 3>> pointAt(const Document& doc, std::span<cons
 std::wstring joinedText(const Document& doc, std::span<const Tag> tags, const std::vector<std::size_t>& pieces) {
   std::string bytes;
   for (const std::size_t i : pieces) doc.appendValueText(tags[i], bytes);
-  return doc.codec().decode(bytes);
+  return decodeCarets(doc.codec().decode(bytes));
 }
 
 std::optional<LegacyTable> scanLegacy(const Document& doc, RecordId record, const headless::Database& db,
@@ -240,7 +240,7 @@ bool legacyHolds(const LegacyCell& old, const headless::TableCell& cell, const M
   if (MergeState{old.covered, old.mergeWidth, old.mergeHeight} != merge) return false;
   if (block) return old.block == liveHandle(db, cell.block);
   if (old.field != liveHandle(db, cell.field)) return false;
-  if (old.text != escapeControlCharacters(cell.text)) return false;
+  if (old.text != cell.text) return false;
   if (!old.value) return cell.value.isEmpty() || cell.value == host::AcValue(cell.text);
   if (old.value->opaque) return cell.value.isEmpty();
   return old.value->value == cell.value || old.value->value == storedValue(cell);
@@ -264,7 +264,7 @@ void appendCellText(std::vector<NewTag>& out, const Document& doc, const headles
     ValueStyle style;
     if (old) style.flags = old->flags;
     style.unitType = cell.format.unitType;
-    style.formatted = escapeControlCharacters(cell.text);  // texts are kept as a drawing file spells them
+    style.formatted = cell.text;
     appendValueBlock(out, doc, storedValue(cell), style, true, db);
   } else if (cell.type != host::AcDb::kBlockCell && !cell.text.empty()) {
     appendPieces(out, doc, cell.text, 2, 1);
@@ -616,7 +616,7 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
         } else {
           appendChangedCell(cells, doc, tags, *old, cell, merge, *db);
         }
-        if (sameGrid && old && cell.edited && old->text != escapeControlCharacters(cell.text) &&
+        if (sameGrid && old && cell.edited && old->text != cell.text &&
             cell.type != host::AcDb::kBlockCell) {
           changes.push_back({r, c, cell.text});
         }

@@ -1,7 +1,8 @@
-// Long texts as DXF stores them. Control characters are spelt with a caret ("^I" a tab, "^J" a
-// line feed) and a caret itself as "^ ". Texts are kept as stored, escapes included, as the
-// host keeps a multiline text's contents; the host's character counts (piece sizes, lengths,
-// check sums) are counts of the decoded text.
+// Texts as DXF stores them. A line of the file cannot hold a control character, so control
+// characters are spelt with a caret ("^I" a tab, "^J" a line feed, "^_" a unit separator) and a
+// caret itself as "^ ". The drawing model holds texts as the host does, with the characters
+// themselves: escapes are decoded where a text is read and written again where it is stored.
+// Long texts are stored in pieces of 250 characters, counted before escaping.
 #pragma once
 
 #include <cstddef>
@@ -13,18 +14,13 @@ namespace corvane::dxf {
 
 inline constexpr std::size_t kTextPieceSize = 250;
 
-// The text with its caret escapes decoded, as the host displays and counts it.
+// The stored text with its caret escapes decoded. A caret before anything else stays a caret.
 std::wstring decodeCarets(std::wstring_view text);
-// Control characters (which a DXF line cannot hold) as caret escapes; everything else as it is.
-std::wstring escapeControlCharacters(std::wstring_view text);
-// The stored text with its unit separators ("^_") read as the character itself and every
-// other escape left as stored: a formula's embedded field code is built of separators, which
-// the formula engine looks for, while the rest of a code is kept as stored, as the texts it
-// shows are. Writing escapes the separators again.
-std::wstring decodeUnitSeparators(std::wstring_view text);
+// The text as a file stores it: control characters and carets escaped.
+std::wstring encodeCarets(std::wstring_view text);
 
-// The pieces of a stored text, each of at most `size` decoded characters (an escape counts as
-// one and is never cut), in order; an empty text is one empty piece.
+// The pieces of a text, each of at most `size` characters, in order; an empty text is one
+// empty piece.
 std::vector<std::wstring_view> splitPieces(std::wstring_view text, std::size_t size = kTextPieceSize);
 
 }  // namespace corvane::dxf

@@ -155,7 +155,7 @@ std::optional<ValueBlock> readValueBlock(const Document& doc, std::span<const Ta
       const Tag& tag = tags[i++];
       if (tag.code == 94) block.unitType = static_cast<int>(doc.toInteger(tag).value_or(0));
       else if (tag.code == 300) block.value.setFormat(doc.text(tag));
-      else if (tag.code == 302) block.formatted = doc.text(tag);
+      else if (tag.code == 302) block.formatted = doc.hostText(tag);
       else break;  // 304, the end marker
     }
   }
@@ -184,7 +184,7 @@ std::optional<ValueBlock> readValueBlock(const Document& doc, std::span<const Ta
       for (const Tag& tag : data)
         if (tag.code == 2) doc.appendValueText(tag, bytes);
       if (const Tag* last = first(1)) doc.appendValueText(*last, bytes);
-      set(host::AcValue(doc.codec().decode(bytes)));
+      set(host::AcValue(decodeCarets(doc.codec().decode(bytes))));
       break;
     }
     case host::AcValue::kDate: {
@@ -260,7 +260,7 @@ void appendValueBlock(std::vector<NewTag>& out, const Document& doc, const host:
   if (!longForm) return;
   out.push_back(NewTag::integer(94, style.unitType));
   out.push_back(textTag(doc, 300, value.getFormat()));
-  out.push_back(textTag(doc, 302, style.formatted));
+  out.push_back(escapedTextTag(doc, 302, style.formatted));
   out.push_back({304, "ACVALUE_END"});
 }
 

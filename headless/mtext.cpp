@@ -42,27 +42,6 @@ bool isToggle(wchar_t c) noexcept {
   }
 }
 
-// Caret escapes of drawing-file strings: "^I" tab, "^J" line feed, "^M" (a carriage return)
-// dropped, "^ " a caret of its own. Others stay as written.
-std::wstring decodeCarets(std::wstring_view text) {
-  std::wstring out;
-  out.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == L'^' && i + 1 < text.size()) {
-      const wchar_t next = text[i + 1];
-      if (next == L'I' || next == L'J' || next == L'M' || next == L' ') {
-        if (next == L'I') out += L'\t';
-        if (next == L'J') out += L'\n';
-        if (next == L' ') out += L'^';
-        ++i;
-        continue;
-      }
-    }
-    out += text[i];
-  }
-  return out;
-}
-
 std::wstring decodeSymbols(std::wstring_view text) {
   std::wstring out;
   out.reserve(text.size());
@@ -94,14 +73,13 @@ std::wstring stacked(std::wstring_view body) {
 
 }  // namespace
 
-std::wstring MText::plainText(std::wstring_view contents) {
-  const std::wstring text = decodeCarets(contents);
+std::wstring MText::plainText(std::wstring_view text) {
   std::wstring out;
   out.reserve(text.size());
   const std::size_t n = text.size();
   for (std::size_t i = 0; i < n; ++i) {
     const wchar_t c = text[i];
-    if (c == L'{' || c == L'}') continue;
+    if (c == L'{' || c == L'}' || c == L'\r') continue;  // a carriage return shows nothing
     if (c != L'\\' || i + 1 == n) {
       out += c;
       continue;
@@ -123,7 +101,7 @@ std::wstring MText::plainText(std::wstring_view contents) {
     } else if (command == L'U' && i + 5 < n && text[i + 1] == L'+' &&
                std::all_of(text.begin() + static_cast<std::ptrdiff_t>(i) + 2,
                            text.begin() + static_cast<std::ptrdiff_t>(i) + 6, isHexDigit)) {
-      out += static_cast<wchar_t>(std::stoul(text.substr(i + 2, 4), nullptr, 16));
+      out += static_cast<wchar_t>(std::stoul(std::wstring(text.substr(i + 2, 4)), nullptr, 16));
       i += 5;
     } else {
       // Not a code: the backslash was meant as written.

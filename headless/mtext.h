@@ -11,8 +11,8 @@
 
 namespace corvane::headless {
 
-// A multiline text (MTEXT). Its contents are kept as the drawing file stores them: inline
-// formatting codes and caret escapes included.
+// A multiline text (MTEXT). Its contents are kept with their inline formatting codes, as the
+// host keeps them.
 class MText : public EntityImpl<host::AcDbMText>, public TextHost, public Shape {
  public:
   // Where the location sits on the text's box: 1 top left ... 9 bottom right, row by row.
@@ -51,7 +51,7 @@ class MText : public EntityImpl<host::AcDbMText>, public TextHost, public Shape 
   double rotation() const noexcept { return rotation_; }
   void setRotation(double rotation);
 
-  // The text as a reader sees it: caret escapes decoded, formatting codes and grouping braces
+  // The text as a reader sees it: formatting codes, grouping braces and carriage returns
   // dropped, paragraph and column breaks as line feeds, stacked fractions as "a/b", and the
   // "%%d", "%%p", "%%c" symbols as their characters.
   static std::wstring plainText(std::wstring_view contents);

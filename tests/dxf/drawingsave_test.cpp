@@ -115,8 +115,9 @@ void expectTextField(Loaded& loaded, std::uint64_t textHandle, const std::wstrin
   }
 }
 
-// A formula's embedded field code is spelt with unit separators between its characters; they
-// come back from a file as separators, and the code's other escapes and carets as stored.
+// A formula's embedded field code is spelt with unit separators between its characters, and a
+// formula may hold carets and tabs: the file spells them all with escapes, and they come back
+// as the characters.
 TEST(DrawingSave, FieldCodesKeepSeparatorsAndCaretsThroughAFile) {
   CORVANE_NEED_SAMPLES();
   Loaded first(sample("ezdxf-uncommon.dxf"));
@@ -128,7 +129,7 @@ TEST(DrawingSave, FieldCodesKeepSeparatorsAndCaretsThroughAFile) {
   }
   // Long enough to need pieces, with escapes on both sides of a piece's end.
   const std::wstring formula =
-      L"2^3 + ACAD_FIELD('" + embedded + L"') & '" + std::wstring(240, L'x') + L"^I^ \x1F'";
+      L"2^3 + ACAD_FIELD('" + embedded + L"') & '" + std::wstring(240, L'x') + L"^I\t^ \x1F'";
   const std::wstring code = L"%<\\VxExpr (" + formula + L")>%";
   const AcDbObjectId text =
       db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{1, 2, 0}, 2.5, L""));
@@ -140,7 +141,7 @@ TEST(DrawingSave, FieldCodesKeepSeparatorsAndCaretsThroughAFile) {
   };
   ASSERT_EQ(codeOf(first, text), code);
   const std::string saved = first.save();
-  EXPECT_NE(saved.find("2^3 + ACAD_FIELD('%^_<^_\\"), std::string::npos) << "separators escaped";
+  EXPECT_NE(saved.find("2^ 3 + ACAD_FIELD('%^_<^_\\"), std::string::npos) << "carets and separators escaped";
 
   Loaded second(saved);
   EXPECT_EQ(codeOf(second, second.id(textHandle)), code);

@@ -1,4 +1,4 @@
-// Long texts: caret escapes and 250-character pieces, checked against the host's own pieces
+// Stored texts: caret escapes and 250-character pieces, checked against the host's own pieces
 // and counts in a sample drawing.
 #include "dxf/textpieces.h"
 
@@ -34,7 +34,7 @@ TEST(TextPieces, DecodesCaretEscapes) {
   for (const auto& c : cases) EXPECT_EQ(decodeCarets(c.stored), c.shown) << std::string(c.stored.begin(), c.stored.end());
 }
 
-TEST(TextPieces, EscapesOnlyControlCharacters) {
+TEST(TextPieces, EscapesControlCharactersAndCarets) {
   struct Case {
     std::wstring text;
     std::wstring stored;
@@ -42,33 +42,31 @@ TEST(TextPieces, EscapesOnlyControlCharacters) {
   const Case cases[] = {
       {L"a\tb", L"a^Ib"},
       {L"line\r\nnext", L"line^M^Jnext"},
-      {L"^I stays", L"^I stays"},  // texts are kept with their escapes
-      {L"\x1F", L"^_"},
+      {L"2^3", L"2^ 3"},
+      {L"^I", L"^ I"},  // a caret before a letter is the character, not an escape
+      {L"x^\x1F", L"x^ ^_"},
+      {std::wstring(1, L'\0'), L"^@"},
       {L"", L""},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(escapeControlCharacters(c.text), c.stored);
-    EXPECT_EQ(decodeCarets(escapeControlCharacters(c.text)), decodeCarets(c.text));
+    EXPECT_EQ(encodeCarets(c.text), c.stored);
+    EXPECT_EQ(decodeCarets(encodeCarets(c.text)), c.text);
   }
 }
 
-TEST(TextPieces, SplitsIntoPiecesOfDecodedCharacters) {
+TEST(TextPieces, SplitsIntoPiecesOfCharacters) {
   struct Case {
     std::wstring text;
-    std::vector<std::size_t> sizes;  // stored characters per piece
+    std::vector<std::size_t> sizes;
   };
   const std::wstring a250(250, L'a');
-  std::wstring escapes;
-  for (int i = 0; i < 250; ++i) escapes += L"^I";
   const Case cases[] = {
       {L"", {0}},
       {L"abc", {3}},
       {a250, {250}},
       {a250 + L"b", {250, 1}},
       {a250 + a250, {250, 250}},
-      {escapes, {500}},                            // 250 tabs
-      {std::wstring(249, L'a') + L"^Ib", {251, 1}},  // an escape is never cut
-      {std::wstring(249, L'a') + L"^", {250}},       // a lone caret counts as one
+      {std::wstring(251, L'\t'), {250, 1}},  // counted before escaping
   };
   for (const auto& c : cases) {
     std::vector<std::size_t> sizes;
@@ -94,13 +92,13 @@ TEST(TextPieces, CutsAMultilineTextWhereTheHostDid) {
     if (tag.code == 3 || tag.code == 1) pieces.push_back(doc.text(tag));
   ASSERT_GT(pieces.size(), 2u);
   std::wstring whole;
-  for (const auto& piece : pieces) whole += piece;
+  for (const auto& piece : pieces) whole += decodeCarets(piece);
   std::vector<std::wstring> split;
-  for (const auto piece : splitPieces(whole)) split.emplace_back(piece);
+  for (const auto piece : splitPieces(whole)) split.push_back(encodeCarets(piece));
   EXPECT_EQ(split, pieces);
   // The host counts the decoded text: its field keeps 1995 as the length and this check sum.
-  EXPECT_EQ(decodeCarets(whole).size(), 1995u);
-  EXPECT_EQ(headless::fieldTextChecksum(decodeCarets(whole)), 206757213.0);
+  EXPECT_EQ(whole.size(), 1995u);
+  EXPECT_EQ(headless::fieldTextChecksum(whole), 206757213.0);
 }
 
 }  // namespace

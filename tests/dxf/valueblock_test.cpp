@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -130,12 +131,13 @@ TEST(ValueBlock, WritesAndReadsEveryKindOfValue) {
   }
 }
 
-TEST(ValueBlock, WritesControlCharactersAsEscapes) {
+TEST(ValueBlock, WritesControlCharactersAndCaretsAsEscapes) {
   headless::HostApplication host;
   headless::Database db(host);
-  const RoundTrip trip = roundTrip("AC1032", host::AcValue(L"a\tb\nc"), ValueStyle{}, db);
+  const RoundTrip trip = roundTrip("AC1032", host::AcValue(L"a\tb\nc^d"), ValueStyle{}, db);
   ASSERT_TRUE(trip.block);
-  EXPECT_EQ(trip.block->value, host::AcValue(L"a^Ib^Jc"));
+  EXPECT_EQ(trip.block->value, host::AcValue(L"a\tb\nc^d"));
+  EXPECT_NE(std::find(trip.tags.begin(), trip.tags.end(), std::pair<int, std::string>{1, "a^Ib^Jc^ d"}), trip.tags.end());
 }
 
 TEST(ValueBlock, KeepsValuesItCannotHoldOpaque) {

@@ -32,8 +32,8 @@ TEST(MText, PlainText) {
       {L"\\S2;", L"2"},  // nothing stacked
       {L"a\\~b", L"a\u00A0b"},
       {L"\\\\ \\{x\\}", L"\\ {x}"},
-      // caret escapes of the file: tab, line feed, a dropped carriage return, a caret
-      {L"a^Ib^Jc^Md^ e", L"a\tb\ncd^e"},
+      // tabs and line feeds as they are, carriage returns dropped
+      {L"a\tb\nc\r\nd^e", L"a\tb\nc\nd^e"},
       {L"\\X and \\N", L"\n and \n"},
       {L"45%%d %%p0.5 %%c10 %%D", L"45\u00B0 \u00B10.5 \u00D810 \u00B0"},
       {L"100%%%", L"100%%%"},
