@@ -51,7 +51,7 @@ struct Pending {
 };
 
 headless::HeadlessObject* headlessOf(const headless::Database& db, AcDbObjectId id) {
-  auto* object = db.host().lookupHeadless(id);
+  auto* object = db.objects().lookupHeadless(id);
   return object && object->record().database == &db ? object : nullptr;
 }
 

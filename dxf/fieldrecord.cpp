@@ -113,7 +113,7 @@ std::vector<NewTag> fieldBodyTags(const headless::Field& field, const Document& 
     beforeTags = doc.tags(original);
   }
   const bool longForm = doc.isUnicodeVersion();
-  const auto handleOf = [&](host::AcDbObjectId id) { return db.host().handle(id).value(); };
+  const auto handleOf = [&](host::AcDbObjectId id) { return db.objects().handle(id).value(); };
 
   std::vector<NewTag> out;
   out.push_back(textTag(doc, 1, field.evaluatorId()));

@@ -152,7 +152,7 @@ ObjectWriter::ObjectWriter(Document& doc, const headless::Database& db, std::fun
 
 std::uint64_t ObjectWriter::handleOf(host::AcDbObjectId id) const {
   if (id.isNull() || removed_(id)) return 0;
-  return db_.host().handle(id).value();
+  return db_.objects().handle(id).value();
 }
 
 bool ObjectWriter::isEntity(const host::AcDbObject& object) {

@@ -518,7 +518,7 @@ std::vector<std::uint64_t> resolveTableLinks(const headless::Database& db, headl
       cell.field = id;
       cell.edited = edited;
       if (auto* field = db.lookup(id); field && field->ownerId().isNull()) {
-        if (auto* object = db.host().lookupHeadless(id)) object->record().owner = table.objectId();
+        if (auto* object = db.objects().lookupHeadless(id)) object->record().owner = table.objectId();
       }
     }
   }

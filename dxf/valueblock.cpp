@@ -255,7 +255,7 @@ void appendValueBlock(std::vector<NewTag>& out, const Document& doc, const host:
     out.push_back(NewTag::real(21, point3[1]));
     out.push_back(NewTag::real(31, point3[2]));
   } else if (value.get(id)) {
-    out.push_back(NewTag::handle(330, db.host().handle(id).value()));
+    out.push_back(NewTag::handle(330, db.objects().handle(id).value()));
   }
   if (!longForm) return;
   out.push_back(NewTag::integer(94, style.unitType));

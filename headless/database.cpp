@@ -11,7 +11,6 @@
 #include "headless/blocktablerecord.h"
 #include "headless/dictionary.h"
 #include "headless/fieldlist.h"
-#include "headless/hostapplication.h"
 #include "headless/layertable.h"
 #include "headless/layertablerecord.h"
 #include "headless/layout.h"
@@ -22,7 +21,7 @@ namespace corvane::headless {
 
 using host::Acad;
 
-Database::Database(HostApplication& host) : host_(host) {
+Database::Database(DatabaseHost& host) : host_(host) {
   for (const auto& var : initialSysVars()) sysvars_.emplace(var.name, var.value);
   regApps_.emplace_back(L"ACAD");
   namedObjects_ = addObject(std::make_unique<Dictionary>(), {});
@@ -33,7 +32,7 @@ Database::Database(HostApplication& host) : host_(host) {
   // The spaces came first and keep their early handles; the tables take them in now.
   blockTable_ = addObject(std::make_unique<BlockTable>(), {});
   for (const host::AcDbObjectId space : {modelSpace_, paperSpace_}) {
-    host_.lookupHeadless(space)->record().owner = blockTable_;
+    objects().lookupHeadless(space)->record().owner = blockTable_;
     get<BlockTable>(blockTable_)->addRecord(space);
   }
   layerTable_ = addObject(std::make_unique<LayerTable>(), {});
@@ -48,7 +47,7 @@ Database::Database(HostApplication& host) : host_(host) {
   get<BlockTableRecord>(paperSpace_)->setLayoutId(sheet);
 }
 
-Database::Database(HostApplication& host, Empty) : host_(host) {
+Database::Database(DatabaseHost& host, Empty) : host_(host) {
   for (const auto& var : initialSysVars()) sysvars_.emplace(var.name, var.value);
   regApps_.emplace_back(L"ACAD");
 }
@@ -65,12 +64,12 @@ void Database::setStandardObjects(const StandardObjects& objects) {
 
 Database::~Database() {
   for (const auto& object : objects_) {
-    if (object) host_.unregisterObject(object->objectId());
+    if (object) objects().remove(object->objectId());
   }
-  if (host_.workingDatabase() == this) host_.setWorkingDatabase(nullptr);
+  host_.databaseClosing(*this);
 }
 
-host::AcDbHostApplicationServices& Database::services() { return host_; }
+host::AcDbHostApplicationServices& Database::services() { return host_.services(); }
 
 Acad::ErrorStatus Database::getAcDbObjectId(host::AcDbObjectId& id, host::AcDbHandle handle) const {
   if (handle.isNull()) return Acad::eNullHandle;
@@ -137,7 +136,7 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
 
 void Database::reserve(std::size_t objects) {
   objects_.reserve(objects_.size() + objects);
-  host_.reserveIds(objects);
+  this->objects().reserve(objects);
   byHandle_.reserve(byHandle_.size() + objects);
 }
 
@@ -154,7 +153,7 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   record.database = this;
   record.handle = handle;
   record.owner = owner;
-  record.id = host_.registerObject(*this, *object, headless);
+  record.id = objects().add(*this, *object, headless);
   byHandle_.insert(handle.value(), record.id.asOldId());
   const host::AcDbObjectId id = record.id;
   host::AcDbObject* added = object.get();
@@ -216,7 +215,7 @@ void Database::destroyObject(host::AcDbObjectId id) {
   }
   if (auto* table = dynamic_cast<SymbolTableBase*>(lookup((*it)->ownerId()))) table->removeRecord(id);
   byHandle_.erase((*it)->handle().value());
-  host_.unregisterObject(id);
+  objects().remove(id);
   objects_.erase(it);
 }
 
@@ -225,7 +224,7 @@ void Database::raiseHandseed(host::AcDbHandle seed) {
 }
 
 host::AcDbObject* Database::lookup(host::AcDbObjectId id) const {
-  return host_.database(id) == this ? host_.lookup(id) : nullptr;
+  return objects().database(id) == this ? objects().lookup(id) : nullptr;
 }
 
 std::vector<host::AcDbObjectId> Database::objectIds() const {
@@ -237,7 +236,7 @@ std::vector<host::AcDbObjectId> Database::objectIds() const {
 
 void Database::markUnmodified() {
   for (const auto& object : objects_) {
-    if (auto* headless = object ? host_.lookupHeadless(object->objectId()) : nullptr) headless->record().modified = false;
+    if (auto* headless = object ? objects().lookupHeadless(object->objectId()) : nullptr) headless->record().modified = false;
   }
 }
 

@@ -12,13 +12,14 @@
 #include <vector>
 
 #include "headless/valueformatter.h"
+#include "headless/databasehost.h"
 #include "headless/handleindex.h"
+#include "headless/objecttable.h"
 #include "host/acdbdatabase.h"
 #include "host/acdbobject.h"
 
 namespace corvane::headless {
 
-class HostApplication;
 class HeadlessObject;
 
 class Database : public host::AcDbDatabase {
@@ -27,11 +28,11 @@ class Database : public host::AcDbDatabase {
   // model and paper space, the layer table with layer "0", the layouts "Model" and "Layout1"
   // in the "ACAD_LAYOUT" dictionary, the "ACAD" application and the host's initial system
   // variables.
-  explicit Database(HostApplication& host);
+  explicit Database(DatabaseHost& host);
   // An empty drawing for a file to fill: no objects, the "ACAD" application and the host's
   // initial system variables. Whoever fills it names the standard objects it read.
   struct Empty {};
-  Database(HostApplication& host, Empty);
+  Database(DatabaseHost& host, Empty);
   struct StandardObjects {
     host::AcDbObjectId namedObjects;
     host::AcDbObjectId fieldList;
@@ -47,7 +48,8 @@ class Database : public host::AcDbDatabase {
   Database& operator=(const Database&) = delete;
 
   host::AcDbHostApplicationServices& services() override;
-  HostApplication& host() const noexcept { return host_; }
+  DatabaseHost& host() const noexcept { return host_; }
+  ObjectTable& objects() const noexcept { return host_.objects(); }
   std::wstring getFilename() const override { return fileName_; }
   void setFilename(std::wstring name) { fileName_ = std::move(name); }
 
@@ -125,7 +127,7 @@ class Database : public host::AcDbDatabase {
   };
   std::uint8_t structureRoles(const host::AcDbObject& object) const;
 
-  HostApplication& host_;
+  DatabaseHost& host_;
   std::wstring fileName_;
   std::vector<std::unique_ptr<host::AcDbObject>> objects_;  // in creation order
   HandleIndex byHandle_;

@@ -5,7 +5,6 @@
 
 #include "core/textutil.h"
 #include "headless/database.h"
-#include "headless/hostapplication.h"
 
 namespace corvane::headless {
 
@@ -61,7 +60,7 @@ void Dictionary::drop(std::wstring_view name) {
 }
 
 void Dictionary::put(std::wstring name, host::AcDbObjectId id) {
-  if (auto* headless = record_.database->host().lookupHeadless(id)) headless->record().owner = record_.id;
+  if (auto* headless = record_.database->objects().lookupHeadless(id)) headless->record().owner = record_.id;
   const auto it = findEntry(entries_, name);
   if (it != entries_.end()) it->second = id;
   else entries_.emplace_back(std::move(name), id);

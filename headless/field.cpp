@@ -6,10 +6,8 @@
 #include "core/textutil.h"
 #include "headless/database.h"
 #include "headless/fieldcode.h"
-#include "headless/fieldengine.h"
 #include "headless/fieldlist.h"
 #include "headless/fieldvaluetext.h"
-#include "headless/hostapplication.h"
 
 namespace corvane::headless {
 
@@ -83,7 +81,7 @@ host::AcDbObjectId Field::create(Database& db, std::wstring_view code, host::AcD
 host::Acad::ErrorStatus Field::evaluate(int context, host::AcDbDatabase* /*db*/) {
   // A field's children live in its own drawing, so that is where it evaluates.
   Database& own = *record_.database;
-  return own.host().engine().evaluateField(*this, own, context);
+  return own.host().evaluateField(*this, own, context);
 }
 
 Acad::ErrorStatus Field::setFieldCode(std::wstring_view code) {

@@ -8,7 +8,6 @@
 #include "headless/field.h"
 #include "headless/fieldlist.h"
 #include "headless/fieldvaluetext.h"
-#include "headless/hostapplication.h"
 #include "headless/hostevaluators.h"
 #include "headless/texthost.h"
 

@@ -24,38 +24,16 @@ host::AcDbDatabase* HostApplication::workingDatabase() const { return working_; 
 
 host::AcFdFieldEngine* HostApplication::fieldEngine() { return engine_.get(); }
 
-const HostApplication::Slot* HostApplication::slot(host::AcDbObjectId id) const noexcept {
-  if (id.asOldId() < kFirstId) return nullptr;
-  const std::uint64_t index = id.asOldId() - kFirstId;
-  if (index >= slots_.size() || !slots_[index].object) return nullptr;
-  return &slots_[index];
-}
-
-bool HostApplication::isValid(host::AcDbObjectId id) const { return slot(id) != nullptr; }
-
-bool HostApplication::isErased(host::AcDbObjectId id) const {
-  const Slot* s = slot(id);
-  return s && s->headless->record().erased;
-}
-
-host::AcDbHandle HostApplication::handle(host::AcDbObjectId id) const {
-  const Slot* s = slot(id);
-  return s ? s->headless->record().handle : host::AcDbHandle();
-}
-
-host::AcDbDatabase* HostApplication::database(host::AcDbObjectId id) const {
-  const Slot* s = slot(id);
-  return s ? s->db : nullptr;
-}
+host::AcDbDatabase* HostApplication::database(host::AcDbObjectId id) const { return objects_.database(id); }
 
 Acad::ErrorStatus HostApplication::openObject(host::AcDbObject*& object, host::AcDbObjectId id,
                                               host::AcDb::OpenMode mode, bool openErased) {
   object = nullptr;
   if (id.isNull()) return Acad::eNullObjectId;
-  const Slot* s = slot(id);
-  if (!s) return Acad::eInvalidObjectId;
-  const Acad::ErrorStatus es = openRecord(s->headless->record(), mode, openErased);
-  if (es == Acad::eOk) object = s->object;
+  HeadlessObject* headless = objects_.lookupHeadless(id);
+  if (!headless) return Acad::eInvalidObjectId;
+  const Acad::ErrorStatus es = openRecord(headless->record(), mode, openErased);
+  if (es == Acad::eOk) object = objects_.lookup(id);
   return es;
 }
 
@@ -76,10 +54,10 @@ host::AcDbHostApplicationServices::FieldHolder HostApplication::newField() {
 
 Acad::ErrorStatus HostApplication::getPropertyValue(host::AcDbObjectId id, std::wstring_view name,
                                                     host::AcValue& value) const {
-  const Slot* s = slot(id);
-  if (!s) return Acad::eInvalidObjectId;
-  if (s->headless->record().erased) return Acad::eWasErased;
-  const auto property = s->headless->property(name);
+  const HeadlessObject* headless = objects_.lookupHeadless(id);
+  if (!headless) return Acad::eInvalidObjectId;
+  if (headless->record().erased) return Acad::eWasErased;
+  const auto property = headless->property(name);
   if (!property) return Acad::eKeyNotFound;
   value = *property;
   return Acad::eOk;
@@ -101,25 +79,12 @@ void HostApplication::print(std::wstring_view text) {
   std::fwrite(utf8.data(), 1, utf8.size(), stdout);
 }
 
-host::AcDbObjectId HostApplication::registerObject(Database& db, host::AcDbObject& object, HeadlessObject& headless) {
-  slots_.push_back(Slot{&db, &object, &headless});
-  return host::AcDbObjectId(kFirstId + slots_.size() - 1);
+Acad::ErrorStatus HostApplication::evaluateField(Field& field, Database& db, int context) {
+  return engine_->evaluateField(field, db, context);
 }
 
-void HostApplication::unregisterObject(host::AcDbObjectId id) noexcept {
-  if (id.asOldId() < kFirstId) return;
-  const std::uint64_t index = id.asOldId() - kFirstId;
-  if (index < slots_.size()) slots_[index] = Slot{};
-}
-
-host::AcDbObject* HostApplication::lookup(host::AcDbObjectId id) const noexcept {
-  const Slot* s = slot(id);
-  return s ? s->object : nullptr;
-}
-
-HeadlessObject* HostApplication::lookupHeadless(host::AcDbObjectId id) const noexcept {
-  const Slot* s = slot(id);
-  return s ? s->headless : nullptr;
+void HostApplication::databaseClosing(const Database& db) noexcept {
+  if (working_ == &db) working_ = nullptr;
 }
 
 bool HostApplication::realToString(double value, int units, int precision, std::wstring& text) const {

@@ -1,5 +1,7 @@
-// The headless host application: the id table shared by every open database, the working
-// database, the field engine and the command line.
+// The headless host application: the one place that wires the parts of the host together and
+// implements the host's services by handing each call to its part. It holds the id table
+// that every open database shares, the working database, the field engine and the command
+// line.
 #pragma once
 
 #include <functional>
@@ -7,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "headless/databasehost.h"
+#include "headless/objecttable.h"
 #include "host/acdbobject.h"
 #include "host/hostservices.h"
 
@@ -14,9 +18,8 @@ namespace corvane::headless {
 
 class Database;
 class FieldEngine;
-class HeadlessObject;
 
-class HostApplication : public host::AcDbHostApplicationServices {
+class HostApplication : public host::AcDbHostApplicationServices, public DatabaseHost {
  public:
   HostApplication();
   ~HostApplication() override;
@@ -28,9 +31,9 @@ class HostApplication : public host::AcDbHostApplicationServices {
   host::AcFdFieldEngine* fieldEngine() override;
   FieldEngine& engine() noexcept { return *engine_; }
 
-  bool isValid(host::AcDbObjectId id) const override;
-  bool isErased(host::AcDbObjectId id) const override;
-  host::AcDbHandle handle(host::AcDbObjectId id) const override;
+  bool isValid(host::AcDbObjectId id) const override { return objects_.isValid(id); }
+  bool isErased(host::AcDbObjectId id) const override { return objects_.isErased(id); }
+  host::AcDbHandle handle(host::AcDbObjectId id) const override { return objects_.handle(id); }
   host::AcDbDatabase* database(host::AcDbObjectId id) const override;
   host::Acad::ErrorStatus openObject(host::AcDbObject*& object, host::AcDbObjectId id, host::AcDb::OpenMode mode,
                                      bool openErased = false) override;
@@ -49,28 +52,15 @@ class HostApplication : public host::AcDbHostApplicationServices {
   // Where command-line output goes; stdout (UTF-8) unless set.
   void setOutput(std::function<void(std::wstring_view)> sink) { output_ = std::move(sink); }
 
-  // The id table. Databases register each object they hold and drop it when it goes away.
-  host::AcDbObjectId registerObject(Database& db, host::AcDbObject& object, HeadlessObject& headless);
-  void unregisterObject(host::AcDbObjectId id) noexcept;
-  // Room for that many more objects, so that a drawing read whole does not grow the table by
-  // doubling, with the old and the new table held at once.
-  void reserveIds(std::size_t count) { slots_.reserve(slots_.size() + count); }
-  // The object behind an id without opening it (headless code only); null for invalid ids.
-  host::AcDbObject* lookup(host::AcDbObjectId id) const noexcept;
-  HeadlessObject* lookupHeadless(host::AcDbObjectId id) const noexcept;
+  // What the databases of this host are given.
+  ObjectTable& objects() noexcept override { return objects_; }
+  const ObjectTable& objects() const noexcept { return objects_; }
+  host::AcDbHostApplicationServices& services() noexcept override { return *this; }
+  host::Acad::ErrorStatus evaluateField(Field& field, Database& db, int context) override;
+  void databaseClosing(const Database& db) noexcept override;
 
  private:
-  struct Slot {
-    Database* db = nullptr;
-    host::AcDbObject* object = nullptr;
-    HeadlessObject* headless = nullptr;
-  };
-  const Slot* slot(host::AcDbObjectId id) const noexcept;
-
-  // Ids start high so that an id is never mistaken for a handle or an index, and stay below
-  // 2^31 because the host's own id texts are read back with 32-bit conversions.
-  static constexpr std::uint64_t kFirstId = 0x10000000;
-  std::vector<Slot> slots_;
+  ObjectTable objects_;
   Database* working_ = nullptr;
   std::unique_ptr<FieldEngine> engine_;
   std::function<void(std::wstring_view)> output_;

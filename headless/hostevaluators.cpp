@@ -6,7 +6,6 @@
 #include "headless/database.h"
 #include "headless/field.h"
 #include "headless/fieldcode.h"
-#include "headless/hostapplication.h"
 
 namespace corvane::headless {
 
@@ -81,7 +80,7 @@ class ObjectPropertyEvaluator : public host::AcFdFieldEvaluator {
     }
     const std::wstring property = core::trim(code.substr(close + 4));
     const host::AcDbObjectId id = own->objectIds().front();
-    HeadlessObject* object = database->host().lookupHeadless(id);
+    HeadlessObject* object = database->objects().lookupHeadless(id);
     if (!object || object->record().erased) {
       result->setEvaluationStatus(AcDbField::kOtherError, 0, L"The object does not exist");
       return Acad::eInvalidInput;

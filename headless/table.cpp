@@ -12,7 +12,6 @@
 #include "headless/fieldcode.h"
 #include "headless/fieldlist.h"
 #include "headless/fieldvaluetext.h"
-#include "headless/hostapplication.h"
 #include "headless/mtext.h"
 #include "headless/valueformatter.h"
 

@@ -6,12 +6,11 @@
 #include "headless/dictionary.h"
 #include "headless/field.h"
 #include "headless/fieldlist.h"
-#include "headless/hostapplication.h"
 
 namespace corvane::headless {
 
 host::AcDbObjectId fieldOf(const Database& db, host::AcDbObjectId object, std::wstring_view key) {
-  const auto* headless = db.host().lookupHeadless(object);
+  const auto* headless = db.objects().lookupHeadless(object);
   if (!headless || headless->record().database != &db) return {};
   const auto* xdict = db.get<Dictionary>(headless->record().extensionDictionary);
   host::AcDbObjectId fieldDictId;
@@ -24,7 +23,7 @@ host::AcDbObjectId fieldOf(const Database& db, host::AcDbObjectId object, std::w
 
 host::AcDbObjectId attachField(Database& db, host::AcDbObjectId object, std::wstring_view code,
                                std::wstring_view key) {
-  HeadlessObject* headless = db.host().lookupHeadless(object);
+  HeadlessObject* headless = db.objects().lookupHeadless(object);
   if (!headless || headless->record().database != &db) return {};
   ObjectRecord& record = headless->record();
   if (record.extensionDictionary.isNull()) {

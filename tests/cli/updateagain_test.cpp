@@ -30,7 +30,7 @@ std::wstring valueText(const host::AcValue& value) {
 
 std::wstring handles(const headless::Database& db, const std::vector<AcDbObjectId>& ids) {
   std::wstring out;
-  for (const auto id : ids) out += db.host().handle(id).text() + L" ";
+  for (const auto id : ids) out += db.objects().handle(id).text() + L" ";
   return out;
 }
 
@@ -55,7 +55,7 @@ std::vector<std::wstring> contentsOf(const headless::Database& db) {
       host::AcValue value;
       field->getValue(value);
       lines.push_back(core::format(L"field %s in %s: %s | %s| %s| status %d %d %s | %s | %s", handle,
-                                   db.host().handle(field->ownerId()).text(),
+                                   db.objects().handle(field->ownerId()).text(),
                                    field->getFieldCode(host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers),
                                    handles(db, field->children()), handles(db, field->objectIds()), status, error,
                                    message, valueText(value), field->getDisplayText()));
@@ -69,7 +69,7 @@ std::vector<std::wstring> contentsOf(const headless::Database& db) {
           const headless::TableCell& cell = table->cell(r, c);
           lines.push_back(core::format(L"table %s cell %d,%d: %d %s | %s | field %s", handle, r, c,
                                        static_cast<int>(cell.type), cell.text, valueText(cell.value),
-                                       db.host().handle(cell.field).text()));
+                                       db.objects().handle(cell.field).text()));
         }
       }
     }

@@ -269,7 +269,7 @@ TEST(Database, ObjectsKnowWhetherTheyChangedSinceMarkedUnmodified) {
   const auto changed = [&d] {
     std::vector<host::AcDbObjectId> ids;
     for (const auto id : d.db.objectIds()) {
-      if (d.db.host().lookupHeadless(id)->record().modified) ids.push_back(id);
+      if (d.db.objects().lookupHeadless(id)->record().modified) ids.push_back(id);
     }
     d.db.markUnmodified();
     return ids;
