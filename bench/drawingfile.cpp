@@ -16,13 +16,13 @@
 #include <vector>
 
 #include "countingallocator.h"
-#include "generateddrawing.h"
 #include "dxf/document.h"
 #include "dxf/drawingfile.h"
-#include "headless/database.h"
+#include "generateddrawing.h"
+#include "headless/db/database.h"
+#include "headless/db/mtext.h"
+#include "headless/db/text.h"
 #include "headless/hostapplication.h"
-#include "headless/mtext.h"
-#include "headless/text.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "core/printf.h"
-#include "headless/database.h"
-#include "headless/fieldengine.h"
+#include "headless/db/database.h"
+#include "headless/db/table.h"
+#include "headless/fields/fieldengine.h"
 #include "headless/hostapplication.h"
-#include "headless/table.h"
 #include "host/acdbfield.h"
 #include "host/acdbtable.h"
 #include "plugin/shell/ccorvaneapp.h"

@@ -2,8 +2,8 @@
 // pays for them on each evaluation.
 #include <benchmark/benchmark.h>
 
-#include "headless/rtos.h"
-#include "headless/valueformatter.h"
+#include "headless/format/rtos.h"
+#include "headless/format/valueformatter.h"
 
 namespace {
 

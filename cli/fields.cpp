@@ -6,14 +6,14 @@
 #include <vector>
 
 #include "commands.h"
-#include "output.h"
 #include "core/printf.h"
 #include "core/utf8.h"
 #include "dxf/drawingfile.h"
-#include "headless/database.h"
-#include "headless/field.h"
-#include "headless/fieldlist.h"
+#include "headless/db/database.h"
+#include "headless/db/field.h"
+#include "headless/db/fieldlist.h"
 #include "headless/hostapplication.h"
+#include "output.h"
 
 namespace corvane::cli {
 

@@ -4,11 +4,11 @@
 #include <string>
 
 #include "commands.h"
-#include "output.h"
 #include "core/crt.h"
 #include "core/utf8.h"
-#include "headless/valueformatter.h"
+#include "headless/format/valueformatter.h"
 #include "host/acvalue.h"
+#include "output.h"
 
 namespace corvane::cli {
 

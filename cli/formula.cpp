@@ -8,16 +8,16 @@
 #include "core/printf.h"
 #include "core/textutil.h"
 #include "core/utf8.h"
-#include "headless/database.h"
 #include "dxf/drawingfile.h"
+#include "headless/db/database.h"
 #include "headless/hostapplication.h"
-#include "host/acdbtable.h"
-#include "plugin/formula/exprfieldbinding.h"
-#include "plugin/shell/ccorvaneapp.h"
 #include "host/acdbfield.h"
+#include "host/acdbtable.h"
 #include "plugin/formula/exprbinding.h"
 #include "plugin/formula/exprengine.h"
 #include "plugin/formula/exprerror.h"
+#include "plugin/formula/exprfieldbinding.h"
+#include "plugin/shell/ccorvaneapp.h"
 
 namespace corvane::cli {
 

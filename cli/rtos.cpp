@@ -1,4 +1,4 @@
-#include "headless/rtos.h"
+#include "headless/format/rtos.h"
 
 #include <cmath>
 #include <cstdio>
@@ -6,9 +6,9 @@
 #include <string>
 
 #include "commands.h"
-#include "output.h"
 #include "core/crt.h"
 #include "core/utf8.h"
+#include "output.h"
 
 namespace corvane::cli {
 

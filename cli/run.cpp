@@ -9,10 +9,10 @@
 #include "commands.h"
 #include "core/utf8.h"
 #include "dxf/drawingfile.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
+#include "headless/editor/script.h"
+#include "headless/editor/session.h"
 #include "headless/hostapplication.h"
-#include "headless/script.h"
-#include "headless/session.h"
 #include "plugin/shell/ccorvaneapp.h"
 
 namespace corvane::cli {

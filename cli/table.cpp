@@ -3,14 +3,14 @@
 #include <string>
 
 #include "commands.h"
-#include "output.h"
 #include "core/printf.h"
 #include "core/utf8.h"
 #include "dxf/drawingfile.h"
 #include "dxf/tablerecord.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
+#include "headless/db/table.h"
 #include "headless/hostapplication.h"
-#include "headless/table.h"
+#include "output.h"
 
 namespace corvane::cli {
 

@@ -4,8 +4,8 @@
 
 #include "commands.h"
 #include "dxf/drawingfile.h"
-#include "headless/database.h"
-#include "headless/fieldengine.h"
+#include "headless/db/database.h"
+#include "headless/fields/fieldengine.h"
 #include "headless/hostapplication.h"
 #include "plugin/shell/ccorvaneapp.h"
 

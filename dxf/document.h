@@ -20,7 +20,7 @@
 #include "dxf/status.h"
 #include "dxf/tag.h"
 #include "dxf/textcodec.h"
-#include "headless/handleindex.h"
+#include "headless/db/handleindex.h"
 
 namespace corvane::dxf {
 

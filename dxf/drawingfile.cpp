@@ -7,27 +7,26 @@
 #include "core/textutil.h"
 #include "dxf/extendeddata.h"
 #include "dxf/fieldrecord.h"
+#include "dxf/newtable.h"
 #include "dxf/numbertext.h"
 #include "dxf/objectreader.h"
 #include "dxf/objectwriter.h"
-#include "dxf/newtable.h"
 #include "dxf/recordheader.h"
 #include "dxf/recordview.h"
 #include "dxf/tablerecord.h"
 #include "dxf/textpieces.h"
-#include "headless/blocktable.h"
-#include "headless/blocktablerecord.h"
-#include "headless/database.h"
-#include "headless/dictionary.h"
-#include "headless/field.h"
-#include "headless/fieldcode.h"
-#include "headless/fieldlist.h"
-#include "headless/hostapplication.h"
-#include "headless/layertable.h"
-#include "headless/layout.h"
-#include "headless/proxyobject.h"
-#include "headless/table.h"
-#include "headless/texthost.h"
+#include "headless/db/blocktable.h"
+#include "headless/db/blocktablerecord.h"
+#include "headless/db/database.h"
+#include "headless/db/dictionary.h"
+#include "headless/db/field.h"
+#include "headless/db/fieldcode.h"
+#include "headless/db/fieldlist.h"
+#include "headless/db/layertable.h"
+#include "headless/db/layout.h"
+#include "headless/db/proxyobject.h"
+#include "headless/db/table.h"
+#include "headless/db/texthost.h"
 
 namespace corvane::dxf {
 
@@ -64,20 +63,20 @@ std::wstring tableName(const Document& doc, RecordId id, std::size_t bodyBegin) 
 
 }  // namespace
 
-DrawingFile::DrawingFile(std::unique_ptr<Document> doc, headless::HostApplication& host, std::filesystem::path path)
+DrawingFile::DrawingFile(std::unique_ptr<Document> doc, headless::DatabaseHost& host, std::filesystem::path path)
     : doc_(std::move(doc)), path_(std::move(path)) {
   bind(host);
 }
 
 DrawingFile::~DrawingFile() = default;
 
-LoadResult DrawingFile::load(const std::filesystem::path& path, headless::HostApplication& host) {
+LoadResult DrawingFile::load(const std::filesystem::path& path, headless::DatabaseHost& host) {
   ReadResult read = Document::readFile(path);
   if (!read.document) return {nullptr, std::move(read.error)};
   return {std::unique_ptr<DrawingFile>(new DrawingFile(std::move(read.document), host, path)), {}};
 }
 
-LoadResult DrawingFile::read(std::string bytes, headless::HostApplication& host, const std::filesystem::path& path) {
+LoadResult DrawingFile::read(std::string bytes, headless::DatabaseHost& host, const std::filesystem::path& path) {
   ReadResult read = Document::read(std::move(bytes));
   if (!read.document) return {nullptr, std::move(read.error)};
   return {std::unique_ptr<DrawingFile>(new DrawingFile(std::move(read.document), host, path)), {}};
@@ -112,7 +111,7 @@ void DrawingFile::unbind(AcDbObjectId id) {
 
 // --- loading
 
-void DrawingFile::bind(headless::HostApplication& host) {
+void DrawingFile::bind(headless::DatabaseHost& host) {
   db_ = std::make_unique<headless::Database>(host, headless::Database::Empty{});
   db_->setFilename(path_.wstring());
   headless::Database& db = *db_;

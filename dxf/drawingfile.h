@@ -21,7 +21,7 @@
 
 namespace corvane::headless {
 class Database;
-class HostApplication;
+class DatabaseHost;
 }
 
 namespace corvane::dxf {
@@ -36,9 +36,9 @@ struct LoadResult {
 class DrawingFile {
  public:
   // The host must outlive the drawing: the database's objects live in its id table.
-  static LoadResult load(const std::filesystem::path& path, headless::HostApplication& host);
+  static LoadResult load(const std::filesystem::path& path, headless::DatabaseHost& host);
   // A drawing held in memory; `path` is where save() writes it and what the database is named.
-  static LoadResult read(std::string bytes, headless::HostApplication& host, const std::filesystem::path& path = {});
+  static LoadResult read(std::string bytes, headless::DatabaseHost& host, const std::filesystem::path& path = {});
 
   ~DrawingFile();
   DrawingFile(const DrawingFile&) = delete;
@@ -59,8 +59,8 @@ class DrawingFile {
   RecordId recordOf(host::AcDbObjectId id) const;
 
  private:
-  DrawingFile(std::unique_ptr<Document> doc, headless::HostApplication& host, std::filesystem::path path);
-  void bind(headless::HostApplication& host);
+  DrawingFile(std::unique_ptr<Document> doc, headless::DatabaseHost& host, std::filesystem::path path);
+  void bind(headless::DatabaseHost& host);
   void bindRecord(host::AcDbObjectId id, RecordId record);
   void unbind(host::AcDbObjectId id);
 

@@ -4,9 +4,8 @@
 #include "dxf/recordedit.h"
 #include "dxf/recordview.h"
 #include "dxf/textpieces.h"
-#include "headless/database.h"
-#include "headless/field.h"
-#include "headless/hostapplication.h"
+#include "headless/db/database.h"
+#include "headless/db/field.h"
 
 namespace corvane::dxf {
 

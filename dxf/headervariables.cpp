@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "dxf/recordedit.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
 
 namespace corvane::dxf {
 

@@ -13,8 +13,8 @@
 #include "dxf/tablecontent.h"
 #include "dxf/tablegraphics.h"
 #include "dxf/tablerecord.h"
-#include "headless/database.h"
-#include "headless/table.h"
+#include "headless/db/database.h"
+#include "headless/db/table.h"
 
 namespace corvane::dxf {
 

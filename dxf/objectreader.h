@@ -15,7 +15,7 @@
 
 #include "dxf/document.h"
 #include "dxf/recordheader.h"
-#include "headless/proxyobject.h"
+#include "headless/db/proxyobject.h"
 #include "host/acdbobject.h"
 
 namespace corvane::headless {

@@ -6,9 +6,8 @@
 #include "dxf/recordedit.h"
 #include "dxf/recordview.h"
 #include "dxf/textpieces.h"
-#include "headless/database.h"
-#include "headless/fieldcode.h"
-#include "headless/hostapplication.h"
+#include "headless/db/database.h"
+#include "headless/db/fieldcode.h"
 
 namespace corvane::dxf {
 

@@ -14,7 +14,7 @@
 #include "dxf/document.h"
 #include "dxf/recordheader.h"
 #include "dxf/valueblock.h"
-#include "headless/table.h"
+#include "headless/db/table.h"
 
 namespace corvane::headless {
 class Database;

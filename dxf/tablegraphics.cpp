@@ -6,7 +6,7 @@
 #include "dxf/recordedit.h"
 #include "dxf/recordheader.h"
 #include "dxf/recordview.h"
-#include "headless/table.h"
+#include "headless/db/table.h"
 
 namespace corvane::dxf {
 

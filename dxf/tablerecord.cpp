@@ -13,9 +13,8 @@
 #include "dxf/tablegraphics.h"
 #include "dxf/textpieces.h"
 #include "dxf/valueblock.h"
-#include "headless/database.h"
-#include "headless/hostapplication.h"
-#include "headless/table.h"
+#include "headless/db/database.h"
+#include "headless/db/table.h"
 
 namespace corvane::dxf {
 

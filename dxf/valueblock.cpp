@@ -6,8 +6,7 @@
 #include "dxf/numbertext.h"
 #include "dxf/recordedit.h"
 #include "dxf/textpieces.h"
-#include "headless/database.h"
-#include "headless/hostapplication.h"
+#include "headless/db/database.h"
 
 namespace corvane::dxf {
 

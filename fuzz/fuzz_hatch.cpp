@@ -7,7 +7,7 @@
 #include <cstring>
 #include <vector>
 
-#include "headless/geometry.h"
+#include "headless/db/geometry.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "core/utf8.h"
-#include "headless/mtext.h"
+#include "headless/db/mtext.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "headless/registrytree.h"
+#include "headless/settings/registrytree.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

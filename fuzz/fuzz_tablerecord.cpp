@@ -11,9 +11,9 @@
 #include "dxf/document.h"
 #include "dxf/recordview.h"
 #include "dxf/tablerecord.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
+#include "headless/db/table.h"
 #include "headless/hostapplication.h"
-#include "headless/table.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

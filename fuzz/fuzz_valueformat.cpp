@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include "core/utf8.h"
-#include "headless/rtos.h"
-#include "headless/valueformatter.h"
+#include "headless/format/rtos.h"
+#include "headless/format/valueformatter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

@@ -3,14 +3,14 @@
 #include <cstdio>
 
 #include "core/utf8.h"
-#include "headless/database.h"
-#include "headless/field.h"
-#include "headless/fieldcode.h"
-#include "headless/fieldengine.h"
-#include "headless/fieldvaluetext.h"
-#include "headless/objectimpl.h"
-#include "headless/rtos.h"
-#include "headless/valueformatter.h"
+#include "headless/db/database.h"
+#include "headless/db/field.h"
+#include "headless/db/fieldcode.h"
+#include "headless/db/fieldvaluetext.h"
+#include "headless/db/objectimpl.h"
+#include "headless/fields/fieldengine.h"
+#include "headless/format/rtos.h"
+#include "headless/format/valueformatter.h"
 
 namespace corvane::headless {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "headless/databasehost.h"
-#include "headless/objecttable.h"
+#include "headless/db/databasehost.h"
+#include "headless/db/objecttable.h"
 #include "host/acdbobject.h"
 #include "host/hostservices.h"
 

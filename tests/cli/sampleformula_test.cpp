@@ -8,9 +8,9 @@
 #include <string>
 
 #include "dxf/drawingfile.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
+#include "headless/db/table.h"
 #include "headless/hostapplication.h"
-#include "headless/table.h"
 #include "support/clirun.h"
 
 namespace {

@@ -7,9 +7,9 @@
 
 #include "dxf/drawingfile.h"
 #include "dxftext.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
+#include "headless/db/line.h"
 #include "headless/hostapplication.h"
-#include "headless/line.h"
 #include "host/acdbobject.h"
 
 namespace corvane::dxf {

@@ -7,7 +7,7 @@
 
 #include "dxf/drawingfile.h"
 #include "dxftext.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
 #include "headless/hostapplication.h"
 
 namespace corvane::dxf {

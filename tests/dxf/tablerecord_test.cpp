@@ -15,10 +15,10 @@
 #include "dxf/recordview.h"
 #include "dxf/tablecontent.h"
 #include "dxftext.h"
+#include "headless/db/blocktablerecord.h"
+#include "headless/db/dictionary.h"
+#include "headless/db/table.h"
 #include "support/ezdxf.h"
-#include "headless/blocktablerecord.h"
-#include "headless/dictionary.h"
-#include "headless/table.h"
 #include "support/testdrawing.h"
 
 namespace corvane::dxf {

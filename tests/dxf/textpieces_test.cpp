@@ -10,7 +10,7 @@
 #include "dxf/document.h"
 #include "dxf/recordview.h"
 #include "dxftext.h"
-#include "headless/fieldcode.h"
+#include "headless/db/fieldcode.h"
 #include "samples.h"
 
 namespace corvane::dxf {

@@ -10,9 +10,9 @@
 
 #include "dxf/numbertext.h"
 #include "dxftext.h"
-#include "headless/database.h"
+#include "headless/db/database.h"
+#include "headless/db/line.h"
 #include "headless/hostapplication.h"
-#include "headless/line.h"
 
 namespace corvane::dxf {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "headless/blockreference.h"
-#include "headless/blocktablerecord.h"
+#include "headless/db/blockreference.h"
+#include "headless/db/blocktablerecord.h"
 #include "plugin/shell/ccorvaneapp.h"
 #include "support/testdrawing.h"
 

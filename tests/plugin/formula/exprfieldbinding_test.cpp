@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "headless/db/blockreference.h"
+#include "headless/db/blocktablerecord.h"
 #include "plugin/fields/fieldreferences.h"
 #include "plugin/formula/exprengine.h"
-#include "headless/blockreference.h"
-#include "headless/blocktablerecord.h"
 #include "support/testdrawing.h"
 
 namespace corvane {

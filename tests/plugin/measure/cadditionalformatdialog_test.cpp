@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "headless/database.h"
+#include "headless/db/database.h"
 #include "headless/hostapplication.h"
 #include "plugin/measure/portformathost.h"
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "headless/database.h"
+#include "headless/db/database.h"
 #include "headless/hostapplication.h"
-#include "plugin/measure/portformathost.h"
 #include "plugin/measure/formatpieces.h"
+#include "plugin/measure/portformathost.h"
 
 namespace corvane {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "headless/osservices.h"
+#include "headless/editor/osservices.h"
 
 namespace corvane {
 namespace {

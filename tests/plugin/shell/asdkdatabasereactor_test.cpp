@@ -4,10 +4,10 @@
 
 #include <memory>
 
-#include "headless/database.h"
-#include "headless/entity.h"
+#include "headless/db/database.h"
+#include "headless/db/entity.h"
+#include "headless/db/line.h"
 #include "headless/hostapplication.h"
-#include "headless/line.h"
 
 namespace corvane {
 namespace {

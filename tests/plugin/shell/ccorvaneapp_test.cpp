@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "headless/database.h"
-#include "headless/field.h"
+#include "headless/db/database.h"
+#include "headless/db/field.h"
+#include "headless/db/table.h"
 #include "headless/hostapplication.h"
-#include "headless/table.h"
 #include "host/acdbtable.h"
 #include "recordinghost.h"
 

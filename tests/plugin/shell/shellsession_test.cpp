@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "headless/database.h"
+#include "headless/db/database.h"
+#include "headless/editor/session.h"
 #include "headless/hostapplication.h"
-#include "headless/registryfile.h"
-#include "support/scratchfolder.h"
-#include "headless/session.h"
+#include "headless/settings/registryfile.h"
 #include "plugin/shell/ccorvaneapp.h"
+#include "support/scratchfolder.h"
 
 namespace corvane {
 namespace {

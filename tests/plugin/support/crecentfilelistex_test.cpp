@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/printf.h"
-#include "headless/registryfile.h"
+#include "headless/settings/registryfile.h"
 #include "support/scratchfolder.h"
 
 namespace corvane {

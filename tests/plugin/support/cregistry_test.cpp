@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "headless/registryfile.h"
+#include "headless/settings/registryfile.h"
 #include "support/scratchfolder.h"
 
 namespace corvane {

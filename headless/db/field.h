@@ -1,0 +1,90 @@
+// A field object of the headless database.
+#pragma once
+
+#include <string>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include "headless/db/objectimpl.h"
+#include "host/acdbfield.h"
+
+namespace corvane::headless {
+
+class Field final : public ObjectImpl<host::AcDbField> {
+ public:
+  // The object as a field, or null: a type check instead of a cast through the hierarchy, as
+  // the engine asks this of every field and owner of a batch.
+  static Field* of(host::AcDbObject* object) noexcept {
+    return object && typeid(*object) == typeid(Field) ? static_cast<Field*>(object) : nullptr;
+  }
+
+  std::wstring dxfName() const override { return L"FIELD"; }
+  std::wstring className() const override { return L"AcDbField"; }
+
+  std::wstring evaluatorId() const override { return evaluatorId_; }
+  std::wstring getFieldCode(int flags) const override;
+  host::Acad::ErrorStatus setFieldCode(std::wstring_view code) override;
+  int childCount() const override { return static_cast<int>(children_.size()); }
+  host::AcDbObjectId getChild(int index) const override;
+
+  host::Acad::ErrorStatus getData(std::wstring_view key, host::AcValue& value) const override;
+  host::Acad::ErrorStatus setData(std::wstring_view key, const host::AcValue& value) override;
+  host::Acad::ErrorStatus getValue(host::AcValue& value) const override;
+  std::wstring getFormat() const override;
+  std::wstring getDisplayText() const override { return displayText_; }
+  host::Acad::ErrorStatus formatValue(std::wstring& text) const override;
+
+  int evaluationOption() const override { return evaluationOption_; }
+  host::Acad::ErrorStatus setEvaluationOption(int option) override;
+  EvalStatus evaluationStatus(int* errorCode = nullptr, std::wstring* message = nullptr) const override;
+  int state() const override { return state_; }
+
+  // A new field made from the code, in the field list, owned by `owner` (none for a field
+  // that is not placed yet).
+  // `listed` false makes a field of no drawing's field list (a temporary one), children too.
+  static host::AcDbObjectId create(Database& db, std::wstring_view code, host::AcDbObjectId owner = {},
+                                   bool asText = false, bool listed = true);
+  host::Acad::ErrorStatus evaluate(int context, host::AcDbDatabase* db = nullptr) override;
+
+  // The headless host's own access, with no open needed (the engine and the file layer).
+  // Sets the code, replacing the children by new field objects made from the code.
+  void assignCode(std::wstring_view code, bool asText = false);
+  const std::wstring& ownCode() const noexcept { return ownCode_; }
+  const std::vector<host::AcDbObjectId>& children() const noexcept { return children_; }
+  const std::vector<host::AcDbObjectId>& objectIds() const noexcept { return objectIds_; }
+  const std::vector<std::pair<std::wstring, host::AcValue>>& dataSet() const noexcept { return data_; }
+  void putData(std::wstring_view key, const host::AcValue& value);
+  void storeValue(const host::AcValue& value);
+  void storeStatus(int status, int errorCode, std::wstring message);
+  void storeDisplayText(std::wstring text) {
+    if (text != displayText_) record_.modified = true;
+    displayText_ = std::move(text);
+  }
+  void setState(int state) noexcept {
+    if (state != state_) record_.modified = true;
+    state_ = state;
+  }
+  // Restores a stored field as it was read from a file, children and object ids as given.
+  void restore(std::wstring evaluatorId, std::wstring ownCode, std::vector<host::AcDbObjectId> children,
+               std::vector<host::AcDbObjectId> objectIds);
+
+ private:
+  std::wstring expandedCode(int flags) const;
+
+  std::wstring evaluatorId_;
+  std::wstring ownCode_;
+  std::vector<host::AcDbObjectId> children_;
+  std::vector<host::AcDbObjectId> objectIds_;
+  std::vector<std::pair<std::wstring, host::AcValue>> data_;
+  host::AcValue value_;
+  std::wstring displayText_;
+  int evaluationOption_ = kAutomatic;
+  int state_ = kInitialized;
+  int status_ = kNotYetEvaluated;
+  int errorCode_ = 0;
+  std::wstring message_;
+  bool listed_ = true;
+};
+
+}  // namespace corvane::headless

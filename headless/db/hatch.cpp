@@ -1,0 +1,68 @@
+#include "headless/db/hatch.h"
+
+#include <cstdint>
+
+namespace corvane::headless {
+
+void Hatch::setPatternName(std::wstring name) {
+  if (patternName_ != name) record_.modified = true;
+  patternName_ = std::move(name);
+}
+
+void Hatch::setSolidFill(bool solid) {
+  if (solidFill_ != solid) record_.modified = true;
+  solidFill_ = solid;
+}
+
+void Hatch::setLoops(std::vector<HatchLoop> loops) {
+  loops_ = std::move(loops);
+  record_.modified = true;
+}
+
+void Hatch::appendLoop(HatchLoop loop) {
+  loops_.push_back(std::move(loop));
+  record_.modified = true;
+}
+
+void Hatch::setStyle(Style style) {
+  if (style_ != style) record_.modified = true;
+  style_ = style;
+}
+
+void Hatch::setElevation(double elevation) {
+  if (elevation_ != elevation) record_.modified = true;
+  elevation_ = elevation;
+}
+
+void Hatch::setNormal(host::AcGeVector3d normal) {
+  if (!(normal_ == normal)) record_.modified = true;
+  normal_ = normal;
+}
+
+host::Acad::ErrorStatus Hatch::getArea(double& area) const {
+  std::vector<geometry::Loop> paths;
+  paths.reserve(loops_.size());
+  for (const HatchLoop& loop : loops_) paths.push_back(loop.path);
+  area = geometry::hatchArea(paths, style_);
+  return host::Acad::eOk;
+}
+
+void Hatch::addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const {
+  const geometry::Transform toWorld = transform * geometry::Transform::fromOcs(normal_);
+  for (const HatchLoop& loop : loops_) geometry::addLoop(extents, toWorld, loop.path, elevation_);
+}
+
+std::optional<host::AcValue> Hatch::property(std::wstring_view name) const {
+  if (core::equalsNoCase(name, L"Area")) {
+    double area = 0.0;
+    getArea(area);
+    return host::AcValue(area);
+  }
+  if (core::equalsNoCase(name, L"PatternName")) return host::AcValue(patternName_);
+  if (core::equalsNoCase(name, L"HatchStyle")) return host::AcValue(static_cast<std::int32_t>(style_));
+  if (core::equalsNoCase(name, L"NumberOfLoops")) return host::AcValue(static_cast<std::int32_t>(loops_.size()));
+  if (core::equalsNoCase(name, L"Elevation")) return host::AcValue(elevation_);
+  return EntityImpl::property(name);
+}
+
+}  // namespace corvane::headless

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "headless/db/entity.h"
+#include "headless/db/geometry.h"
+#include "headless/db/shape.h"
+#include "host/acdbhatch.h"
+
+namespace corvane::headless {
+
+// One boundary path of a hatch with the path flags of drawing files.
+struct HatchLoop {
+  enum Flags : int { kExternal = 1, kPolyline = 2, kDerived = 4, kTextbox = 8, kOutermost = 16 };
+  int flags = 0;
+  geometry::Loop path;
+
+  static HatchLoop polyline(std::vector<geometry::Vertex> vertices, int flags = kExternal, bool closed = true) {
+    return {flags | kPolyline, geometry::Loop{true, closed, std::move(vertices), {}}};
+  }
+  static HatchLoop edges(std::vector<geometry::Edge> edges, int flags = kExternal) {
+    return {flags & ~kPolyline, geometry::Loop{false, true, {}, std::move(edges)}};
+  }
+};
+
+// A hatch (HATCH): boundary loops in its object coordinate system at one elevation, a
+// pattern and the style that decides which nested loops are filled.
+class Hatch : public EntityImpl<host::AcDbHatch>, public Shape {
+ public:
+  using Style = geometry::HatchStyle;
+  Hatch() = default;
+  Hatch(std::wstring patternName, bool solidFill, std::vector<HatchLoop> loops, Style style = Style::kNormal)
+      : patternName_(std::move(patternName)), solidFill_(solidFill), loops_(std::move(loops)), style_(style) {}
+  std::wstring dxfName() const override { return L"HATCH"; }
+  std::wstring className() const override { return L"AcDbHatch"; }
+
+  std::wstring patternName() const override { return patternName_; }
+  void setPatternName(std::wstring name);
+  bool isSolidFill() const override { return solidFill_; }
+  void setSolidFill(bool solid);
+  const std::vector<HatchLoop>& loops() const noexcept { return loops_; }
+  void setLoops(std::vector<HatchLoop> loops);
+  void appendLoop(HatchLoop loop);
+  Style style() const noexcept { return style_; }
+  void setStyle(Style style);
+  double elevation() const noexcept { return elevation_; }
+  void setElevation(double elevation);
+  const host::AcGeVector3d& normal() const noexcept { return normal_; }
+  void setNormal(host::AcGeVector3d normal);
+
+  host::Acad::ErrorStatus getArea(double& area) const override;
+  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
+  void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
+
+  std::optional<host::AcValue> property(std::wstring_view name) const override;
+
+ private:
+  std::wstring patternName_ = L"SOLID";
+  bool solidFill_ = true;
+  std::vector<HatchLoop> loops_;
+  Style style_ = Style::kNormal;
+  double elevation_ = 0.0;
+  host::AcGeVector3d normal_{0, 0, 1};
+};
+
+}  // namespace corvane::headless

@@ -1,0 +1,137 @@
+#include "headless/db/polyline.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace corvane::headless {
+
+using host::Acad;
+
+namespace {
+constexpr double kParamTolerance = 1e-9;
+}  // namespace
+
+void Polyline::setVertices(std::vector<Vertex> vertices) {
+  if (vertices_ != vertices) record_.modified = true;
+  vertices_ = std::move(vertices);
+}
+
+void Polyline::addVertex(Vertex vertex) {
+  vertices_.push_back(vertex);
+  record_.modified = true;
+}
+
+void Polyline::setClosed(bool closed) {
+  if (closed_ != closed) record_.modified = true;
+  closed_ = closed;
+}
+
+void Polyline::setElevation(double elevation) {
+  if (elevation_ != elevation) record_.modified = true;
+  elevation_ = elevation;
+}
+
+void Polyline::setConstantWidth(double width) {
+  if (constantWidth_ != width) record_.modified = true;
+  constantWidth_ = width;
+}
+
+void Polyline::setNormal(host::AcGeVector3d normal) {
+  if (!(normal_ == normal)) record_.modified = true;
+  normal_ = normal;
+}
+
+std::size_t Polyline::segmentCount() const noexcept {
+  const std::size_t n = vertices_.size();
+  if (n < 2) return 0;
+  return closed_ ? n : n - 1;
+}
+
+Polyline::SegType Polyline::segType(unsigned int index) const {
+  const std::size_t n = vertices_.size();
+  if (index >= n) return kEmpty;
+  if (index >= segmentCount()) return kPoint;
+  const Vertex& from = vertices_[index];
+  const Vertex& to = vertices_[(index + 1) % n];
+  if (from.point == to.point) return kCoincident;
+  return from.bulge == 0.0 ? kLine : kArc;
+}
+
+Acad::ErrorStatus Polyline::getLineSegAt(unsigned int index, host::AcGeLineSeg2d& segment) const {
+  if (index >= vertices_.size()) return Acad::eInvalidIndex;
+  if (segType(index) != kLine) return Acad::eWrongObjectType;
+  segment = host::AcGeLineSeg2d(vertices_[index].point, vertices_[(index + 1) % vertices_.size()].point);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Polyline::getArcSegAt(unsigned int index, host::AcGeCircArc2d& arc) const {
+  if (index >= vertices_.size()) return Acad::eInvalidIndex;
+  if (segType(index) != kArc) return Acad::eWrongObjectType;
+  const Vertex& from = vertices_[index];
+  const auto bulged = geometry::bulgeArc(from.point, vertices_[(index + 1) % vertices_.size()].point, from.bulge);
+  if (!bulged) return Acad::eWrongObjectType;
+  arc = geometry::toCircArc(*bulged);
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Polyline::getPointAt(unsigned int index, host::AcGePoint2d& point) const {
+  if (index >= vertices_.size()) return Acad::eInvalidIndex;
+  point = vertices_[index].point;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Polyline::getBulgeAt(unsigned int index, double& bulge) const {
+  if (index >= vertices_.size()) return Acad::eInvalidIndex;
+  bulge = vertices_[index].bulge;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Polyline::getStartParam(double& param) const {
+  param = 0.0;
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Polyline::getEndParam(double& param) const {
+  param = static_cast<double>(segmentCount());
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Polyline::getDistAtParam(double param, double& dist) const {
+  const double end = static_cast<double>(segmentCount());
+  if (param < -kParamTolerance || param > end + kParamTolerance) return Acad::eInvalidInput;
+  param = std::clamp(param, 0.0, end);
+  const std::size_t n = vertices_.size();
+  dist = 0.0;
+  std::size_t i = 0;
+  for (; static_cast<double>(i + 1) <= param; ++i) {
+    dist += geometry::segmentLength(vertices_[i].point, vertices_[(i + 1) % n].point, vertices_[i].bulge);
+  }
+  const double fraction = param - static_cast<double>(i);
+  // Along a bulged segment the parameter grows with the angle, so with the length too.
+  if (fraction > 0.0) {
+    dist += fraction * geometry::segmentLength(vertices_[i].point, vertices_[(i + 1) % n].point, vertices_[i].bulge);
+  }
+  return Acad::eOk;
+}
+
+Acad::ErrorStatus Polyline::getArea(double& area) const {
+  area = geometry::polylineArea(vertices_, closed_);
+  return Acad::eOk;
+}
+
+void Polyline::addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const {
+  geometry::addPolyline(extents, transform * geometry::Transform::fromOcs(normal_), vertices_, closed_, elevation_);
+}
+
+std::optional<host::AcValue> Polyline::property(std::wstring_view name) const {
+  if (core::equalsNoCase(name, L"Area")) return host::AcValue(geometry::polylineArea(vertices_, closed_));
+  if (core::equalsNoCase(name, L"Length")) return host::AcValue(length());
+  if (core::equalsNoCase(name, L"Closed")) return host::AcValue(std::int32_t{closed_ ? 1 : 0});
+  if (core::equalsNoCase(name, L"Elevation")) return host::AcValue(elevation_);
+  if (core::equalsNoCase(name, L"ConstantWidth")) return host::AcValue(constantWidth_);
+  if (core::equalsNoCase(name, L"NumberOfVertices")) return host::AcValue(static_cast<std::int32_t>(vertices_.size()));
+  return EntityImpl::property(name);
+}
+
+}  // namespace corvane::headless

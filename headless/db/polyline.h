@@ -1,0 +1,64 @@
+#pragma once
+
+#include <vector>
+
+#include "headless/db/entity.h"
+#include "headless/db/geometry.h"
+#include "headless/db/shape.h"
+#include "host/acdbpolyline.h"
+
+namespace corvane::headless {
+
+// A lightweight polyline (LWPOLYLINE): 2D vertices in its object coordinate system at one
+// elevation, each with the bulge and widths of the segment it starts.
+class Polyline : public EntityImpl<host::AcDbPolyline>, public Shape {
+ public:
+  using Vertex = geometry::Vertex;
+  Polyline() = default;
+  Polyline(std::vector<Vertex> vertices, bool closed, double elevation = 0.0)
+      : vertices_(std::move(vertices)), closed_(closed), elevation_(elevation) {}
+  std::wstring dxfName() const override { return L"LWPOLYLINE"; }
+  std::wstring className() const override { return L"AcDbPolyline"; }
+
+  const std::vector<Vertex>& vertices() const noexcept { return vertices_; }
+  void setVertices(std::vector<Vertex> vertices);
+  void addVertex(Vertex vertex);
+  void setClosed(bool closed);
+  double elevation() const override { return elevation_; }
+  void setElevation(double elevation);
+  double constantWidth() const noexcept { return constantWidth_; }
+  void setConstantWidth(double width);
+  const host::AcGeVector3d& normal() const noexcept { return normal_; }
+  void setNormal(host::AcGeVector3d normal);
+  double length() const noexcept { return geometry::polylineLength(vertices_, closed_); }
+
+  unsigned int numVerts() const override { return static_cast<unsigned int>(vertices_.size()); }
+  SegType segType(unsigned int index) const override;
+  host::Acad::ErrorStatus getLineSegAt(unsigned int index, host::AcGeLineSeg2d& segment) const override;
+  host::Acad::ErrorStatus getArcSegAt(unsigned int index, host::AcGeCircArc2d& arc) const override;
+  host::Acad::ErrorStatus getPointAt(unsigned int index, host::AcGePoint2d& point) const override;
+  host::Acad::ErrorStatus getBulgeAt(unsigned int index, double& bulge) const override;
+
+  bool isClosed() const override { return closed_; }
+  // Parameters run from 0 at the first vertex through 1 at the second and so on.
+  host::Acad::ErrorStatus getStartParam(double& param) const override;
+  host::Acad::ErrorStatus getEndParam(double& param) const override;
+  host::Acad::ErrorStatus getDistAtParam(double param, double& dist) const override;
+  // The area of the closed outline; an open polyline closes with a straight segment.
+  host::Acad::ErrorStatus getArea(double& area) const override;
+  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
+  void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
+
+  std::optional<host::AcValue> property(std::wstring_view name) const override;
+
+ private:
+  std::size_t segmentCount() const noexcept;
+
+  std::vector<Vertex> vertices_;
+  bool closed_ = false;
+  double elevation_ = 0.0;
+  double constantWidth_ = 0.0;
+  host::AcGeVector3d normal_{0, 0, 1};
+};
+
+}  // namespace corvane::headless
