@@ -16,8 +16,8 @@
 #include <vector>
 
 #include "countingallocator.h"
-#include "dxf/document.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
+#include "dxf/tags/document.h"
 #include "generateddrawing.h"
 #include "headless/db/database.h"
 #include "headless/db/mtext.h"

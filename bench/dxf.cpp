@@ -15,8 +15,8 @@
 #include <string>
 
 #include "countingallocator.h"
+#include "dxf/tags/document.h"
 #include "generateddrawing.h"
-#include "dxf/document.h"
 
 namespace {
 

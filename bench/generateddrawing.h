@@ -10,7 +10,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "dxf/bytesink.h"
+#include "dxf/tags/bytesink.h"
 
 namespace corvane::bench {
 

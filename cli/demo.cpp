@@ -9,7 +9,7 @@
 #include "core/crt.h"
 #include "core/printf.h"
 #include "core/utf8.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "headless/db/circle.h"
 #include "headless/db/database.h"
 #include "headless/db/field.h"

@@ -8,7 +8,7 @@
 #include "commands.h"
 #include "core/printf.h"
 #include "core/utf8.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "headless/db/database.h"
 #include "headless/db/field.h"
 #include "headless/db/fieldlist.h"

@@ -8,7 +8,7 @@
 #include "core/printf.h"
 #include "core/textutil.h"
 #include "core/utf8.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "headless/db/database.h"
 #include "headless/hostapplication.h"
 #include "host/acdbfield.h"

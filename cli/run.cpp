@@ -8,7 +8,7 @@
 
 #include "commands.h"
 #include "core/utf8.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "headless/db/database.h"
 #include "headless/editor/script.h"
 #include "headless/editor/session.h"

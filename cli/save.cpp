@@ -3,7 +3,7 @@
 #include <string>
 
 #include "commands.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "headless/hostapplication.h"
 
 namespace corvane::cli {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "commands.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "headless/db/database.h"
 #include "headless/fields/fieldengine.h"
 #include "headless/hostapplication.h"

@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "dxf/document.h"
-#include "dxf/recordview.h"
+#include "dxf/tags/document.h"
+#include "dxf/tags/recordview.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
 

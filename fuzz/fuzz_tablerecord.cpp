@@ -8,9 +8,9 @@
 #include <memory>
 #include <string>
 
-#include "dxf/document.h"
-#include "dxf/recordview.h"
-#include "dxf/tablerecord.h"
+#include "dxf/model/tables/tablerecord.h"
+#include "dxf/tags/document.h"
+#include "dxf/tags/recordview.h"
 #include "headless/db/database.h"
 #include "headless/db/table.h"
 #include "headless/hostapplication.h"

@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/handleindex.h"
 #include "headless/db/databasehost.h"
-#include "headless/db/handleindex.h"
 #include "headless/db/objecttable.h"
 #include "headless/format/valueformatter.h"
 #include "host/acdbdatabase.h"
@@ -130,7 +130,7 @@ class Database : public host::AcDbDatabase {
   DatabaseHost& host_;
   std::wstring fileName_;
   std::vector<std::unique_ptr<host::AcDbObject>> objects_;  // in creation order
-  HandleIndex byHandle_;
+  core::HandleIndex byHandle_;
   mutable std::vector<std::pair<const std::type_info*, std::uint8_t>> roles_;  // by class
   host::AcDbHandle handseed_{1};
   host::AcDbObjectId namedObjects_;

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "headless/db/database.h"
 #include "headless/db/table.h"
 #include "headless/hostapplication.h"

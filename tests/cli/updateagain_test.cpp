@@ -11,7 +11,7 @@
 
 #include "core/printf.h"
 #include "core/utf8.h"
-#include "dxf/drawingfile.h"
+#include "dxf/model/drawingfile.h"
 #include "plugin/shell/ccorvaneapp.h"
 #include "support/scratchfolder.h"
 #include "support/testdrawing.h"

@@ -1,0 +1,665 @@
+#include "dxf/model/drawingfile.h"
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+
+#include "core/textutil.h"
+#include "dxf/model/extendeddata.h"
+#include "dxf/model/fieldrecord.h"
+#include "dxf/model/objectreader.h"
+#include "dxf/model/objectwriter.h"
+#include "dxf/model/tables/newtable.h"
+#include "dxf/model/tables/tablerecord.h"
+#include "dxf/tags/numbertext.h"
+#include "dxf/tags/recordheader.h"
+#include "dxf/tags/recordview.h"
+#include "dxf/tags/textpieces.h"
+#include "headless/db/blocktable.h"
+#include "headless/db/blocktablerecord.h"
+#include "headless/db/database.h"
+#include "headless/db/dictionary.h"
+#include "headless/db/field.h"
+#include "headless/db/fieldcode.h"
+#include "headless/db/fieldlist.h"
+#include "headless/db/layertable.h"
+#include "headless/db/layout.h"
+#include "headless/db/proxyobject.h"
+#include "headless/db/table.h"
+#include "headless/db/texthost.h"
+
+namespace corvane::dxf {
+
+namespace {
+
+using host::AcDbHandle;
+using host::AcDbObjectId;
+
+constexpr std::wstring_view kChecksumKey = L"ACFD_FIELDTEXT_CHECKSUM";
+constexpr std::wstring_view kAttdefKey = L"ACFD_FIELDTEXT_ATTDEF";
+
+bool isSection(std::string_view name, std::initializer_list<std::string_view> names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// A reference read before the object it names: resolved once every record has its object.
+struct Pending {
+  AcDbObjectId object;
+  std::uint64_t handle;
+  enum Kind : std::uint8_t { Owner, ExtensionDictionary, BlockEntity } kind;
+};
+
+headless::HeadlessObject* headlessOf(const headless::Database& db, AcDbObjectId id) {
+  auto* object = db.objects().lookupHeadless(id);
+  return object && object->record().database == &db ? object : nullptr;
+}
+
+std::wstring tableName(const Document& doc, RecordId id, std::size_t bodyBegin) {
+  const auto tags = doc.tags(id);
+  for (std::size_t i = 1; i < bodyBegin && i < tags.size(); ++i)
+    if (tags[i].code == 2) return doc.text(tags[i]);
+  return {};
+}
+
+}  // namespace
+
+DrawingFile::DrawingFile(std::unique_ptr<Document> doc, headless::DatabaseHost& host, std::filesystem::path path)
+    : doc_(std::move(doc)), path_(std::move(path)) {
+  bind(host);
+}
+
+DrawingFile::~DrawingFile() = default;
+
+LoadResult DrawingFile::load(const std::filesystem::path& path, headless::DatabaseHost& host) {
+  ReadResult read = Document::readFile(path);
+  if (!read.document) return {nullptr, std::move(read.error)};
+  return {std::unique_ptr<DrawingFile>(new DrawingFile(std::move(read.document), host, path)), {}};
+}
+
+LoadResult DrawingFile::read(std::string bytes, headless::DatabaseHost& host, const std::filesystem::path& path) {
+  ReadResult read = Document::read(std::move(bytes));
+  if (!read.document) return {nullptr, std::move(read.error)};
+  return {std::unique_ptr<DrawingFile>(new DrawingFile(std::move(read.document), host, path)), {}};
+}
+
+// --- the records of objects
+
+RecordId DrawingFile::recordOf(AcDbObjectId id) const {
+  const std::uint64_t value = id.asOldId();
+  if (value >= firstId_ && value - firstId_ < loaded_.size()) return loaded_[value - firstId_];
+  const auto other = others_.find(value);
+  return other == others_.end() ? kNoRecord : other->second;
+}
+
+void DrawingFile::bindRecord(AcDbObjectId id, RecordId record) {
+  const std::uint64_t value = id.asOldId();
+  if (loaded_.empty() && others_.empty() && firstId_ == 0) firstId_ = value;
+  if (value >= firstId_ && value - firstId_ == loaded_.size() && others_.count(value) == 0) {
+    loaded_.push_back(record);
+  } else if (value >= firstId_ && value - firstId_ < loaded_.size()) {
+    loaded_[value - firstId_] = record;
+  } else {
+    others_[value] = record;
+  }
+}
+
+void DrawingFile::unbind(AcDbObjectId id) {
+  const std::uint64_t value = id.asOldId();
+  if (value >= firstId_ && value - firstId_ < loaded_.size()) loaded_[value - firstId_] = kNoRecord;
+  others_.erase(value);
+}
+
+// --- loading
+
+void DrawingFile::bind(headless::DatabaseHost& host) {
+  db_ = std::make_unique<headless::Database>(host, headless::Database::Empty{});
+  db_->setFilename(path_.wstring());
+  headless::Database& db = *db_;
+  const Document& doc = *doc_;
+
+  // New handles start past every handle of the file and past its $HANDSEED.
+  std::uint64_t highest = 0;
+  ObjectReader reader(doc, db);
+  std::size_t recordCount = 0;
+  for (const auto& section : doc.sections()) recordCount += section.records.size();
+  db.reserve(recordCount);
+  loaded_.reserve(recordCount);
+  std::vector<Pending> pending;
+  std::vector<std::pair<AcDbObjectId, RecordId>> linked;  // records that name other objects
+  headless::Database::StandardObjects standard;
+  auto resolve = [&](std::uint64_t handle) {
+    AcDbObjectId id;
+    if (handle != 0) db.getAcDbObjectId(id, AcDbHandle(handle));
+    return id;
+  };
+
+  // A record's tags go once its object is made, and its block of tags with the last of them;
+  // the few records that later steps read are read again then.
+  auto release = [&](RecordId id) {
+    if (id != kNoRecord) doc_->release(id);
+  };
+  release(doc.prologue());
+  release(doc.eofRecord());
+  for (std::size_t s = 0; s < doc.sections().size(); ++s) {
+    const std::string_view section = doc.sectionName(s);
+    release(doc.sections()[s].begin);
+    release(doc.sections()[s].end);
+    if (!isSection(section, {"TABLES", "BLOCKS", "ENTITIES", "OBJECTS"})) {
+      for (const RecordId rid : doc.sections()[s].records) {
+        highest = std::max(highest, RecordView(doc, rid).handle().value_or(0));
+        release(rid);
+      }
+      continue;
+    }
+    const bool entities = section == "ENTITIES" || section == "BLOCKS";
+    AcDbObjectId parent;  // the block reference or polyline whose attributes or vertices follow
+    AcDbObjectId lastBlockId;
+    headless::BlockTableRecord* lastBlock = nullptr;
+    RecordId done = kNoRecord;  // the record before, whatever way its turn ended
+    for (const RecordId rid : doc.sections()[s].records) {
+      release(done);
+      done = rid;
+      const RecordHeader header = scanRecordHeader(doc, rid);
+      // A handle found among the record's data counts as the tag layer counts it.
+      highest = std::max(highest, header.handleIndex < header.bodyBegin ? header.handle.value_or(0)
+                                                                        : RecordView(doc, rid).handle().value_or(0));
+      if (!header.handle || *header.handle == 0) continue;
+      const std::string_view type = doc.recordType(rid);
+      // Owners come before what they own, save for a few objects; those wait for the rest.
+      // Attributes, vertices and the end of their sequence belong to the entity they follow,
+      // whatever owner a careless writer gave them.
+      AcDbObjectId owner = resolve(header.owner);
+      const bool subEntity = entities && (type == "ATTRIB" || type == "VERTEX" || type == "SEQEND");
+      if (subEntity && !parent.isNull()) owner = parent;
+      AcDbObjectId id;
+      try {
+        MadeObject made = reader.make(rid, header, entities);
+        id = db.addObject(std::move(made.object), *made.headless, owner, AcDbHandle(*header.handle));
+      } catch (const std::invalid_argument&) {
+        continue;  // a handle used twice: the later record stays as it is, without an object
+      }
+      bindRecord(id, rid);
+      headless::ObjectRecord& record = headlessOf(db, id)->record();
+      if (owner.isNull() && header.owner != 0) pending.push_back({id, header.owner, Pending::Owner});
+      if (header.extensionDictionary != 0) pending.push_back({id, header.extensionDictionary, Pending::ExtensionDictionary});
+      if (type == "INSERT" || type == "POLYLINE") parent = id;
+      else if (!subEntity || type == "SEQEND") parent = {};
+      if (entities && !subEntity && type != "BLOCK" && type != "ENDBLK" && header.owner != 0) {
+        // Entities come block by block: the last block found serves most of them.
+        if (owner != lastBlockId) {
+          lastBlockId = owner;
+          lastBlock = db.get<headless::BlockTableRecord>(owner);
+        }
+        if (lastBlock) lastBlock->append(id);
+        else if (owner.isNull()) pending.push_back({id, header.owner, Pending::BlockEntity});
+      }
+      const auto tags = doc.tags(rid);
+      if (header.xdataBegin < tags.size()) record.xdata = readExtendedData(doc, tags, header.xdataBegin);
+
+      if (type == "BLOCK") {
+        reader.describeBlock(rid, header, owner);
+      } else if (type == "BLOCK_RECORD") {
+        const auto* block = db.get<headless::BlockTableRecord>(id);
+        reader.addBlockName(block->name(), id);
+        if (core::equalsNoCase(block->name(), L"*Model_Space") && standard.modelSpace.isNull()) standard.modelSpace = id;
+        if (core::equalsNoCase(block->name(), L"*Paper_Space") && standard.paperSpace.isNull()) standard.paperSpace = id;
+        linked.emplace_back(id, rid);
+      } else if (type == "DICTIONARY" || type == "FIELDLIST" || type == "FIELD" || type == "LAYOUT" ||
+                 type == "ACAD_TABLE") {
+        if (section == "OBJECTS" && standard.namedObjects.isNull() && type == "DICTIONARY") standard.namedObjects = id;
+        linked.emplace_back(id, rid);
+      } else if (type == "TABLE") {
+        tables_.emplace(core::toUpper(tableName(doc, rid, header.bodyBegin)), id);
+      } else if (type == "APPID") {
+        if (const auto* app = dynamic_cast<const headless::ProxyObject*>(db.lookup(id)); app && !app->name().empty()) {
+          db.registerApp(app->name());
+          appIds_.insert(core::toUpper(app->name()));
+        }
+      }
+      if (section == "OBJECTS" && standard.namedObjects.isNull()) standard.namedObjects = id;
+    }
+    release(done);
+  }
+
+  for (const auto& item : pending) {
+    const AcDbObjectId target = resolve(item.handle);
+    if (target.isNull()) continue;
+    auto& record = headlessOf(db, item.object)->record();
+    if (item.kind == Pending::Owner) {
+      record.owner = target;
+    } else if (item.kind == Pending::ExtensionDictionary) {
+      record.extensionDictionary = target;
+    } else if (auto* block = db.get<headless::BlockTableRecord>(target)) {
+      block->append(item.object);
+    }
+  }
+
+  // Dictionary entries, field lists, fields, layouts, blocks and tables name other objects.
+  std::vector<std::pair<headless::Table*, TableLinks>> tables;
+  for (const auto& [id, rid] : linked) {
+    const auto tags = doc.tags(rid);
+    const RecordHeader header = scanRecordHeader(doc, rid);
+    auto own = [&](std::string_view subclass) {
+      const std::size_t marker = findSubclass(doc, tags, subclass, header.bodyBegin);
+      return marker == kNoIndex ? std::pair(header.bodyBegin, header.xdataBegin)
+                                : std::pair(marker + 1, subclassEnd(tags, marker));
+    };
+    auto firstHandle = [&](std::pair<std::size_t, std::size_t> range, int code) -> AcDbObjectId {
+      for (std::size_t i = range.first; i < range.second; ++i)
+        if (tags[i].code == code) return resolve(doc.toHandle(tags[i]).value_or(0));
+      return {};
+    };
+    if (auto* dictionary = db.get<headless::Dictionary>(id)) {
+      const auto [begin, end] = own("AcDbDictionary");
+      for (std::size_t i = begin; i + 1 < end; ++i) {
+        if (tags[i].code != 3 || (tags[i + 1].code != 350 && tags[i + 1].code != 360)) continue;
+        const AcDbObjectId entry = resolve(doc.toHandle(tags[i + 1]).value_or(0));
+        if (entry.isNull()) continue;
+        // Entries keep the owner their own record names.
+        auto* target = headlessOf(db, entry);
+        const AcDbObjectId owner = target->record().owner;
+        dictionary->put(doc.text(tags[i]), entry);
+        target->record().owner = owner;
+        ++i;
+      }
+    } else if (auto* list = db.get<headless::FieldList>(id)) {
+      const auto [begin, end] = own("AcDbIdSet");
+      for (std::size_t i = begin; i < end; ++i) {
+        if (tags[i].code != 330) continue;
+        const AcDbObjectId field = resolve(doc.toHandle(tags[i]).value_or(0));
+        if (!field.isNull()) list->add(field);
+      }
+    } else if (auto* field = db.get<headless::Field>(id)) {
+      const FieldRecord stored = readFieldRecord(doc, rid, db);
+      std::vector<AcDbObjectId> children;
+      std::vector<AcDbObjectId> objects;
+      for (const auto handle : stored.children) children.push_back(resolve(handle));
+      for (const auto handle : stored.objects) objects.push_back(resolve(handle));
+      field->restore(stored.evaluatorId, stored.code, std::move(children), std::move(objects));
+      for (const auto& entry : stored.data) field->putData(entry.key, entry.block.value);
+      if (stored.value) field->storeValue(stored.value->value);
+      field->storeStatus(stored.status, stored.errorCode, stored.errorMessage);
+      field->storeDisplayText(stored.displayText);
+      if (stored.evaluationOption >= 0 && stored.evaluationOption <= host::AcDbField::kAutomatic) {
+        field->setEvaluationOption(stored.evaluationOption);
+      }
+      field->setState(stored.state);
+    } else if (auto* table = db.get<headless::Table>(id)) {
+      // A table whose record cannot be read stays empty; its record is written back as read.
+      TableLinks links;
+      if (readTable(doc, rid, db, *table, links)) tables.emplace_back(table, std::move(links));
+    } else if (auto* layout = db.get<headless::Layout>(id)) {
+      layout->setBlockTableRecordId(firstHandle(own("AcDbLayout"), 330));
+    } else if (auto* block = db.get<headless::BlockTableRecord>(id)) {
+      block->setLayoutId(firstHandle(own("AcDbBlockTableRecord"), 340));
+      block->setDynamicBlock(!headless::xdataOf(block->record(), L"AcDbDynamicBlockGUID").empty());
+    }
+  }
+
+  // A child that is no field, or a field that contains itself, a damaged file may hold; the
+  // engine walks children depth first, so such links are dropped (the placeholder shows
+  // nothing).
+  std::vector<AcDbObjectId> path;
+  std::unordered_set<std::uint64_t> done;
+  constexpr std::size_t kDeepest = 256;  // fields nest a few levels; a file may claim any
+  std::function<void(headless::Field&)> checkChildren = [&](headless::Field& field) {
+    if (!done.insert(field.objectId().asOldId()).second) return;
+    path.push_back(field.objectId());
+    std::vector<AcDbObjectId> children = field.children();
+    bool dropped = false;
+    for (auto& child : children) {
+      auto* childField = db.get<headless::Field>(child);
+      if (!childField || path.size() >= kDeepest || std::find(path.begin(), path.end(), child) != path.end()) {
+        dropped |= !child.isNull();
+        child = {};
+        continue;
+      }
+      checkChildren(*childField);
+    }
+    if (dropped) field.restore(field.evaluatorId(), field.ownCode(), std::move(children), field.objectIds());
+    path.pop_back();
+  };
+  for (const auto& [id, rid] : linked) {
+    if (auto* field = db.get<headless::Field>(id)) checkChildren(*field);
+  }
+
+  // Fields go into their cells once the fields are complete.
+  for (auto& [table, links] : tables) resolveTableLinks(db, *table, links);
+
+  // The objects every database has, made when the file lacks them; they reach the file only
+  // once they change.
+  auto makeDefault = [&](std::unique_ptr<host::AcDbObject> object, AcDbObjectId owner) {
+    const AcDbObjectId id = db.addObject(std::move(object), owner);
+    unboundDefaults_.insert(id.asOldId());
+    return id;
+  };
+  if (standard.namedObjects.isNull() || !db.get<headless::Dictionary>(standard.namedObjects)) {
+    standard.namedObjects = makeDefault(std::make_unique<headless::Dictionary>(), {});
+  }
+  auto* root = db.get<headless::Dictionary>(standard.namedObjects);
+  AcDbObjectId entry;
+  if (root->getAt(L"ACAD_FIELDLIST", entry) == host::Acad::eOk && db.get<headless::FieldList>(entry)) {
+    standard.fieldList = entry;
+  } else {
+    standard.fieldList = makeDefault(std::make_unique<headless::FieldList>(), standard.namedObjects);
+  }
+  if (root->getAt(L"ACAD_LAYOUT", entry) == host::Acad::eOk && db.get<headless::Dictionary>(entry)) {
+    standard.layouts = entry;
+  } else {
+    standard.layouts = makeDefault(std::make_unique<headless::Dictionary>(), standard.namedObjects);
+  }
+  standard.blockTable = db.blockTableId();
+  if (standard.blockTable.isNull()) standard.blockTable = makeDefault(std::make_unique<headless::BlockTable>(), {});
+  standard.layerTable = db.layerTableId();
+  if (standard.layerTable.isNull()) standard.layerTable = makeDefault(std::make_unique<headless::LayerTable>(), {});
+  if (standard.modelSpace.isNull()) {
+    standard.modelSpace =
+        makeDefault(std::make_unique<headless::BlockTableRecord>(L"*Model_Space"), standard.blockTable);
+  }
+  if (standard.paperSpace.isNull()) {
+    standard.paperSpace =
+        makeDefault(std::make_unique<headless::BlockTableRecord>(L"*Paper_Space"), standard.blockTable);
+  }
+  db.setStandardObjects(standard);
+
+  header_.load(doc, db);
+  const std::filesystem::path absolute = path_.empty() ? path_ : std::filesystem::absolute(path_);
+  db.setSysVar(L"DWGNAME", {host::RTSTR, absolute.filename().wstring()});
+  std::wstring prefix = absolute.parent_path().wstring();
+  if (!prefix.empty() && prefix.back() != L'/') prefix.push_back(L'/');
+  db.setSysVar(L"DWGPREFIX", {host::RTSTR, prefix});
+  std::uint64_t seed = highest + 1;
+  if (const auto var = doc.headerVariable("$HANDSEED"); var && var->last > var->first) {
+    seed = std::max(seed, doc.toHandle(doc.tags(doc.headerRecord())[var->first]).value_or(0));
+  }
+  db.raiseHandseed(AcDbHandle(seed));
+
+  // What the steps above read again goes too: the records are read again only to be changed.
+  for (const RecordId id : doc.fileOrder()) doc_->release(id);
+
+  db.markUnmodified();
+}
+
+// --- saving
+
+void DrawingFile::prepareFields() {
+  // A text's field keeps the check sum of the text it shows; an attribute definition's field
+  // says that it is one.
+  headless::Database& db = *db_;
+  for (const AcDbObjectId id : db.get<headless::FieldList>(db.fieldListId())->ids()) {
+    auto* field = db.get<headless::Field>(id);
+    if (!field || field->isErased()) continue;
+    const auto* fieldDict = db.lookup(field->ownerId());
+    const auto* xdict = fieldDict ? db.lookup(fieldDict->ownerId()) : nullptr;
+    host::AcDbObject* owner = xdict ? db.lookup(xdict->ownerId()) : nullptr;
+    const auto* text = dynamic_cast<const headless::TextHost*>(owner);
+    if (!text || headless::fieldOf(db, owner->objectId()) != id) continue;
+    if (!field->record().modified && !headlessOf(db, owner->objectId())->record().modified) continue;
+    const host::AcValue checksum(headless::fieldTextChecksum(text->hostText()));
+    host::AcValue stored;
+    if (field->getData(kChecksumKey, stored) != host::Acad::eOk || !(stored == checksum)) {
+      field->putData(kChecksumKey, checksum);
+    }
+    if (owner->dxfName() == L"ATTDEF" && field->getData(kAttdefKey, stored) != host::Acad::eOk) {
+      field->putData(kAttdefKey, host::AcValue(std::int32_t{1}));
+    }
+  }
+}
+
+void DrawingFile::prepareFieldList() {
+  // A drawing read without a field list gets one once it holds fields.
+  headless::Database& db = *db_;
+  const AcDbObjectId listId = db.fieldListId();
+  if (unboundDefaults_.count(listId.asOldId()) == 0) return;
+  const auto* list = db.get<headless::FieldList>(listId);
+  if (list->ids().empty()) return;
+  auto* root = db.get<headless::Dictionary>(db.namedObjectsDictionaryId());
+  if (!root->has(L"ACAD_FIELDLIST")) root->put(L"ACAD_FIELDLIST", listId);
+}
+
+std::vector<AcDbObjectId> DrawingFile::registerApplications(const std::vector<AcDbObjectId>& written) {
+  // Extended data names its application, which the APPID table must hold.
+  headless::Database& db = *db_;
+  std::vector<AcDbObjectId> made;
+  for (const auto id : written) {
+    for (const auto& item : headlessOf(db, id)->record().xdata) {
+      if (item.restype != 1001) continue;
+      const auto* name = std::get_if<std::wstring>(&item.value);
+      if (!name || appIds_.count(core::toUpper(*name)) != 0) continue;
+      const auto table = tables_.find(L"APPID");
+      if (table == tables_.end()) throw std::runtime_error("the drawing has no APPID table");
+      const auto kind = std::make_shared<const headless::ProxyKind>(
+          headless::ProxyKind{L"APPID", L"AcDbRegAppTableRecord"});
+      made.push_back(db.addObject(std::make_unique<headless::ProxyObject>(kind, *name), table->second));
+      appIds_.insert(core::toUpper(*name));
+    }
+  }
+  return made;
+}
+
+std::size_t DrawingFile::placeNewRecord(const host::AcDbObject& object, std::size_t& section) const {
+  const Document& doc = *doc_;
+  auto sectionNamed = [&](const char* name) {
+    const auto found = doc.findSection(name);
+    if (!found) throw std::runtime_error(std::string("the drawing has no ") + name + " section");
+    return *found;
+  };
+  const auto& record = dynamic_cast<const headless::HeadlessObject&>(object).record();
+  if (object.dxfName() == L"APPID") {
+    section = sectionNamed("TABLES");
+    const RecordId table = recordOf(record.owner);
+    const auto& records = doc.sections()[section].records;
+    const auto at = std::find(records.begin(), records.end(), table);
+    for (auto it = at; it != records.end(); ++it)
+      if (doc.recordType(*it) == "ENDTAB") return static_cast<std::size_t>(it - records.begin());
+    throw std::runtime_error("the APPID table has no end");
+  }
+  if (!ObjectWriter::isEntity(object)) {
+    section = sectionNamed("OBJECTS");
+    return doc.sections()[section].records.size();
+  }
+  const auto* block = db_->get<headless::BlockTableRecord>(record.owner);
+  if (!block) throw std::runtime_error("a new entity must be owned by a block");
+  if (core::equalsNoCase(block->name(), L"*Model_Space") || core::equalsNoCase(block->name(), L"*Paper_Space")) {
+    section = sectionNamed("ENTITIES");
+    return doc.sections()[section].records.size();
+  }
+  // Entities of other blocks go between their block's BLOCK and ENDBLK records.
+  section = sectionNamed("BLOCKS");
+  const auto& records = doc.sections()[section].records;
+  const std::uint64_t owner = block->handle().value();
+  bool inBlock = false;
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const std::string_view type = doc.recordType(records[i]);
+    if (type == "BLOCK") inBlock = scanRecordHeader(doc, records[i]).owner == owner;
+    else if (type == "ENDBLK" && inBlock) return i;
+  }
+  throw std::runtime_error("the block of a new entity has no definition in the drawing");
+}
+
+void DrawingFile::ensureClasses() {
+  Document& doc = *doc_;
+  if (doc.version() < "AC1015") return;
+  auto section = doc.findSection("CLASSES");
+  if (!section) {
+    const auto header = doc.findSection("HEADER");
+    section = doc.insertSection(header ? *header + 1 : 0, "CLASSES");
+  }
+  bool haveField = false;
+  bool haveFieldList = false;
+  for (const RecordId id : doc.sections()[*section].records) {
+    for (const Tag& tag : doc.tags(id)) {
+      if (tag.code != 1) continue;
+      const std::string_view name = trimBlanks(doc.bytes(tag));
+      haveField |= name == "FIELD";
+      haveFieldList |= name == "FIELDLIST";
+      break;
+    }
+  }
+  auto add = [&](const char* dxfName, const char* className) {
+    std::vector<NewTag> tags = {{0, "CLASS"}, {1, dxfName}, {2, className}, {3, "ObjectDBX Classes"},
+                                NewTag::integer(90, 1152)};
+    if (doc.version() >= "AC1018") tags.push_back(NewTag::integer(91, 0));
+    tags.push_back(NewTag::integer(280, 0));
+    tags.push_back(NewTag::integer(281, 0));
+    doc.insertRecord(*section, doc.sections()[*section].records.size(), tags);
+  };
+  if (!haveField) add("FIELD", "AcDbField");
+  if (!haveFieldList) add("FIELDLIST", "AcDbFieldList");
+}
+
+Status DrawingFile::update() {
+  headless::Database& db = *db_;
+  Document& doc = *doc_;
+  try {
+    prepareFields();
+    prepareFieldList();
+
+    // What became of every object: changed, new, or gone (erased, or owned by something
+    // erased, or destroyed).
+    const std::vector<AcDbObjectId> ids = db.objectIds();
+    bool anyErased = false;
+    for (const auto id : ids) anyErased |= headlessOf(db, id)->record().erased;
+    std::unordered_map<std::uint64_t, bool> goneMemo;
+    std::function<bool(AcDbObjectId)> gone = [&](AcDbObjectId id) -> bool {
+      const auto* object = headlessOf(db, id);
+      if (!object) return true;
+      if (!anyErased) return false;
+      if (const auto known = goneMemo.find(id.asOldId()); known != goneMemo.end()) return known->second;
+      goneMemo[id.asOldId()] = false;  // owner cycles end here
+      const bool result = object->record().erased || (!object->record().owner.isNull() && gone(object->record().owner));
+      goneMemo[id.asOldId()] = result;
+      return result;
+    };
+
+    std::vector<std::pair<AcDbObjectId, RecordId>> removed;
+    auto collectRemoved = [&](AcDbObjectId id, RecordId rid) {
+      if (rid != kNoRecord && gone(id)) removed.emplace_back(id, rid);
+    };
+    for (std::size_t i = 0; i < loaded_.size(); ++i) collectRemoved(AcDbObjectId(firstId_ + i), loaded_[i]);
+    for (const auto& [value, rid] : others_) collectRemoved(AcDbObjectId(value), rid);
+
+    std::vector<AcDbObjectId> changed;
+    std::vector<AcDbObjectId> added;
+    for (const auto id : ids) {
+      const auto& record = headlessOf(db, id)->record();
+      if (gone(id)) continue;
+      if (recordOf(id) != kNoRecord) {
+        if (record.modified) changed.push_back(id);
+      } else if (unboundDefaults_.count(id.asOldId()) != 0) {
+        // Stand-ins for what the file lacks stay out of it, but for a field list that holds
+        // fields now.
+        const auto* list = db.get<headless::FieldList>(id);
+        if (list && !list->ids().empty()) added.push_back(id);
+      } else if (!record.owner.isNull()) {
+        // Objects no one owns (a field made and never placed) stay out of the drawing.
+        added.push_back(id);
+      }
+    }
+    std::vector<AcDbObjectId> written = changed;
+    written.insert(written.end(), added.begin(), added.end());
+    const auto applications = registerApplications(written);
+    added.insert(added.end(), applications.begin(), applications.end());
+
+    if (!added.empty() && doc.version() < "AC1012") {
+      return Status::failure("objects cannot be added to a drawing older than R13 (" + doc.version() + ")");
+    }
+
+    // Every new record is spelt, and its place found, before the drawing changes: a save
+    // that cannot be done leaves the drawing as it was.
+    ObjectWriter writer(doc, db, gone);
+    std::vector<std::optional<std::vector<NewTag>>> spelt;
+    for (const auto id : added) {
+      const host::AcDbObject& object = *db.lookup(id);
+      std::size_t section = 0;
+      if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
+        if (const auto problem = unwritable(*table)) return Status::failure(*problem);
+        if (recordOf(table->ownerId()) == kNoRecord) return Status::failure("a new table must be owned by a block");
+        spelt.emplace_back();
+        continue;
+      }
+      std::string error;
+      spelt.push_back(writer.newRecord(object, error));
+      if (!spelt.back()) return Status::failure(error);
+      placeNewRecord(object, section);
+    }
+
+    for (const auto& [id, rid] : removed) {
+      doc.removeRecord(rid);
+      unbind(id);
+    }
+    if (!removed.empty()) {
+      // References to what is gone leave the dictionaries and field lists that held them.
+      for (const auto id : ids) {
+        if (gone(id) || recordOf(id) == kNoRecord) continue;
+        const auto* object = db.lookup(id);
+        if (dynamic_cast<const headless::Dictionary*>(object) || dynamic_cast<const headless::FieldList*>(object)) {
+          if (!headlessOf(db, id)->record().modified) changed.push_back(id);
+        }
+      }
+    }
+    for (const auto id : changed) writer.writeBack(recordOf(id), *db.lookup(id));
+
+    bool newField = false;
+    bool newFieldList = false;
+    for (std::size_t n = 0; n < added.size(); ++n) {
+      const AcDbObjectId id = added[n];
+      const host::AcDbObject& object = *db.lookup(id);
+      if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
+        // A table comes with its block, and a style when the drawing has none.
+        NewTable created;
+        const Status status = createTable(doc, recordOf(table->ownerId()), *table, created, [&db] {
+          const std::uint64_t handle = db.handseed().value();
+          db.raiseHandseed(AcDbHandle(handle + 1));
+          return handle;
+        });
+        if (!status) return status;
+        bindRecord(id, created.table);
+        continue;
+      }
+      std::size_t section = 0;
+      const std::size_t position = placeNewRecord(object, section);
+      bindRecord(id, doc.insertRecord(section, position, *spelt[n]));
+      newField |= object.dxfName() == L"FIELD";
+      newFieldList |= object.dxfName() == L"FIELDLIST";
+    }
+    if (newField || newFieldList) ensureClasses();
+
+    header_.save(doc, db);
+    if (!added.empty()) {
+      std::uint64_t seed = 0;
+      if (const auto var = doc.headerVariable("$HANDSEED"); var && var->last > var->first) {
+        seed = doc.toHandle(doc.tags(doc.headerRecord())[var->first]).value_or(0);
+      }
+      if (db.handseed().value() > seed) {
+        const NewTag value[] = {NewTag::handle(5, db.handseed().value())};
+        doc.setHeaderVariable("$HANDSEED", value);
+      }
+    }
+    db.markUnmodified();
+  } catch (const std::exception& e) {
+    return Status::failure(std::string("cannot write the drawing: ") + e.what());
+  }
+  return Status::success();
+}
+
+Status DrawingFile::write(ByteSink& sink, std::optional<FileFormat> format) {
+  if (auto updated = update(); !updated) return updated;
+  return doc_->write(sink, format);
+}
+
+Status DrawingFile::save(const SaveOptions& options) {
+  if (path_.empty()) return Status::failure("the drawing has no file name");
+  if (auto updated = update(); !updated) return updated;
+  return doc_->save(path_, options);
+}
+
+Status DrawingFile::saveAs(const std::filesystem::path& path, const SaveOptions& options) {
+  if (auto updated = update(); !updated) return updated;
+  if (auto saved = doc_->save(path, options); !saved) return saved;
+  path_ = path;
+  db_->setFilename(path_.wstring());
+  return Status::success();
+}
+
+}  // namespace corvane::dxf
