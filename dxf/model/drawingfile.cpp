@@ -111,33 +111,57 @@ void DrawingFile::unbind(AcDbObjectId id) {
 
 // --- loading
 
+// What loading carries from one step to the next.
+struct DrawingFile::Loading {
+  explicit Loading(const Document& doc, headless::Database& db) : reader(doc, db) {}
+  ObjectReader reader;
+  std::uint64_t highest = 0;  // new handles start past every handle of the file
+  std::vector<Pending> pending;
+  std::vector<std::pair<AcDbObjectId, RecordId>> linked;  // records that name other objects
+  std::vector<std::pair<headless::Table*, TableLinks>> tables;
+  headless::Database::StandardObjects standard;
+  // Within a section: the block reference or polyline whose attributes or vertices follow,
+  // and the block whose entities come one after another.
+  AcDbObjectId parent;
+  AcDbObjectId lastBlockId;
+  headless::BlockTableRecord* lastBlock = nullptr;
+};
+
+AcDbObjectId DrawingFile::resolve(std::uint64_t handle) const {
+  AcDbObjectId id;
+  if (handle != 0) db_->getAcDbObjectId(id, AcDbHandle(handle));
+  return id;
+}
+
+// A record's tags go once its object is made, and its block of tags with the last of them;
+// the few records that later steps read are read again then.
+void DrawingFile::release(RecordId id) {
+  if (id != kNoRecord) doc_->release(id);
+}
+
 void DrawingFile::bind(headless::DatabaseHost& host) {
   db_ = std::make_unique<headless::Database>(host, headless::Database::Empty{});
   db_->setFilename(path_.wstring());
-  headless::Database& db = *db_;
-  const Document& doc = *doc_;
+  Loading loading(*doc_, *db_);
+  makeObjects(loading);
+  resolvePending(loading);
+  linkObjects(loading);
+  dropBrokenChildren(loading);
+  // Fields go into their cells once the fields are complete.
+  for (auto& [table, links] : loading.tables) resolveTableLinks(*db_, *table, links);
+  makeStandardObjects(loading);
+  readHeader(loading.highest);
+  // What the steps above read again goes too: the records are read again only to be changed.
+  for (const RecordId id : doc_->fileOrder()) doc_->release(id);
+  db_->markUnmodified();
+}
 
-  // New handles start past every handle of the file and past its $HANDSEED.
-  std::uint64_t highest = 0;
-  ObjectReader reader(doc, db);
+void DrawingFile::makeObjects(Loading& loading) {
+  const Document& doc = *doc_;
   std::size_t recordCount = 0;
   for (const auto& section : doc.sections()) recordCount += section.records.size();
-  db.reserve(recordCount);
+  db_->reserve(recordCount);
   loaded_.reserve(recordCount);
-  std::vector<Pending> pending;
-  std::vector<std::pair<AcDbObjectId, RecordId>> linked;  // records that name other objects
-  headless::Database::StandardObjects standard;
-  auto resolve = [&](std::uint64_t handle) {
-    AcDbObjectId id;
-    if (handle != 0) db.getAcDbObjectId(id, AcDbHandle(handle));
-    return id;
-  };
-
-  // A record's tags go once its object is made, and its block of tags with the last of them;
-  // the few records that later steps read are read again then.
-  auto release = [&](RecordId id) {
-    if (id != kNoRecord) doc_->release(id);
-  };
   release(doc.prologue());
   release(doc.eofRecord());
   for (std::size_t s = 0; s < doc.sections().size(); ++s) {
@@ -146,97 +170,118 @@ void DrawingFile::bind(headless::DatabaseHost& host) {
     release(doc.sections()[s].end);
     if (!isSection(section, {"TABLES", "BLOCKS", "ENTITIES", "OBJECTS"})) {
       for (const RecordId rid : doc.sections()[s].records) {
-        highest = std::max(highest, RecordView(doc, rid).handle().value_or(0));
+        loading.highest = std::max(loading.highest, RecordView(doc, rid).handle().value_or(0));
         release(rid);
       }
       continue;
     }
-    const bool entities = section == "ENTITIES" || section == "BLOCKS";
-    AcDbObjectId parent;  // the block reference or polyline whose attributes or vertices follow
-    AcDbObjectId lastBlockId;
-    headless::BlockTableRecord* lastBlock = nullptr;
+    loading.parent = {};
+    loading.lastBlockId = {};
+    loading.lastBlock = nullptr;
     RecordId done = kNoRecord;  // the record before, whatever way its turn ended
     for (const RecordId rid : doc.sections()[s].records) {
       release(done);
       done = rid;
-      const RecordHeader header = scanRecordHeader(doc, rid);
-      // A handle found among the record's data counts as the tag layer counts it.
-      highest = std::max(highest, header.handleIndex < header.bodyBegin ? header.handle.value_or(0)
-                                                                        : RecordView(doc, rid).handle().value_or(0));
-      if (!header.handle || *header.handle == 0) continue;
-      const std::string_view type = doc.recordType(rid);
-      // Owners come before what they own, save for a few objects; those wait for the rest.
-      // Attributes, vertices and the end of their sequence belong to the entity they follow,
-      // whatever owner a careless writer gave them.
-      AcDbObjectId owner = resolve(header.owner);
-      const bool subEntity = entities && (type == "ATTRIB" || type == "VERTEX" || type == "SEQEND");
-      if (subEntity && !parent.isNull()) owner = parent;
-      AcDbObjectId id;
-      try {
-        MadeObject made = reader.make(rid, header, entities);
-        id = db.addObject(std::move(made.object), *made.headless, owner, AcDbHandle(*header.handle));
-      } catch (const std::invalid_argument&) {
-        continue;  // a handle used twice: the later record stays as it is, without an object
-      }
-      bindRecord(id, rid);
-      headless::ObjectRecord& record = headlessOf(db, id)->record();
-      if (owner.isNull() && header.owner != 0) pending.push_back({id, header.owner, Pending::Owner});
-      if (header.extensionDictionary != 0) pending.push_back({id, header.extensionDictionary, Pending::ExtensionDictionary});
-      if (type == "INSERT" || type == "POLYLINE") parent = id;
-      else if (!subEntity || type == "SEQEND") parent = {};
-      if (entities && !subEntity && type != "BLOCK" && type != "ENDBLK" && header.owner != 0) {
-        // Entities come block by block: the last block found serves most of them.
-        if (owner != lastBlockId) {
-          lastBlockId = owner;
-          lastBlock = db.get<headless::BlockTableRecord>(owner);
-        }
-        if (lastBlock) lastBlock->append(id);
-        else if (owner.isNull()) pending.push_back({id, header.owner, Pending::BlockEntity});
-      }
-      const auto tags = doc.tags(rid);
-      if (header.xdataBegin < tags.size()) record.xdata = readExtendedData(doc, tags, header.xdataBegin);
-
-      if (type == "BLOCK") {
-        reader.describeBlock(rid, header, owner);
-      } else if (type == "BLOCK_RECORD") {
-        const auto* block = db.get<headless::BlockTableRecord>(id);
-        reader.addBlockName(block->name(), id);
-        if (core::equalsNoCase(block->name(), L"*Model_Space") && standard.modelSpace.isNull()) standard.modelSpace = id;
-        if (core::equalsNoCase(block->name(), L"*Paper_Space") && standard.paperSpace.isNull()) standard.paperSpace = id;
-        linked.emplace_back(id, rid);
-      } else if (type == "DICTIONARY" || type == "FIELDLIST" || type == "FIELD" || type == "LAYOUT" ||
-                 type == "ACAD_TABLE") {
-        if (section == "OBJECTS" && standard.namedObjects.isNull() && type == "DICTIONARY") standard.namedObjects = id;
-        linked.emplace_back(id, rid);
-      } else if (type == "TABLE") {
-        tables_.emplace(core::toUpper(tableName(doc, rid, header.bodyBegin)), id);
-      } else if (type == "APPID") {
-        if (const auto* app = dynamic_cast<const headless::ProxyObject*>(db.lookup(id)); app && !app->name().empty()) {
-          db.registerApp(app->name());
-          appIds_.insert(core::toUpper(app->name()));
-        }
-      }
-      if (section == "OBJECTS" && standard.namedObjects.isNull()) standard.namedObjects = id;
+      makeObject(loading, section, rid);
     }
     release(done);
   }
+}
 
-  for (const auto& item : pending) {
+void DrawingFile::makeObject(Loading& loading, std::string_view section, RecordId rid) {
+  const Document& doc = *doc_;
+  headless::Database& db = *db_;
+  const RecordHeader header = scanRecordHeader(doc, rid);
+  // A handle found among the record's data counts as the tag layer counts it.
+  loading.highest = std::max(loading.highest, header.handleIndex < header.bodyBegin
+                                                  ? header.handle.value_or(0)
+                                                  : RecordView(doc, rid).handle().value_or(0));
+  if (!header.handle || *header.handle == 0) return;
+  const std::string_view type = doc.recordType(rid);
+  const bool entities = section == "ENTITIES" || section == "BLOCKS";
+  // Owners come before what they own, save for a few objects; those wait for the rest.
+  // Attributes, vertices and the end of their sequence belong to the entity they follow,
+  // whatever owner a careless writer gave them.
+  AcDbObjectId owner = resolve(header.owner);
+  const bool subEntity = entities && (type == "ATTRIB" || type == "VERTEX" || type == "SEQEND");
+  if (subEntity && !loading.parent.isNull()) owner = loading.parent;
+  AcDbObjectId id;
+  try {
+    MadeObject made = loading.reader.make(rid, header, entities);
+    id = db.addObject(std::move(made.object), *made.headless, owner, AcDbHandle(*header.handle));
+  } catch (const std::invalid_argument&) {
+    return;  // a handle used twice: the later record stays as it is, without an object
+  }
+  bindRecord(id, rid);
+  headless::ObjectRecord& record = headlessOf(db, id)->record();
+  if (owner.isNull() && header.owner != 0) loading.pending.push_back({id, header.owner, Pending::Owner});
+  if (header.extensionDictionary != 0) {
+    loading.pending.push_back({id, header.extensionDictionary, Pending::ExtensionDictionary});
+  }
+  if (type == "INSERT" || type == "POLYLINE") loading.parent = id;
+  else if (!subEntity || type == "SEQEND") loading.parent = {};
+  if (entities && !subEntity && type != "BLOCK" && type != "ENDBLK" && header.owner != 0) {
+    // Entities come block by block: the last block found serves most of them.
+    if (owner != loading.lastBlockId) {
+      loading.lastBlockId = owner;
+      loading.lastBlock = db.get<headless::BlockTableRecord>(owner);
+    }
+    if (loading.lastBlock) loading.lastBlock->append(id);
+    else if (owner.isNull()) loading.pending.push_back({id, header.owner, Pending::BlockEntity});
+  }
+  const auto tags = doc.tags(rid);
+  if (header.xdataBegin < tags.size()) record.xdata = readExtendedData(doc, tags, header.xdataBegin);
+  noteRecordKind(loading, section, type, id, rid, header, owner);
+}
+
+// What later steps need of a record, by its kind.
+void DrawingFile::noteRecordKind(Loading& loading, std::string_view section, std::string_view type, AcDbObjectId id,
+                                 RecordId rid, const RecordHeader& header, AcDbObjectId owner) {
+  headless::Database& db = *db_;
+  headless::Database::StandardObjects& standard = loading.standard;
+  if (type == "BLOCK") {
+    loading.reader.describeBlock(rid, header, owner);
+  } else if (type == "BLOCK_RECORD") {
+    const auto* block = db.get<headless::BlockTableRecord>(id);
+    loading.reader.addBlockName(block->name(), id);
+    if (core::equalsNoCase(block->name(), L"*Model_Space") && standard.modelSpace.isNull()) standard.modelSpace = id;
+    if (core::equalsNoCase(block->name(), L"*Paper_Space") && standard.paperSpace.isNull()) standard.paperSpace = id;
+    loading.linked.emplace_back(id, rid);
+  } else if (type == "DICTIONARY" || type == "FIELDLIST" || type == "FIELD" || type == "LAYOUT" ||
+             type == "ACAD_TABLE") {
+    if (section == "OBJECTS" && standard.namedObjects.isNull() && type == "DICTIONARY") standard.namedObjects = id;
+    loading.linked.emplace_back(id, rid);
+  } else if (type == "TABLE") {
+    tables_.emplace(core::toUpper(tableName(*doc_, rid, header.bodyBegin)), id);
+  } else if (type == "APPID") {
+    if (const auto* app = dynamic_cast<const headless::ProxyObject*>(db.lookup(id)); app && !app->name().empty()) {
+      db.registerApp(app->name());
+      appIds_.insert(core::toUpper(app->name()));
+    }
+  }
+  if (section == "OBJECTS" && standard.namedObjects.isNull()) standard.namedObjects = id;
+}
+
+void DrawingFile::resolvePending(const Loading& loading) {
+  for (const auto& item : loading.pending) {
     const AcDbObjectId target = resolve(item.handle);
     if (target.isNull()) continue;
-    auto& record = headlessOf(db, item.object)->record();
+    auto& record = headlessOf(*db_, item.object)->record();
     if (item.kind == Pending::Owner) {
       record.owner = target;
     } else if (item.kind == Pending::ExtensionDictionary) {
       record.extensionDictionary = target;
-    } else if (auto* block = db.get<headless::BlockTableRecord>(target)) {
+    } else if (auto* block = db_->get<headless::BlockTableRecord>(target)) {
       block->append(item.object);
     }
   }
+}
 
-  // Dictionary entries, field lists, fields, layouts, blocks and tables name other objects.
-  std::vector<std::pair<headless::Table*, TableLinks>> tables;
-  for (const auto& [id, rid] : linked) {
+// Dictionary entries, field lists, fields, layouts, blocks and tables name other objects.
+void DrawingFile::linkObjects(Loading& loading) {
+  const Document& doc = *doc_;
+  headless::Database& db = *db_;
+  for (const auto& [id, rid] : loading.linked) {
     const auto tags = doc.tags(rid);
     const RecordHeader header = scanRecordHeader(doc, rid);
     auto own = [&](std::string_view subclass) {
@@ -251,17 +296,7 @@ void DrawingFile::bind(headless::DatabaseHost& host) {
     };
     if (auto* dictionary = db.get<headless::Dictionary>(id)) {
       const auto [begin, end] = own("AcDbDictionary");
-      for (std::size_t i = begin; i + 1 < end; ++i) {
-        if (tags[i].code != 3 || (tags[i + 1].code != 350 && tags[i + 1].code != 360)) continue;
-        const AcDbObjectId entry = resolve(doc.toHandle(tags[i + 1]).value_or(0));
-        if (entry.isNull()) continue;
-        // Entries keep the owner their own record names.
-        auto* target = headlessOf(db, entry);
-        const AcDbObjectId owner = target->record().owner;
-        dictionary->put(doc.text(tags[i]), entry);
-        target->record().owner = owner;
-        ++i;
-      }
+      linkDictionary(*dictionary, tags.subspan(begin, end - begin));
     } else if (auto* list = db.get<headless::FieldList>(id)) {
       const auto [begin, end] = own("AcDbIdSet");
       for (std::size_t i = begin; i < end; ++i) {
@@ -270,24 +305,11 @@ void DrawingFile::bind(headless::DatabaseHost& host) {
         if (!field.isNull()) list->add(field);
       }
     } else if (auto* field = db.get<headless::Field>(id)) {
-      const FieldRecord stored = readFieldRecord(doc, rid, db);
-      std::vector<AcDbObjectId> children;
-      std::vector<AcDbObjectId> objects;
-      for (const auto handle : stored.children) children.push_back(resolve(handle));
-      for (const auto handle : stored.objects) objects.push_back(resolve(handle));
-      field->restore(stored.evaluatorId, stored.code, std::move(children), std::move(objects));
-      for (const auto& entry : stored.data) field->putData(entry.key, entry.block.value);
-      if (stored.value) field->storeValue(stored.value->value);
-      field->storeStatus(stored.status, stored.errorCode, stored.errorMessage);
-      field->storeDisplayText(stored.displayText);
-      if (stored.evaluationOption >= 0 && stored.evaluationOption <= host::AcDbField::kAutomatic) {
-        field->setEvaluationOption(stored.evaluationOption);
-      }
-      field->setState(stored.state);
+      restoreField(*field, rid);
     } else if (auto* table = db.get<headless::Table>(id)) {
       // A table whose record cannot be read stays empty; its record is written back as read.
       TableLinks links;
-      if (readTable(doc, rid, db, *table, links)) tables.emplace_back(table, std::move(links));
+      if (readTable(doc, rid, db, *table, links)) loading.tables.emplace_back(table, std::move(links));
     } else if (auto* layout = db.get<headless::Layout>(id)) {
       layout->setBlockTableRecordId(firstHandle(own("AcDbLayout"), 330));
     } else if (auto* block = db.get<headless::BlockTableRecord>(id)) {
@@ -295,10 +317,44 @@ void DrawingFile::bind(headless::DatabaseHost& host) {
       block->setDynamicBlock(!headless::xdataOf(block->record(), L"AcDbDynamicBlockGUID").empty());
     }
   }
+}
 
-  // A child that is no field, or a field that contains itself, a damaged file may hold; the
-  // engine walks children depth first, so such links are dropped (the placeholder shows
-  // nothing).
+void DrawingFile::linkDictionary(headless::Dictionary& dictionary, std::span<const Tag> entries) {
+  for (std::size_t i = 0; i + 1 < entries.size(); ++i) {
+    if (entries[i].code != 3 || (entries[i + 1].code != 350 && entries[i + 1].code != 360)) continue;
+    const AcDbObjectId entry = resolve(doc_->toHandle(entries[i + 1]).value_or(0));
+    if (entry.isNull()) continue;
+    // Entries keep the owner their own record names.
+    auto* target = headlessOf(*db_, entry);
+    const AcDbObjectId owner = target->record().owner;
+    dictionary.put(doc_->text(entries[i]), entry);
+    target->record().owner = owner;
+    ++i;
+  }
+}
+
+void DrawingFile::restoreField(headless::Field& field, RecordId rid) {
+  const FieldRecord stored = readFieldRecord(*doc_, rid, *db_);
+  std::vector<AcDbObjectId> children;
+  std::vector<AcDbObjectId> objects;
+  for (const auto handle : stored.children) children.push_back(resolve(handle));
+  for (const auto handle : stored.objects) objects.push_back(resolve(handle));
+  field.restore(stored.evaluatorId, stored.code, std::move(children), std::move(objects));
+  for (const auto& entry : stored.data) field.putData(entry.key, entry.block.value);
+  if (stored.value) field.storeValue(stored.value->value);
+  field.storeStatus(stored.status, stored.errorCode, stored.errorMessage);
+  field.storeDisplayText(stored.displayText);
+  if (stored.evaluationOption >= 0 && stored.evaluationOption <= host::AcDbField::kAutomatic) {
+    field.setEvaluationOption(stored.evaluationOption);
+  }
+  field.setState(stored.state);
+}
+
+// A child that is no field, or a field that contains itself, a damaged file may hold; the
+// engine walks children depth first, so such links are dropped (the placeholder shows
+// nothing).
+void DrawingFile::dropBrokenChildren(const Loading& loading) {
+  headless::Database& db = *db_;
   std::vector<AcDbObjectId> path;
   std::unordered_set<std::uint64_t> done;
   constexpr std::size_t kDeepest = 256;  // fields nest a few levels; a file may claim any
@@ -319,15 +375,16 @@ void DrawingFile::bind(headless::DatabaseHost& host) {
     if (dropped) field.restore(field.evaluatorId(), field.ownCode(), std::move(children), field.objectIds());
     path.pop_back();
   };
-  for (const auto& [id, rid] : linked) {
+  for (const auto& [id, rid] : loading.linked) {
     if (auto* field = db.get<headless::Field>(id)) checkChildren(*field);
   }
+}
 
-  // Fields go into their cells once the fields are complete.
-  for (auto& [table, links] : tables) resolveTableLinks(db, *table, links);
-
-  // The objects every database has, made when the file lacks them; they reach the file only
-  // once they change.
+// The objects every database has, made when the file lacks them; they reach the file only
+// once they change.
+void DrawingFile::makeStandardObjects(Loading& loading) {
+  headless::Database& db = *db_;
+  headless::Database::StandardObjects& standard = loading.standard;
   auto makeDefault = [&](std::unique_ptr<host::AcDbObject> object, AcDbObjectId owner) {
     const AcDbObjectId id = db.addObject(std::move(object), owner);
     unboundDefaults_.insert(id.asOldId());
@@ -361,23 +418,23 @@ void DrawingFile::bind(headless::DatabaseHost& host) {
         makeDefault(std::make_unique<headless::BlockTableRecord>(L"*Paper_Space"), standard.blockTable);
   }
   db.setStandardObjects(standard);
+}
 
+// The header's variables, the drawing's name and folder, and the seed of new handles.
+void DrawingFile::readHeader(std::uint64_t highestHandle) {
+  const Document& doc = *doc_;
+  headless::Database& db = *db_;
   header_.load(doc, db);
   const std::filesystem::path absolute = path_.empty() ? path_ : std::filesystem::absolute(path_);
   db.setSysVar(L"DWGNAME", {host::RTSTR, absolute.filename().wstring()});
   std::wstring prefix = absolute.parent_path().wstring();
   if (!prefix.empty() && prefix.back() != L'/') prefix.push_back(L'/');
   db.setSysVar(L"DWGPREFIX", {host::RTSTR, prefix});
-  std::uint64_t seed = highest + 1;
+  std::uint64_t seed = highestHandle + 1;
   if (const auto var = doc.headerVariable("$HANDSEED"); var && var->last > var->first) {
     seed = std::max(seed, doc.toHandle(doc.tags(doc.headerRecord())[var->first]).value_or(0));
   }
   db.raiseHandseed(AcDbHandle(seed));
-
-  // What the steps above read again goes too: the records are read again only to be changed.
-  for (const RecordId id : doc.fileOrder()) doc_->release(id);
-
-  db.markUnmodified();
 }
 
 // --- saving

@@ -8,7 +8,9 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -22,11 +24,14 @@
 namespace corvane::headless {
 class Database;
 class DatabaseHost;
+class Dictionary;
+class Field;
 }
 
 namespace corvane::dxf {
 
 class DrawingFile;
+struct RecordHeader;
 
 struct LoadResult {
   std::unique_ptr<DrawingFile> drawing;  // null when the file could not be read
@@ -60,7 +65,22 @@ class DrawingFile {
 
  private:
   DrawingFile(std::unique_ptr<Document> doc, headless::DatabaseHost& host, std::filesystem::path path);
+  // Loading: every record's object made, then the references between them resolved.
+  struct Loading;
   void bind(headless::DatabaseHost& host);
+  void makeObjects(Loading& loading);
+  void makeObject(Loading& loading, std::string_view section, RecordId rid);
+  void noteRecordKind(Loading& loading, std::string_view section, std::string_view type, host::AcDbObjectId id,
+                      RecordId rid, const RecordHeader& header, host::AcDbObjectId owner);
+  void resolvePending(const Loading& loading);
+  void linkObjects(Loading& loading);
+  void linkDictionary(headless::Dictionary& dictionary, std::span<const Tag> entries);
+  void restoreField(headless::Field& field, RecordId rid);
+  void dropBrokenChildren(const Loading& loading);
+  void makeStandardObjects(Loading& loading);
+  void readHeader(std::uint64_t highestHandle);
+  host::AcDbObjectId resolve(std::uint64_t handle) const;
+  void release(RecordId id);
   void bindRecord(host::AcDbObjectId id, RecordId record);
   void unbind(host::AcDbObjectId id);
 
