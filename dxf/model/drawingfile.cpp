@@ -565,139 +565,160 @@ void DrawingFile::ensureClasses() {
   if (!haveFieldList) add("FIELDLIST", "AcDbFieldList");
 }
 
+// What saving carries from one step to the next: what became of every object.
+struct DrawingFile::Saving {
+  std::vector<AcDbObjectId> ids;  // every object of the database
+  std::function<bool(AcDbObjectId)> gone;
+  std::vector<std::pair<AcDbObjectId, RecordId>> removed;
+  std::vector<AcDbObjectId> changed;
+  std::vector<AcDbObjectId> added;
+  std::vector<std::optional<std::vector<NewTag>>> spelt;  // the records of `added`, in order
+};
+
 Status DrawingFile::update() {
-  headless::Database& db = *db_;
-  Document& doc = *doc_;
   try {
     prepareFields();
     prepareFieldList();
-
-    // What became of every object: changed, new, or gone (erased, or owned by something
-    // erased, or destroyed).
-    const std::vector<AcDbObjectId> ids = db.objectIds();
-    bool anyErased = false;
-    for (const auto id : ids) anyErased |= headlessOf(db, id)->record().erased;
-    std::unordered_map<std::uint64_t, bool> goneMemo;
-    std::function<bool(AcDbObjectId)> gone = [&](AcDbObjectId id) -> bool {
-      const auto* object = headlessOf(db, id);
-      if (!object) return true;
-      if (!anyErased) return false;
-      if (const auto known = goneMemo.find(id.asOldId()); known != goneMemo.end()) return known->second;
-      goneMemo[id.asOldId()] = false;  // owner cycles end here
-      const bool result = object->record().erased || (!object->record().owner.isNull() && gone(object->record().owner));
-      goneMemo[id.asOldId()] = result;
-      return result;
-    };
-
-    std::vector<std::pair<AcDbObjectId, RecordId>> removed;
-    auto collectRemoved = [&](AcDbObjectId id, RecordId rid) {
-      if (rid != kNoRecord && gone(id)) removed.emplace_back(id, rid);
-    };
-    for (std::size_t i = 0; i < loaded_.size(); ++i) collectRemoved(AcDbObjectId(firstId_ + i), loaded_[i]);
-    for (const auto& [value, rid] : others_) collectRemoved(AcDbObjectId(value), rid);
-
-    std::vector<AcDbObjectId> changed;
-    std::vector<AcDbObjectId> added;
-    for (const auto id : ids) {
-      const auto& record = headlessOf(db, id)->record();
-      if (gone(id)) continue;
-      if (recordOf(id) != kNoRecord) {
-        if (record.modified) changed.push_back(id);
-      } else if (unboundDefaults_.count(id.asOldId()) != 0) {
-        // Stand-ins for what the file lacks stay out of it, but for a field list that holds
-        // fields now.
-        const auto* list = db.get<headless::FieldList>(id);
-        if (list && !list->ids().empty()) added.push_back(id);
-      } else if (!record.owner.isNull()) {
-        // Objects no one owns (a field made and never placed) stay out of the drawing.
-        added.push_back(id);
-      }
+    Saving saving;
+    sortObjects(saving);
+    if (!saving.added.empty() && doc_->version() < "AC1012") {
+      return Status::failure("objects cannot be added to a drawing older than R13 (" + doc_->version() + ")");
     }
-    std::vector<AcDbObjectId> written = changed;
-    written.insert(written.end(), added.begin(), added.end());
-    const auto applications = registerApplications(written);
-    added.insert(added.end(), applications.begin(), applications.end());
-
-    if (!added.empty() && doc.version() < "AC1012") {
-      return Status::failure("objects cannot be added to a drawing older than R13 (" + doc.version() + ")");
-    }
-
+    ObjectWriter writer(*doc_, *db_, saving.gone);
     // Every new record is spelt, and its place found, before the drawing changes: a save
     // that cannot be done leaves the drawing as it was.
-    ObjectWriter writer(doc, db, gone);
-    std::vector<std::optional<std::vector<NewTag>>> spelt;
-    for (const auto id : added) {
-      const host::AcDbObject& object = *db.lookup(id);
-      std::size_t section = 0;
-      if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
-        if (const auto problem = unwritable(*table)) return Status::failure(*problem);
-        if (recordOf(table->ownerId()) == kNoRecord) return Status::failure("a new table must be owned by a block");
-        spelt.emplace_back();
-        continue;
-      }
-      std::string error;
-      spelt.push_back(writer.newRecord(object, error));
-      if (!spelt.back()) return Status::failure(error);
-      placeNewRecord(object, section);
-    }
-
-    for (const auto& [id, rid] : removed) {
-      doc.removeRecord(rid);
-      unbind(id);
-    }
-    if (!removed.empty()) {
-      // References to what is gone leave the dictionaries and field lists that held them.
-      for (const auto id : ids) {
-        if (gone(id) || recordOf(id) == kNoRecord) continue;
-        const auto* object = db.lookup(id);
-        if (dynamic_cast<const headless::Dictionary*>(object) || dynamic_cast<const headless::FieldList*>(object)) {
-          if (!headlessOf(db, id)->record().modified) changed.push_back(id);
-        }
-      }
-    }
-    for (const auto id : changed) writer.writeBack(recordOf(id), *db.lookup(id));
-
-    bool newField = false;
-    bool newFieldList = false;
-    for (std::size_t n = 0; n < added.size(); ++n) {
-      const AcDbObjectId id = added[n];
-      const host::AcDbObject& object = *db.lookup(id);
-      if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
-        // A table comes with its block, and a style when the drawing has none.
-        NewTable created;
-        const Status status = createTable(doc, recordOf(table->ownerId()), *table, created, [&db] {
-          const std::uint64_t handle = db.handseed().value();
-          db.raiseHandseed(AcDbHandle(handle + 1));
-          return handle;
-        });
-        if (!status) return status;
-        bindRecord(id, created.table);
-        continue;
-      }
-      std::size_t section = 0;
-      const std::size_t position = placeNewRecord(object, section);
-      bindRecord(id, doc.insertRecord(section, position, *spelt[n]));
-      newField |= object.dxfName() == L"FIELD";
-      newFieldList |= object.dxfName() == L"FIELDLIST";
-    }
-    if (newField || newFieldList) ensureClasses();
-
-    header_.save(doc, db);
-    if (!added.empty()) {
-      std::uint64_t seed = 0;
-      if (const auto var = doc.headerVariable("$HANDSEED"); var && var->last > var->first) {
-        seed = doc.toHandle(doc.tags(doc.headerRecord())[var->first]).value_or(0);
-      }
-      if (db.handseed().value() > seed) {
-        const NewTag value[] = {NewTag::handle(5, db.handseed().value())};
-        doc.setHeaderVariable("$HANDSEED", value);
-      }
-    }
-    db.markUnmodified();
+    if (auto spelt = spellNewRecords(saving, writer); !spelt) return spelt;
+    removeRecords(saving);
+    for (const auto id : saving.changed) writer.writeBack(recordOf(id), *db_->lookup(id));
+    if (auto inserted = insertNewRecords(saving); !inserted) return inserted;
+    header_.save(*doc_, *db_);
+    if (!saving.added.empty()) writeHandseed();
+    db_->markUnmodified();
   } catch (const std::exception& e) {
     return Status::failure(std::string("cannot write the drawing: ") + e.what());
   }
   return Status::success();
+}
+
+// Every object as changed, new, or gone (erased, or owned by something erased, or destroyed).
+void DrawingFile::sortObjects(Saving& saving) {
+  headless::Database& db = *db_;
+  saving.ids = db.objectIds();
+  bool anyErased = false;
+  for (const auto id : saving.ids) anyErased |= headlessOf(db, id)->record().erased;
+  auto goneMemo = std::make_shared<std::unordered_map<std::uint64_t, bool>>();
+  saving.gone = [&db, anyErased, goneMemo, &saving](AcDbObjectId id) -> bool {
+    const auto* object = headlessOf(db, id);
+    if (!object) return true;
+    if (!anyErased) return false;
+    if (const auto known = goneMemo->find(id.asOldId()); known != goneMemo->end()) return known->second;
+    (*goneMemo)[id.asOldId()] = false;  // owner cycles end here
+    const bool result =
+        object->record().erased || (!object->record().owner.isNull() && saving.gone(object->record().owner));
+    (*goneMemo)[id.asOldId()] = result;
+    return result;
+  };
+
+  auto collectRemoved = [&](AcDbObjectId id, RecordId rid) {
+    if (rid != kNoRecord && saving.gone(id)) saving.removed.emplace_back(id, rid);
+  };
+  for (std::size_t i = 0; i < loaded_.size(); ++i) collectRemoved(AcDbObjectId(firstId_ + i), loaded_[i]);
+  for (const auto& [value, rid] : others_) collectRemoved(AcDbObjectId(value), rid);
+
+  for (const auto id : saving.ids) {
+    const auto& record = headlessOf(db, id)->record();
+    if (saving.gone(id)) continue;
+    if (recordOf(id) != kNoRecord) {
+      if (record.modified) saving.changed.push_back(id);
+    } else if (unboundDefaults_.count(id.asOldId()) != 0) {
+      // Stand-ins for what the file lacks stay out of it, but for a field list that holds
+      // fields now.
+      const auto* list = db.get<headless::FieldList>(id);
+      if (list && !list->ids().empty()) saving.added.push_back(id);
+    } else if (!record.owner.isNull()) {
+      // Objects no one owns (a field made and never placed) stay out of the drawing.
+      saving.added.push_back(id);
+    }
+  }
+  std::vector<AcDbObjectId> written = saving.changed;
+  written.insert(written.end(), saving.added.begin(), saving.added.end());
+  const auto applications = registerApplications(written);
+  saving.added.insert(saving.added.end(), applications.begin(), applications.end());
+}
+
+Status DrawingFile::spellNewRecords(Saving& saving, const ObjectWriter& writer) {
+  for (const auto id : saving.added) {
+    const host::AcDbObject& object = *db_->lookup(id);
+    std::size_t section = 0;
+    if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
+      if (const auto problem = unwritable(*table)) return Status::failure(*problem);
+      if (recordOf(table->ownerId()) == kNoRecord) return Status::failure("a new table must be owned by a block");
+      saving.spelt.emplace_back();  // a table is made with its block when it is inserted
+      continue;
+    }
+    std::string error;
+    saving.spelt.push_back(writer.newRecord(object, error));
+    if (!saving.spelt.back()) return Status::failure(error);
+    placeNewRecord(object, section);
+  }
+  return Status::success();
+}
+
+void DrawingFile::removeRecords(Saving& saving) {
+  if (saving.removed.empty()) return;
+  for (const auto& [id, rid] : saving.removed) {
+    doc_->removeRecord(rid);
+    unbind(id);
+  }
+  // References to what is gone leave the dictionaries and field lists that held them.
+  for (const auto id : saving.ids) {
+    if (saving.gone(id) || recordOf(id) == kNoRecord) continue;
+    const auto* object = db_->lookup(id);
+    if (dynamic_cast<const headless::Dictionary*>(object) || dynamic_cast<const headless::FieldList*>(object)) {
+      if (!headlessOf(*db_, id)->record().modified) saving.changed.push_back(id);
+    }
+  }
+}
+
+Status DrawingFile::insertNewRecords(Saving& saving) {
+  headless::Database& db = *db_;
+  bool newField = false;
+  bool newFieldList = false;
+  for (std::size_t n = 0; n < saving.added.size(); ++n) {
+    const AcDbObjectId id = saving.added[n];
+    const host::AcDbObject& object = *db.lookup(id);
+    if (const auto* table = dynamic_cast<const headless::Table*>(&object)) {
+      // A table comes with its block, and a style when the drawing has none.
+      NewTable created;
+      const Status status = createTable(*doc_, recordOf(table->ownerId()), *table, created, [&db] {
+        const std::uint64_t handle = db.handseed().value();
+        db.raiseHandseed(AcDbHandle(handle + 1));
+        return handle;
+      });
+      if (!status) return status;
+      bindRecord(id, created.table);
+      continue;
+    }
+    std::size_t section = 0;
+    const std::size_t position = placeNewRecord(object, section);
+    bindRecord(id, doc_->insertRecord(section, position, *saving.spelt[n]));
+    newField |= object.dxfName() == L"FIELD";
+    newFieldList |= object.dxfName() == L"FIELDLIST";
+  }
+  if (newField || newFieldList) ensureClasses();
+  return Status::success();
+}
+
+// The header's seed stays past every handle the save gave out.
+void DrawingFile::writeHandseed() {
+  std::uint64_t seed = 0;
+  if (const auto var = doc_->headerVariable("$HANDSEED"); var && var->last > var->first) {
+    seed = doc_->toHandle(doc_->tags(doc_->headerRecord())[var->first]).value_or(0);
+  }
+  if (db_->handseed().value() > seed) {
+    const NewTag value[] = {NewTag::handle(5, db_->handseed().value())};
+    doc_->setHeaderVariable("$HANDSEED", value);
+  }
 }
 
 Status DrawingFile::write(ByteSink& sink, std::optional<FileFormat> format) {

@@ -31,6 +31,7 @@ class Field;
 namespace corvane::dxf {
 
 class DrawingFile;
+class ObjectWriter;
 struct RecordHeader;
 
 struct LoadResult {
@@ -84,6 +85,13 @@ class DrawingFile {
   void bindRecord(host::AcDbObjectId id, RecordId record);
   void unbind(host::AcDbObjectId id);
 
+  // Saving: what changed in the database written into the records, step by step.
+  struct Saving;
+  void sortObjects(Saving& saving);
+  Status spellNewRecords(Saving& saving, const ObjectWriter& writer);
+  void removeRecords(Saving& saving);
+  Status insertNewRecords(Saving& saving);
+  void writeHandseed();
   void prepareFields();
   void prepareFieldList();
   // The APPID records the written objects' extended data needs; returns those it made.
