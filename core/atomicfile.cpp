@@ -6,11 +6,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <random>
 #include <vector>
 
 namespace corvane::core {
 
 namespace {
+
+constexpr std::string_view kStaging = ".saving-";
+constexpr std::size_t kStagingTail = 6;  // the characters mkstemp puts in place of XXXXXX
 
 bool writeAll(int fd, const char* data, std::size_t size) {
   while (size > 0) {
@@ -23,23 +27,47 @@ bool writeAll(int fd, const char* data, std::size_t size) {
   return true;
 }
 
+std::filesystem::path folderOf(const std::filesystem::path& file) {
+  return file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+}
+
 // A rename is only durable once the folder itself reached the disk.
 void syncFolder(const std::filesystem::path& folder) {
-  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
   ::fsync(fd);
   ::close(fd);
 }
 
-// Copies a file through a temporary of its own, for folders where hard links are refused.
-bool copyFile(const std::filesystem::path& from, const std::filesystem::path& to) {
-  std::error_code error;
-  const auto staging = std::filesystem::path(to).concat(".tmp");
-  if (!std::filesystem::copy_file(from, staging, std::filesystem::copy_options::overwrite_existing, error))
-    return false;
-  std::filesystem::rename(staging, to, error);
-  if (error) std::filesystem::remove(staging, error);
-  return !error;
+std::string quoted(const std::filesystem::path& path) { return "'" + path.string() + "'"; }
+
+bool sameName(const std::filesystem::path& a, const std::filesystem::path& b) {
+  std::error_code ignored;
+  return std::filesystem::absolute(a, ignored).lexically_normal() ==
+         std::filesystem::absolute(b, ignored).lexically_normal();
+}
+
+// Hidden, and named after the target so that a left-over from a killed process explains itself.
+std::string stagingPrefix(const std::filesystem::path& target) {
+  return "." + target.filename().string() + std::string(kStaging);
+}
+
+std::filesystem::path randomStagingName(const std::filesystem::path& target) {
+  static constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789";
+  std::random_device seed;
+  std::string name = stagingPrefix(target);
+  for (std::size_t i = 0; i < kStagingTail; ++i) name.push_back(kLetters[seed() % (sizeof kLetters - 1)]);
+  return folderOf(target) / name;
+}
+
+int makeStagingFile(const std::filesystem::path& target, std::filesystem::path& made) {
+  const std::string pattern = (folderOf(target) / (stagingPrefix(target) + "XXXXXX")).string();
+  std::vector<char> name(pattern.begin(), pattern.end());
+  name.push_back('\0');
+  const int fd = ::mkostemp(name.data(), O_CLOEXEC);
+  if (fd < 0) return fd;
+  made = name.data();
+  return fd;
 }
 
 }  // namespace
@@ -48,25 +76,51 @@ AtomicFile::AtomicFile(std::filesystem::path target) : target_(std::move(target)
 
 AtomicFile::~AtomicFile() { discard(); }
 
-bool AtomicFile::fail(const std::string& what, const std::filesystem::path& path) {
-  error_ = what + " '" + path.string() + "': " + std::strerror(errno);
+bool AtomicFile::fail(const std::string& what, const std::filesystem::path& path, int code) {
+  return failWith(what + " " + quoted(path) + ": " + std::strerror(code));
+}
+
+bool AtomicFile::failWith(std::string message) {
+  error_ = std::move(message);
   return false;
 }
 
-bool AtomicFile::open(std::optional<unsigned> mode) {
-  discard();
+bool AtomicFile::check(const Options& options) {
   error_.clear();
-  // Hidden, and named after the target so that a left-over from a killed process explains itself.
-  std::string base = target_.filename().string();
-  base.insert(base.begin(), '.');
-  base.append(".saving-XXXXXX");
-  const std::string pattern = (target_.parent_path() / base).string();
-  std::vector<char> name(pattern.begin(), pattern.end());
-  name.push_back('\0');
-  fd_ = ::mkstemp(name.data());
-  if (fd_ < 0) return fail("cannot create a temporary file next to", target_);
-  temporary_ = name.data();
+  if (target_.empty()) return failWith("no file name was given");
+  const std::filesystem::path folder = folderOf(target_);
   struct stat info {};
+  if (!target_.has_filename() || (::stat(target_.c_str(), &info) == 0 && S_ISDIR(info.st_mode)))
+    return failWith(quoted(target_) + " is a folder, not a file");
+  if (::stat(folder.c_str(), &info) != 0) return fail("cannot create a temporary file next to", target_, errno);
+  if (!S_ISDIR(info.st_mode)) return fail("cannot create a temporary file next to", target_, ENOTDIR);
+  if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+    return fail("cannot write in the folder", folder, errno);
+  if (::stat(target_.c_str(), &info) == 0) {
+    if (!S_ISREG(info.st_mode)) return failWith(quoted(target_) + " is not a regular file");
+  } else if (errno != ENOENT) {
+    return fail("cannot save", target_, errno);
+  }
+  // A folder in the backup's place cannot be replaced by a file; a file there can.
+  if (!options.backup.empty() && ::lstat(options.backup.c_str(), &info) == 0 && S_ISDIR(info.st_mode) &&
+      !sameName(options.backup, target_)) {
+    return failWith("cannot keep the backup " + quoted(options.backup) + ": it is a folder");
+  }
+  return true;
+}
+
+bool AtomicFile::open(const Options& options) {
+  discard();
+  if (!check(options)) return false;
+  options_ = options;
+  // A file whose own name is its backup's name (a drawing called NAME.bak) is saved without a
+  // backup: the previous contents cannot be kept under the name that receives the new ones,
+  // and any other name would be one the user never asked for, perhaps taken by a file of theirs.
+  if (!options_.backup.empty() && sameName(options_.backup, target_)) options_.backup.clear();
+  fd_ = makeStagingFile(target_, temporary_);
+  if (fd_ < 0) return fail("cannot create a temporary file next to", target_, errno);
+  struct stat info {};
+  std::optional<unsigned> mode = options_.mode;
   if (!mode) {
     if (::stat(target_.c_str(), &info) == 0) {
       mode = info.st_mode & 07777;
@@ -81,52 +135,115 @@ bool AtomicFile::open(std::optional<unsigned> mode) {
   return true;
 }
 
+bool AtomicFile::open() { return open(Options()); }
+
 bool AtomicFile::write(std::string_view bytes) {
-  if (fd_ < 0) {
-    error_ = "the file is not open for writing";
-    return false;
-  }
+  if (fd_ < 0) return failWith("the file is not open for writing");
   std::size_t size = bytes.size();
   bool full = false;
   if (written_ + size > limit_) {
     size = static_cast<std::size_t>(limit_ - written_);
     full = true;
   }
-  if (!writeAll(fd_, bytes.data(), size)) return fail("cannot write", temporary_);
+  if (!writeAll(fd_, bytes.data(), size)) return fail("cannot write", temporary_, errno);
   written_ += size;
-  if (full) {
-    errno = ENOSPC;
-    return fail("cannot write", temporary_);
-  }
+  if (full) return fail("cannot write", temporary_, ENOSPC);
   return true;
 }
 
-bool AtomicFile::commit(const std::filesystem::path& backup) {
-  if (fd_ < 0) {
-    error_ = "the file is not open for writing";
+bool AtomicFile::commit() {
+  if (fd_ < 0) return failWith("the file is not open for writing");
+  if (::fsync(fd_) != 0) {
+    fail("cannot flush", temporary_, errno);
+    discard();
     return false;
   }
-  bool done = ::fsync(fd_) == 0 || fail("cannot flush", temporary_);
-  ::close(fd_);
-  fd_ = -1;
-  if (done && beforeRename_ && !beforeRename_()) {
-    error_ = "the write was stopped before '" + target_.string() + "' was replaced";
-    done = false;
+  if (beforeRename_ && !beforeRename_()) {
+    failWith("the write was stopped before " + quoted(target_) + " was replaced");
+    discard();
+    return false;
   }
-  if (done && !backup.empty() && ::access(target_.c_str(), F_OK) == 0) {
-    // A hard link keeps the old contents under the backup name without a moment in which
-    // the target itself is missing.
-    ::unlink(backup.c_str());
-    if (::link(target_.c_str(), backup.c_str()) != 0 && !copyFile(target_, backup))
-      done = fail("cannot keep the backup", backup);
+  std::filesystem::path staged;
+  if (!keepBackup(staged)) {
+    discard();
+    return false;
   }
-  if (done && ::rename(temporary_.c_str(), target_.c_str()) != 0) done = fail("cannot replace", target_);
-  if (!done) {
+  if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
+    fail("cannot replace", target_, errno);
+    if (!staged.empty()) ::unlink(staged.c_str());
     discard();
     return false;
   }
   temporary_.clear();
-  syncFolder(target_.parent_path());
+  // The old backup goes only now that the new contents are in place; should it refuse to go,
+  // the previous contents go back, and the save changed nothing.
+  if (!staged.empty() && ::rename(staged.c_str(), options_.backup.c_str()) != 0) {
+    fail("cannot keep the backup", options_.backup, errno);
+    if (::rename(staged.c_str(), target_.c_str()) != 0) {
+      error_ +=
+          "; the previous contents of " + quoted(target_) + " are in " + quoted(staged) + ": " + std::strerror(errno);
+    }
+    syncFolder(folderOf(target_));
+    discard();
+    return false;
+  }
+  syncFolder(folderOf(target_));
+  ::close(fd_);
+  fd_ = -1;
+  return true;
+}
+
+// Gives the target's contents a second, hidden name that the commit turns into the backup.
+bool AtomicFile::keepBackup(std::filesystem::path& staged) {
+  if (options_.backup.empty()) return true;
+  struct stat current {};
+  if (::stat(target_.c_str(), &current) != 0) {
+    return errno == ENOENT || fail("cannot keep the backup", options_.backup, errno);
+  }
+  struct stat old {};
+  if (::lstat(options_.backup.c_str(), &old) == 0 && old.st_dev == current.st_dev && old.st_ino == current.st_ino) {
+    return true;  // the backup is another name of the previous contents already
+  }
+  // A hard link keeps the old contents without copying them and without a moment in which
+  // the target is missing.
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    staged = randomStagingName(target_);
+    if (::link(target_.c_str(), staged.c_str()) == 0) return true;
+    if (errno != EEXIST) break;
+  }
+  // File systems without hard links get a copy.
+  return copyToStaging(staged);
+}
+
+bool AtomicFile::copyToStaging(std::filesystem::path& staged) {
+  staged.clear();
+  const int from = ::open(target_.c_str(), O_RDONLY | O_CLOEXEC);
+  if (from < 0) return fail("cannot keep the backup", options_.backup, errno);
+  std::filesystem::path made;
+  const int to = makeStagingFile(target_, made);
+  if (to < 0) {
+    const int code = errno;
+    ::close(from);
+    return fail("cannot keep the backup", options_.backup, code);
+  }
+  char buffer[1 << 16];
+  ssize_t got = 0;
+  bool done = true;
+  while (done && (got = ::read(from, buffer, sizeof buffer)) != 0) {
+    if (got < 0 && errno == EINTR) continue;
+    done = got > 0 && writeAll(to, buffer, static_cast<std::size_t>(got));
+  }
+  struct stat info {};
+  if (done && ::fstat(from, &info) == 0) ::fchmod(to, info.st_mode & 07777);
+  done = done && ::fsync(to) == 0;
+  const int code = errno;
+  ::close(from);
+  ::close(to);
+  if (!done) {
+    ::unlink(made.c_str());
+    return fail("cannot keep the backup", options_.backup, code);
+  }
+  staged = made;
   return true;
 }
 

@@ -1,6 +1,6 @@
 // Replaces a file all at once: the new contents go to a temporary file in the same folder,
-// which is flushed to disk and then renamed over the target. Until commit() succeeds the
-// target is untouched, and a temporary file that was not committed is removed.
+// which is flushed to disk and then renamed over the target. Until commit() succeeds every
+// file is as it was, and a temporary file that was not committed is removed.
 #pragma once
 
 #include <cstdint>
@@ -14,18 +14,30 @@ namespace corvane::core {
 
 class AtomicFile {
  public:
+  struct Options {
+    // The new file's permissions; without them it takes the target's, or the usual ones for a
+    // new file.
+    std::optional<unsigned> mode;
+    // Where the previous target is kept (none when empty, or when there is no target yet).
+    std::filesystem::path backup;
+  };
+
   explicit AtomicFile(std::filesystem::path target);
   ~AtomicFile();
   AtomicFile(const AtomicFile&) = delete;
   AtomicFile& operator=(const AtomicFile&) = delete;
 
-  // Makes the temporary file with the given permissions; without them the new file takes
-  // the target's, or the usual ones for a new file. False (see error()) when it cannot.
-  bool open(std::optional<unsigned> mode = std::nullopt);
+  const std::filesystem::path& target() const noexcept { return target_; }
+
+  // Whether a save with these options can go ahead, without making or changing anything.
+  bool check(const Options& options);
+  // Checks, then makes the temporary file. False (see error()) when it cannot.
+  bool open(const Options& options);
+  bool open();
   bool write(std::string_view bytes);
-  // Flushes, keeps the previous target as `backup` (none when empty, or when there is no
-  // target yet) and renames the temporary file over the target.
-  bool commit(const std::filesystem::path& backup = {});
+  // Flushes, renames the temporary file over the target and makes the previous target the
+  // backup.
+  bool commit();
   // Drops the temporary file; the target stays as it was.
   void discard() noexcept;
 
@@ -40,9 +52,13 @@ class AtomicFile {
   void beforeRename(std::function<bool()> hook) { beforeRename_ = std::move(hook); }
 
  private:
-  bool fail(const std::string& what, const std::filesystem::path& path);
+  bool fail(const std::string& what, const std::filesystem::path& path, int code);
+  bool failWith(std::string message);
+  bool keepBackup(std::filesystem::path& staged);
+  bool copyToStaging(std::filesystem::path& staged);
 
   std::filesystem::path target_;
+  Options options_;
   std::filesystem::path temporary_;
   int fd_ = -1;
   std::uint64_t written_ = 0;

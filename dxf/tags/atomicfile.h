@@ -8,6 +8,7 @@
 
 #include "core/atomicfile.h"
 #include "dxf/tags/bytesink.h"
+#include "dxf/tags/document.h"
 #include "dxf/tags/status.h"
 
 namespace corvane::dxf {
@@ -16,14 +17,12 @@ class AtomicFile : public ByteSink {
  public:
   explicit AtomicFile(std::filesystem::path target) : file_(std::move(target)) {}
 
-  Status open() { return file_.open() ? Status::success() : Status::failure(file_.error()); }
+  Status open(const SaveOptions& options = {}) { return status(file_.open(fileOptions(options))); }
   bool write(std::string_view bytes) override { return file_.write(bytes); }
   std::string error() const override { return file_.error(); }
-  // Flushes, keeps the previous target as `backup` (none when empty) and renames the
-  // temporary file over the target.
-  Status commit(const std::filesystem::path& backup = {}) {
-    return file_.commit(backup) ? Status::success() : Status::failure(file_.error());
-  }
+  // Flushes, keeps the previous drawing as the backup when the options said so, and renames
+  // the temporary file over the drawing.
+  Status commit() { return status(file_.commit()); }
 
   // Simulates a full disk: writes fail once this many bytes were written.
   void failAfter(std::uint64_t bytes) noexcept { file_.failAfter(bytes); }
@@ -35,6 +34,13 @@ class AtomicFile : public ByteSink {
   }
 
  private:
+  core::AtomicFile::Options fileOptions(const SaveOptions& options) const {
+    core::AtomicFile::Options made;
+    if (options.keepBackup && !file_.target().empty()) made.backup = backupPath(file_.target());
+    return made;
+  }
+  Status status(bool done) const { return done ? Status::success() : Status::failure(file_.error()); }
+
   core::AtomicFile file_;
 };
 

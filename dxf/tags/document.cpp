@@ -525,9 +525,9 @@ std::uint64_t Document::allocateHandle() {
 Status Document::save(const std::filesystem::path& path, const SaveOptions& options) const {
   AtomicFile file(path);
   file.failAfter(options.failAfterBytes);
-  if (auto opened = file.open(); !opened) return opened;
+  if (auto opened = file.open(options); !opened) return opened;
   if (auto written = write(file, options.format); !written) return written;
-  return file.commit(options.keepBackup ? AtomicFile::backupPath(path) : std::filesystem::path());
+  return file.commit();
 }
 
 }  // namespace corvane::dxf

@@ -159,7 +159,7 @@ class Document {
   // --- output
   Status write(ByteSink& sink, std::optional<FileFormat> format = std::nullopt) const;
   // Atomic: a temporary file in the same folder, flushed to disk, then renamed over the
-  // drawing. On failure the drawing is as it was and no temporary file is left.
+  // drawing. On failure every file is as it was and no temporary file is left.
   Status save(const std::filesystem::path& path, const SaveOptions& options = {}) const;
 
  private:

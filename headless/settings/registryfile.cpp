@@ -189,9 +189,10 @@ bool RegistryFile::writeFile(const std::string& contents, std::string& error) {
   if (beforeRename_) file.beforeRename(beforeRename_);
   // Settings are the user's own: readable by nobody else. A damaged file may still hold
   // settings worth taking over by hand, so it is kept.
-  std::filesystem::path backup;
-  if (damaged_) backup = std::filesystem::path(path_) += ".bak";
-  if (!file.open(0600) || !file.write(contents) || !file.commit(backup)) {
+  core::AtomicFile::Options options;
+  options.mode = 0600;
+  if (damaged_) options.backup = std::filesystem::path(file.target()) += ".bak";
+  if (!file.open(options) || !file.write(contents) || !file.commit()) {
     error = file.error();
     return false;
   }

@@ -2,9 +2,12 @@
 // their exit codes and what they leave on disk.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -142,6 +145,94 @@ TEST(DrawingCommands, ReportErrorsWithoutWritingAnything) {
     EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
   }
   EXPECT_EQ(folder.names(), std::vector<std::string>{"broken.dxf"});
+}
+
+// The commands that save, on a copy of the example in a folder prepared as the row says: what
+// they exit with and say, and what they leave of the drawing, its backup and the folder.
+TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
+  const fs::path example = fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf";
+  const std::string original = corvane::testing::readWhole(example);
+  const Folder settings;
+  const Folder reference;
+  ASSERT_EQ(run({"update", example.string(), "-o", (reference / "updated.dxf").string()}, reference / "err").exitCode, 0);
+  const std::string updated = corvane::testing::readWhole(reference / "updated.dxf");
+  ASSERT_NE(updated, original);
+  const std::string unrelated = "someone else's\n";
+
+  enum Bytes { kNone, kOriginal, kUpdated, kUnrelated };
+  using Prepare = std::function<void(const fs::path&)>;
+  const auto put = [&](const fs::path& file, Bytes bytes, unsigned mode = 0644) {
+    corvane::testing::ScratchFolder::write(file, bytes == kUnrelated ? unrelated : original);
+    ::chmod(file.c_str(), mode);
+  };
+  const Prepare drawing = [&](const fs::path& f) { put(f / "q.dxf", kOriginal); };
+  struct Case {
+    const char* what;
+    Prepare prepare;
+    std::vector<std::string> args;  // "@" stands for the folder
+    int exitCode;
+    std::string message;  // part of stderr; empty when nothing is said
+    std::string drawing;  // where the drawing's bytes are checked
+    Bytes drawingBytes;
+    std::string backup;
+    Bytes backupBytes;
+    std::vector<std::string> tree;
+  } const cases[] = {
+      {"updating a drawing named like a backup keeps no backup", [&](auto f) { put(f / "d.bak", kOriginal); },
+       {"update", "@/d.bak"}, 0, "", "d.bak", kUpdated, "", kNone, {"d.bak"}},
+      {"saving over a file named like a backup", [&](auto f) { put(f / "o.bak", kUnrelated); },
+       {"save", example.string(), "-o", "@/o.bak"}, 0, "", "o.bak", kOriginal, "", kNone, {"o.bak"}},
+      {"an output that is a folder is refused before anything is touched",
+       [&](auto f) {
+         fs::create_directory(f / "out");
+         put(f / "out.bak", kUnrelated);
+       },
+       {"update", example.string(), "-o", "@/out"}, 1, "/out' is a folder", "out.bak", kUnrelated, "", kNone,
+       {"out.bak", "out/"}},
+      {"an empty output name", drawing, {"save", "@/q.dxf", "-o", ""}, 1, "no file name was given", "q.dxf",
+       kOriginal, "", kNone, {"q.dxf"}},
+      {"a backup that cannot be kept fails the save",
+       [&](auto f) {
+         put(f / "q.dxf", kOriginal);
+         fs::create_directory(f / "q.bak");
+       },
+       {"update", "@/q.dxf"}, 1, "cannot keep the backup", "q.dxf", kOriginal, "", kNone, {"q.bak/", "q.dxf"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const Folder folder;
+    const auto inFolder = [&](std::string text) {
+      for (std::size_t at = text.find('@'); at != std::string::npos; at = text.find('@', at + 1)) {
+        text.replace(at, 1, folder.path().string());
+      }
+      return text;
+    };
+    c.prepare(folder.path());
+    std::vector<std::string> args;
+    for (const auto& arg : c.args) args.push_back(inFolder(arg));
+    // The settings go to a file of the test's own, never the user's.
+    const CommandRun result = corvane::testing::runCommandLine(
+        "CORVANE_REGISTRY=" + corvane::testing::shellQuoted((settings / "registry.reg").string()) + " " +
+            corvane::testing::corvaneCommandLine(args) + " </dev/null",
+        settings / "stderr");
+    EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
+    if (c.message.empty()) {
+      EXPECT_EQ(result.err, "");
+    } else {
+      EXPECT_NE(result.err.find(inFolder(c.message)), std::string::npos) << result.err;
+    }
+    if (c.exitCode != 0) {
+      EXPECT_EQ(result.out, "");
+    }
+    const auto expected = [&](Bytes bytes) {
+      return bytes == kOriginal ? original : bytes == kUpdated ? updated : bytes == kUnrelated ? unrelated : "";
+    };
+    EXPECT_TRUE(corvane::testing::readWhole(folder / c.drawing) == expected(c.drawingBytes)) << "the drawing";
+    if (!c.backup.empty()) {
+      EXPECT_TRUE(corvane::testing::readWhole(folder / c.backup) == expected(c.backupBytes)) << "the backup";
+    }
+    EXPECT_EQ(folder.tree(), c.tree);
+  }
 }
 
 }  // namespace

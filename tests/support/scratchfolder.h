@@ -46,6 +46,22 @@ class ScratchFolder {
     std::sort(out.begin(), out.end());
     return out;
   }
+  // Everything below the folder, sorted, by paths relative to it: a folder's path ends in "/",
+  // a symbolic link's says where it leads ("a.dxf -> b.dxf").
+  std::vector<std::string> tree() const {
+    std::vector<std::string> out;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(path_)) {
+      std::string name = entry.path().lexically_relative(path_).string();
+      if (entry.is_symlink()) {
+        name += " -> " + std::filesystem::read_symlink(entry.path()).string();
+      } else if (entry.is_directory()) {
+        name += "/";
+      }
+      out.push_back(std::move(name));
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+  }
 
  private:
   std::filesystem::path path_;

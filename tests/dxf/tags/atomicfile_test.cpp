@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
+#include "core/atomicfile.h"
 #include "dxf/tags/atomicfile.h"
 #include "dxf/tags/document.h"
 #include "support/dxftext.h"
@@ -85,19 +89,187 @@ TEST(Save, AnUncommittedFileIsRemovedAndTheTargetUntouched) {
   EXPECT_EQ(testing::readBytes(path), "old");
 }
 
-TEST(Save, IntoAMissingFolderFailsWithTheReason) {
-  const testing::ScratchFolder folder;
-  auto doc = editedDrawing(testing::asciiDxf(testing::drawing("AC1015", kLine)));
-  const Status saved = doc->save(folder.path() / "no" / "plan.dxf");
-  EXPECT_FALSE(saved.ok());
-  EXPECT_NE(saved.message().find("cannot create a temporary file next to"), std::string::npos) << saved.message();
-  EXPECT_NE(saved.message().find("No such file or directory"), std::string::npos) << saved.message();
-}
-
 TEST(Save, BackupNamesReplaceTheExtension) {
   const std::pair<const char*, const char*> cases[] = {
       {"a/plan.dxf", "a/plan.bak"}, {"plan", "plan.bak"}, {"a.b/plan.v2.dxf", "a.b/plan.v2.bak"}};
   for (const auto& [target, backup] : cases) EXPECT_EQ(AtomicFile::backupPath(target), backup);
+}
+
+// A save of the edited drawing into a folder prepared as the row says, and what it must leave:
+// the drawing, its backup and nothing else, whether it succeeded or not.
+enum class Bytes { kNone, kOld, kNew, kUnrelated };
+
+struct Situation {
+  const char* name;
+  std::function<void(const std::filesystem::path& folder)> prepare;
+  std::string target = "plan.dxf";  // saved to, in the folder
+  std::uint64_t failAfterBytes = UINT64_MAX;
+  bool failsForRootToo = true;  // root writes into read-only folders regardless
+  std::string message = "";     // part of the failure's message; empty for a save that succeeds
+  std::string drawing = "plan.dxf";  // where the drawing really is
+  Bytes drawingBytes = Bytes::kNone;
+  std::string backup = "plan.bak";  // none to check when empty
+  Bytes backupBytes = Bytes::kNone;
+  std::vector<std::string> tree = {};
+};
+
+void PrintTo(const Situation& situation, std::ostream* out) { *out << situation.name; }
+
+const std::string kOld = testing::asciiDxf(testing::drawing("AC1015", kLine));
+const std::string kUnrelated = "someone else's\n";
+
+void put(const std::filesystem::path& file, const std::string& bytes, unsigned mode = 0644) {
+  testing::writeBytes(file, bytes);
+  ::chmod(file.c_str(), mode);
+}
+
+void makeFolder(const std::filesystem::path& folder) { std::filesystem::create_directories(folder); }
+
+class SaveMeets : public ::testing::TestWithParam<Situation> {};
+
+TEST_P(SaveMeets, TheFileSystemAndLosesNothing) {
+  const Situation& c = GetParam();
+  if (!c.failsForRootToo && ::geteuid() == 0) GTEST_SKIP() << "root writes into a read-only folder all the same";
+  const testing::ScratchFolder folder;
+  c.prepare(folder.path());
+  auto doc = editedDrawing(kOld);
+  StringSink fresh;
+  ASSERT_TRUE(doc->write(fresh).ok());
+  SaveOptions options;
+  options.failAfterBytes = c.failAfterBytes;
+  const Status saved = doc->save(folder.path() / c.target, options);
+  // Whatever the row did to the folder's permissions, the scratch folder must go afterwards.
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+    if (!entry.is_symlink() && entry.is_directory()) ::chmod(entry.path().c_str(), 0755);
+  }
+
+  EXPECT_EQ(saved.ok(), c.message.empty()) << saved.message();
+  EXPECT_NE(saved.message().find(c.message), std::string::npos) << saved.message();
+  const auto expected = [&](Bytes bytes) {
+    switch (bytes) {
+      case Bytes::kOld: return kOld;
+      case Bytes::kNew: return fresh.data;
+      case Bytes::kUnrelated: return kUnrelated;
+      case Bytes::kNone: break;
+    }
+    return std::string();
+  };
+  EXPECT_TRUE(testing::readBytes(folder.path() / c.drawing) == expected(c.drawingBytes)) << "the drawing";
+  if (!c.backup.empty()) {
+    EXPECT_TRUE(testing::readBytes(folder.path() / c.backup) == expected(c.backupBytes)) << "the backup";
+  }
+  EXPECT_EQ(folder.tree(), c.tree);
+}
+
+// The save makes and replaces only the drawing and its backup: a name ending in ".bak" is its
+// own backup's name, so it gets none; what stands in the backup's place is kept unless the
+// save can replace it with the drawing's previous contents.
+const Situation kSituations[] = {
+    {.name = "ANameEndingInBak",
+     .prepare = [](auto f) { put(f / "plan.bak", kOld); },
+     .target = "plan.bak",
+     .drawing = "plan.bak",
+     .drawingBytes = Bytes::kNew,
+     .backup = "",
+     .tree = {"plan.bak"}},
+    {.name = "ABackupNameTakenByAFolder",
+     .prepare =
+         [](auto f) {
+           put(f / "plan.dxf", kOld);
+           makeFolder(f / "plan.bak");
+         },
+     .message = "cannot keep the backup",
+     .drawingBytes = Bytes::kOld,
+     .backup = "",
+     .tree = {"plan.bak/", "plan.dxf"}},
+    {.name = "ABackupNameTakenByAnUnrelatedFile",
+     .prepare =
+         [](auto f) {
+           put(f / "plan.dxf", kOld);
+           put(f / "plan.bak", kUnrelated);
+         },
+     .drawingBytes = Bytes::kNew,
+     .backupBytes = Bytes::kOld,
+     .tree = {"plan.bak", "plan.dxf"}},
+    {.name = "ABackupThatIsAHardLinkOfTheDrawing",
+     .prepare =
+         [](auto f) {
+           put(f / "plan.dxf", kOld);
+           std::filesystem::create_hard_link(f / "plan.dxf", f / "plan.bak");
+         },
+     .drawingBytes = Bytes::kNew,
+     .backupBytes = Bytes::kOld,
+     .tree = {"plan.bak", "plan.dxf"}},
+    {.name = "ATargetThatIsAFolder",
+     .prepare =
+         [](auto f) {
+           makeFolder(f / "out");
+           put(f / "out.bak", kUnrelated);
+         },
+     .target = "out",
+     .message = "/out' is a folder",
+     .drawing = "out.bak",
+     .drawingBytes = Bytes::kUnrelated,
+     .backup = "",
+     .tree = {"out.bak", "out/"}},
+    {.name = "AMissingFolder",
+     .prepare = [](auto) {},
+     .target = "no/plan.dxf",
+     .message = "No such file or directory",
+     .drawing = "no/plan.dxf",
+     .backup = "",
+     .tree = {}},
+    {.name = "AReadOnlyFolder",
+     .prepare =
+         [](auto f) {
+           put(f / "in" / "plan.dxf", kOld);
+           ::chmod((f / "in").c_str(), 0555);
+         },
+     .target = "in/plan.dxf",
+     .failsForRootToo = false,
+     .message = "cannot write in the folder",
+     .drawing = "in/plan.dxf",
+     .drawingBytes = Bytes::kOld,
+     .backup = "",
+     .tree = {"in/", "in/plan.dxf"}},
+    {.name = "AFullDisk",
+     .prepare =
+         [](auto f) {
+           put(f / "plan.dxf", kOld);
+           put(f / "plan.bak", kUnrelated);
+         },
+     .failAfterBytes = 100,
+     .message = "No space left on device",
+     .drawingBytes = Bytes::kOld,
+     .backupBytes = Bytes::kUnrelated,
+     .tree = {"plan.bak", "plan.dxf"}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Save, SaveMeets, ::testing::ValuesIn(kSituations),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// The backup is replaced last, after the new drawing is in place; a backup that cannot be
+// replaced even then puts the previous drawing back.
+TEST(Save, ABackupThatCannotBeReplacedAtTheLastMomentLeavesEveryFileAsItWas) {
+  const testing::ScratchFolder folder;
+  const auto path = folder.path() / "plan.dxf";
+  testing::writeBytes(path, "old");
+  testing::writeBytes(folder.path() / "plan.bak", "older");
+  core::AtomicFile file(path);
+  core::AtomicFile::Options options;
+  options.backup = folder.path() / "plan.bak";
+  ASSERT_TRUE(file.open(options)) << file.error();
+  ASSERT_TRUE(file.write("new"));
+  // Someone puts a folder in the backup's place while the drawing is written.
+  file.beforeRename([&] {
+    std::filesystem::remove(folder.path() / "plan.bak");
+    std::filesystem::create_directory(folder.path() / "plan.bak");
+    return true;
+  });
+  EXPECT_FALSE(file.commit());
+  EXPECT_NE(file.error().find("cannot keep the backup"), std::string::npos) << file.error();
+  EXPECT_EQ(testing::readBytes(path), "old");
+  EXPECT_EQ(folder.tree(), (std::vector<std::string>{"plan.bak/", "plan.dxf"}));
 }
 
 }  // namespace

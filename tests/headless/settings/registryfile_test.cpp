@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "core/utf8.h"
 #include "support/scratchfolder.h"
 
 namespace corvane::headless {
@@ -192,6 +193,44 @@ TEST(RegistryFile, ALeftOverTemporaryFromACrashIsIgnored) {
   ASSERT_EQ(file.queryValue(kUser, L"K", L"A", value), RegStatus::kSuccess);
   EXPECT_EQ(value, host::regDword(1));
   EXPECT_FALSE(file.damaged());
+}
+
+// The settings file is replaced as drawings are: never over a backup it cannot keep.
+TEST(RegistryFile, WritesMeetTheFileSystemAsDrawingSavesDo) {
+  const std::string damaged = "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\K]\n\"A\"=dword:zz\n";
+  struct Case {
+    const char* what;
+    std::function<void(const std::filesystem::path&)> prepare;
+    bool saved;
+    std::wstring warning;  // part of the last warning; empty for none
+    std::string real;      // where the settings really are
+    std::string contents;
+    std::vector<std::string> tree;
+  } const cases[] = {
+      {"a damaged file whose backup's name is a folder",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "registry.reg", damaged);
+         std::filesystem::create_directory(f / "registry.reg.bak");
+       },
+       false, L"cannot keep the backup", "registry.reg", damaged, {"registry.reg", "registry.reg.bak/"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    ScratchFolder folder;
+    c.prepare(folder.path());
+    Warnings warnings;
+    RegistryFile file(folder / "registry.reg", warnings.sink());
+    EXPECT_EQ(getString(file, L"B"), std::nullopt);
+    EXPECT_EQ(setString(file, L"B", L"new"), c.saved);
+    if (c.warning.empty()) {
+      EXPECT_TRUE(warnings.seen.empty());
+    } else {
+      ASSERT_FALSE(warnings.seen.empty());
+      EXPECT_NE(warnings.seen.back().find(c.warning), std::wstring::npos) << core::toUtf8(warnings.seen.back());
+    }
+    EXPECT_EQ(ScratchFolder::read(folder / c.real), c.contents);
+    EXPECT_EQ(folder.tree(), c.tree);
+  }
 }
 
 TEST(RegistryFile, ADamagedFileIsReportedAndKeptUntilASettingChanges) {
