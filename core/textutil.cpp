@@ -139,15 +139,32 @@ std::size_t findNoCase(std::wstring_view text, std::wstring_view what, std::size
 
 bool isSpace(wchar_t c) noexcept { return c == L' ' || (c >= L'\t' && c <= L'\r'); }
 
-std::wstring trim(std::wstring_view text) {
+std::wstring_view trimmed(std::wstring_view text) noexcept {
   const std::size_t end = endOfNonSpace(text);
   const std::size_t begin = firstNonSpace(text.substr(0, end));
-  return std::wstring(text.substr(begin, end - begin));
+  return text.substr(begin, end - begin);
 }
+
+std::wstring trim(std::wstring_view text) { return std::wstring(trimmed(text)); }
 
 std::wstring trimLeft(std::wstring_view text) { return std::wstring(text.substr(firstNonSpace(text))); }
 
 std::wstring trimRight(std::wstring_view text) { return std::wstring(text.substr(0, endOfNonSpace(text))); }
+
+namespace {
+
+template <typename View>
+View withoutBlanks(View text) noexcept {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace
+
+std::string_view trimBlanks(std::string_view text) noexcept { return withoutBlanks(text); }
+
+std::wstring_view trimBlanks(std::wstring_view text) noexcept { return withoutBlanks(text); }
 
 std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wstring_view to) {
   if (from.empty()) return std::wstring(text);

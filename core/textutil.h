@@ -24,9 +24,15 @@ std::size_t findNoCase(std::wstring_view text, std::wstring_view what, std::size
 
 // White space as the C runtime's iswspace sees it in the "C" locale (blank, \t \n \v \f \r).
 bool isSpace(wchar_t c) noexcept;
+// The text without white space at either end, without a copy; trim() makes one.
+std::wstring_view trimmed(std::wstring_view text) noexcept;
 std::wstring trim(std::wstring_view text);
 std::wstring trimLeft(std::wstring_view text);
 std::wstring trimRight(std::wstring_view text);
+// The text without blanks (spaces and tabs) at either end, without a copy: the padding of
+// values in drawing files and settings files, where other white space means something.
+std::string_view trimBlanks(std::string_view text) noexcept;
+std::wstring_view trimBlanks(std::wstring_view text) noexcept;
 
 // Replaces every non-overlapping occurrence of `from`, scanning left to right. An empty
 // `from` leaves the text as it is.

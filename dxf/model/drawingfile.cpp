@@ -547,7 +547,7 @@ void DrawingFile::ensureClasses() {
   for (const RecordId id : doc.sections()[*section].records) {
     for (const Tag& tag : doc.tags(id)) {
       if (tag.code != 1) continue;
-      const std::string_view name = trimBlanks(doc.bytes(tag));
+      const std::string_view name = core::trimBlanks(doc.bytes(tag));
       haveField |= name == "FIELD";
       haveFieldList |= name == "FIELDLIST";
       break;

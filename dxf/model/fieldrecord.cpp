@@ -1,5 +1,6 @@
 #include "dxf/model/fieldrecord.h"
 
+#include "core/textutil.h"
 #include "dxf/tags/numbertext.h"
 #include "dxf/tags/recordedit.h"
 #include "dxf/tags/recordview.h"
@@ -34,13 +35,13 @@ FieldRecord readFieldRecord(const Document& doc, RecordId id, const headless::Da
   const auto tags = view.tags();
   const std::size_t end = view.xdataBegin();
   std::size_t i = 1;
-  while (i < end && !(tags[i].code == 100 && trimBlanks(doc.bytes(tags[i])) == "AcDbField")) ++i;
+  while (i < end && !(tags[i].code == 100 && core::trimBlanks(doc.bytes(tags[i])) == "AcDbField")) ++i;
   if (i == end) {
     // No subclass marker: the field's tags start after the common ones.
     i = 1;
     while (i < end && (tags[i].code == 5 || tags[i].code == 102 || tags[i].code == 330 || tags[i].code == 360)) {
-      if (tags[i].code == 102 && trimBlanks(doc.bytes(tags[i])).starts_with('{')) {
-        while (i < end && !(tags[i].code == 102 && trimBlanks(doc.bytes(tags[i])) == "}")) ++i;
+      if (tags[i].code == 102 && core::trimBlanks(doc.bytes(tags[i])).starts_with('{')) {
+        while (i < end && !(tags[i].code == 102 && core::trimBlanks(doc.bytes(tags[i])) == "}")) ++i;
       }
       ++i;
     }

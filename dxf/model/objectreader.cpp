@@ -243,8 +243,8 @@ ObjectReader::ObjectReader(const Document& doc, headless::Database& db) : doc_(d
     std::string dxfName;
     std::string className;
     for (const Tag& tag : doc.tags(id)) {
-      if (tag.code == 1) dxfName = trimBlanks(doc.bytes(tag));
-      else if (tag.code == 2) className = trimBlanks(doc.bytes(tag));
+      if (tag.code == 1) dxfName = core::trimBlanks(doc.bytes(tag));
+      else if (tag.code == 2) className = core::trimBlanks(doc.bytes(tag));
     }
     if (!dxfName.empty() && !className.empty()) classNames_.emplace(std::move(dxfName), std::move(className));
   }
@@ -279,7 +279,7 @@ std::shared_ptr<const headless::ProxyKind> ObjectReader::kind(RecordId id, const
     // Built-in kinds: the most derived subclass is the last marker.
     const auto tags = doc_.tags(id);
     for (std::size_t i = header.bodyBegin; i < header.xdataBegin; ++i)
-      if (tags[i].code == 100) className = trimBlanks(doc_.bytes(tags[i]));
+      if (tags[i].code == 100) className = core::trimBlanks(doc_.bytes(tags[i]));
     if (className.empty()) className = "AcDbObject";
   }
   auto& variants = kinds_[std::string(type)];

@@ -5,6 +5,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "core/textutil.h"
 #include "dxf/tags/atomicfile.h"
 #include "dxf/tags/groupcode.h"
 #include "dxf/tags/numbertext.h"
@@ -61,7 +62,7 @@ std::unique_ptr<Document> Document::create(std::string_view version) {
 
 std::string_view Document::sectionName(std::size_t section) const {
   const auto list = tags(sections_.at(section).begin);
-  return list.size() > 1 ? trimBlanks(bytes(list[1])) : std::string_view();
+  return list.size() > 1 ? core::trimBlanks(bytes(list[1])) : std::string_view();
 }
 
 std::optional<std::size_t> Document::findSection(std::string_view name) const {
@@ -197,11 +198,11 @@ std::string_view Document::recordType(RecordId id) const {
     const Tag first = format_ == FileFormat::Ascii
                           ? scan::asciiTagAt(source_.data(), source_.size(), record.first).tag
                           : scan::binaryTagAt(source_.data(), source_.size(), record.first, twoByteCodes_).tag;
-    return first.code == 0 ? trimBlanks(bytes(first)) : std::string_view();
+    return first.code == 0 ? core::trimBlanks(bytes(first)) : std::string_view();
   }
   const auto list = tags(id);
   if (list.empty() || list.front().code != 0) return {};
-  return trimBlanks(bytes(list.front()));
+  return core::trimBlanks(bytes(list.front()));
 }
 
 std::optional<std::size_t> Document::sectionOf(RecordId id) const {
@@ -479,7 +480,7 @@ std::optional<HeaderVariable> Document::headerVariable(std::string_view name) co
   if (header == kNoRecord) return std::nullopt;
   const auto list = tags(header);
   for (std::size_t i = 2; i < list.size(); ++i) {
-    if (list[i].code != 9 || trimBlanks(bytes(list[i])) != name) continue;
+    if (list[i].code != 9 || core::trimBlanks(bytes(list[i])) != name) continue;
     HeaderVariable variable{i, i + 1, i + 1};
     while (variable.last < list.size() && list[variable.last].code != 9) ++variable.last;
     return variable;

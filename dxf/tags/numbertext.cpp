@@ -3,6 +3,8 @@
 #include <charconv>
 #include <system_error>
 
+#include "core/textutil.h"
+
 namespace corvane::dxf {
 
 namespace {
@@ -19,7 +21,7 @@ constexpr char kHexDigits[] = "0123456789ABCDEF";
 }  // namespace
 
 bool parseDouble(std::string_view text, double& value) noexcept {
-  text = trimBlanks(text);
+  text = core::trimBlanks(text);
   // from_chars takes no '+', but writers put one in exponents and sometimes in front.
   if (!text.empty() && text.front() == '+') {
     text.remove_prefix(1);
@@ -32,7 +34,7 @@ bool parseDouble(std::string_view text, double& value) noexcept {
 }
 
 bool parseInteger(std::string_view text, std::int64_t& value) noexcept {
-  text = trimBlanks(text);
+  text = core::trimBlanks(text);
   if (!text.empty() && text.front() == '+') {
     text.remove_prefix(1);
     if (!text.empty() && text.front() == '-') return false;
@@ -44,7 +46,7 @@ bool parseInteger(std::string_view text, std::int64_t& value) noexcept {
 }
 
 bool parseHandle(std::string_view text, std::uint64_t& value) noexcept {
-  text = trimBlanks(text);
+  text = core::trimBlanks(text);
   if (text.empty() || text.size() > 16) return false;
   std::uint64_t result = 0;
   for (char c : text) {
@@ -57,7 +59,7 @@ bool parseHandle(std::string_view text, std::uint64_t& value) noexcept {
 }
 
 bool parseHexBytes(std::string_view text, std::string& bytes) {
-  text = trimBlanks(text);
+  text = core::trimBlanks(text);
   if (text.size() % 2 != 0) return false;
   for (std::size_t i = 0; i < text.size(); i += 2) {
     const int high = hexDigit(text[i]);

@@ -8,13 +8,6 @@
 
 namespace corvane::dxf {
 
-// Values are compared and converted without the blanks that padded files put around them.
-inline std::string_view trimBlanks(std::string_view text) noexcept {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
-}
-
 // Blanks (space, tab) around the number are allowed, as padded files have them; a leading
 // '+' too. Anything else makes the parse fail.
 bool parseDouble(std::string_view text, double& value) noexcept;

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "core/textutil.h"
 #include "dxf/tags/document.h"
 #include "dxf/tags/groupcode.h"
 #include "dxf/tags/numbertext.h"
@@ -144,10 +145,10 @@ class Reader {
 
   std::string sectionName(const Section& section) const {
     const auto tags = doc_->tags(section.begin);
-    return std::string(trimBlanks(doc_->bytes(tags[1])));
+    return std::string(core::trimBlanks(doc_->bytes(tags[1])));
   }
 
-  bool isEof(const Tag& tag) const { return tag.code == 0 && trimBlanks(doc_->bytes(tag)) == "EOF"; }
+  bool isEof(const Tag& tag) const { return tag.code == 0 && core::trimBlanks(doc_->bytes(tag)) == "EOF"; }
 
   bool scanAscii() {
     Document& doc = *doc_;
@@ -289,10 +290,10 @@ class Reader {
     Document& doc = *doc_;
     std::string_view codePage;
     if (const auto version = doc.headerVariable("$ACADVER"); version && version->last > version->first)
-      doc.version_ = trimBlanks(doc.bytes(doc.tags(doc.headerRecord())[version->first]));
+      doc.version_ = core::trimBlanks(doc.bytes(doc.tags(doc.headerRecord())[version->first]));
     if (doc.version_.empty()) doc.version_ = "AC1009";
     if (const auto page = doc.headerVariable("$DWGCODEPAGE"); page && page->last > page->first)
-      codePage = trimBlanks(doc.bytes(doc.tags(doc.headerRecord())[page->first]));
+      codePage = core::trimBlanks(doc.bytes(doc.tags(doc.headerRecord())[page->first]));
     if (doc.isUnicodeVersion()) {
       doc.codec_ = TextCodec::utf8();
     } else if (codePage.empty()) {

@@ -1,5 +1,6 @@
 #include "dxf/tags/recordheader.h"
 
+#include "core/textutil.h"
 #include "dxf/tags/numbertext.h"
 
 namespace corvane::dxf {
@@ -16,7 +17,7 @@ RecordHeader scanRecordHeader(const Document& doc, RecordId id) {
     const Tag& tag = tags[i];
     if (tag.code == 100 || tag.code == 1001) break;
     if (tag.code == 102) {
-      const std::string_view value = trimBlanks(doc.bytes(tag));
+      const std::string_view value = core::trimBlanks(doc.bytes(tag));
       if (value.starts_with('{')) {
         group = value == "{ACAD_REACTORS" ? Group::Reactors
                 : value == "{ACAD_XDICTIONARY" ? Group::XDictionary
@@ -64,7 +65,7 @@ RecordHeader scanRecordHeader(const Document& doc, RecordId id) {
 std::size_t findSubclass(const Document& doc, std::span<const Tag> tags, std::string_view name, std::size_t from) {
   for (std::size_t i = from; i < tags.size(); ++i) {
     if (tags[i].code == 1001) break;
-    if (tags[i].code == 100 && trimBlanks(doc.bytes(tags[i])) == name) return i;
+    if (tags[i].code == 100 && core::trimBlanks(doc.bytes(tags[i])) == name) return i;
   }
   return kNoIndex;
 }

@@ -1,5 +1,6 @@
 #include "dxf/tags/recordview.h"
 
+#include "core/textutil.h"
 #include "dxf/tags/numbertext.h"
 
 namespace corvane::dxf {
@@ -11,7 +12,7 @@ std::optional<std::size_t> RecordView::handleIndex() const {
     const Tag& tag = tags_[i];
     if (tag.code == 1001) break;
     if (tag.code == 102) {
-      inGroup = trimBlanks(document_->bytes(tag)).starts_with('{');
+      inGroup = core::trimBlanks(document_->bytes(tag)).starts_with('{');
       continue;
     }
     if (!inGroup && tag.code == code) return i;
@@ -31,7 +32,7 @@ std::optional<std::uint64_t> RecordView::owner() const {
     const Tag& tag = tags_[i];
     if (tag.code == 100 || tag.code == 1001) break;
     if (tag.code == 102) {
-      inGroup = trimBlanks(document_->bytes(tag)).starts_with('{');
+      inGroup = core::trimBlanks(document_->bytes(tag)).starts_with('{');
       continue;
     }
     if (!inGroup && tag.code == 330) return document_->toHandle(tag);
@@ -44,11 +45,11 @@ std::vector<AppDataGroup> RecordView::appDataGroups() const {
   const std::size_t limit = xdataBegin();
   for (std::size_t i = 1; i < limit; ++i) {
     if (tags_[i].code != 102) continue;
-    const std::string_view value = trimBlanks(document_->bytes(tags_[i]));
+    const std::string_view value = core::trimBlanks(document_->bytes(tags_[i]));
     if (!value.starts_with('{')) continue;
     AppDataGroup group{value.substr(1), i, limit - 1};
     for (std::size_t j = i + 1; j < limit; ++j) {
-      if (tags_[j].code == 102 && trimBlanks(document_->bytes(tags_[j])) == "}") {
+      if (tags_[j].code == 102 && core::trimBlanks(document_->bytes(tags_[j])) == "}") {
         group.end = j;
         break;
       }
@@ -94,7 +95,7 @@ std::size_t RecordView::xdataBegin() const {
 
 std::optional<TagRange> RecordView::xdata(std::string_view application) const {
   for (std::size_t i = xdataBegin(); i < tags_.size(); ++i) {
-    if (tags_[i].code != 1001 || trimBlanks(document_->bytes(tags_[i])) != application) continue;
+    if (tags_[i].code != 1001 || core::trimBlanks(document_->bytes(tags_[i])) != application) continue;
     std::size_t end = i + 1;
     while (end < tags_.size() && tags_[end].code != 1001) ++end;
     return TagRange{i, end};

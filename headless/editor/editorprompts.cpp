@@ -17,16 +17,9 @@ using namespace host;
 
 namespace {
 
-// White space off both ends, without a copy.
-std::wstring_view trimView(std::wstring_view text) {
-  while (!text.empty() && core::isSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && core::isSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 // A whole text that is one finite number.
 std::optional<double> number(std::wstring_view text) {
-  text = trimView(text);
+  text = core::trimmed(text);
   if (text.empty()) return std::nullopt;
   std::size_t used = 0;
   const double value = core::wcstod(text, &used);
@@ -127,12 +120,12 @@ bool EditorPrompts::matchKeyword(const Control& control, std::wstring_view answe
 }
 
 std::optional<AcGePoint3d> EditorPrompts::parsePoint(std::wstring_view text, const AcGePoint3d& reference) {
-  text = trimView(text);
+  text = core::trimmed(text);
   bool relative = false;
   if (!text.empty() && text.front() == L'@') {
     relative = true;
     text.remove_prefix(1);
-    if (trimView(text).empty()) return reference;
+    if (core::trimmed(text).empty()) return reference;
   }
   AcGePoint3d point;
   if (const std::size_t angle = text.find(L'<'); angle != std::wstring_view::npos) {
@@ -192,7 +185,7 @@ std::vector<AcDbObjectId> EditorPrompts::layoutEntities() const {
 }
 
 std::optional<AcDbObjectId> EditorPrompts::pickedEntity(std::wstring_view answer) const {
-  answer = trimView(answer);
+  answer = core::trimmed(answer);
   const auto* db = dynamic_cast<const Database*>(host_.workingDatabase());
   if (!db) return std::nullopt;
   if (core::equalsNoCase(answer, L"L") || core::equalsNoCase(answer, L"Last")) {
@@ -201,9 +194,9 @@ std::optional<AcDbObjectId> EditorPrompts::pickedEntity(std::wstring_view answer
     return all.back();
   }
   if (answer.size() < 2 || answer.front() != L'(' || answer.back() != L')') return std::nullopt;
-  std::wstring_view inner = trimView(answer.substr(1, answer.size() - 2));
+  std::wstring_view inner = core::trimmed(answer.substr(1, answer.size() - 2));
   if (!core::startsWithNoCase(inner, L"handent")) return std::nullopt;
-  inner = trimView(inner.substr(7));
+  inner = core::trimmed(inner.substr(7));
   if (inner.size() < 2 || inner.front() != L'"' || inner.back() != L'"') return std::nullopt;
   const auto handle = AcDbHandle::fromText(inner.substr(1, inner.size() - 2));
   AcDbObjectId id;

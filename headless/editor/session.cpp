@@ -20,18 +20,11 @@ namespace {
 // Expressions and sent text may queue more of the same; the host stops somewhere.
 constexpr int kMaxIdleRounds = 64;
 
-// White space off both ends, without a copy.
-std::wstring_view trimView(std::wstring_view text) {
-  while (!text.empty() && core::isSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && core::isSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 constexpr const wchar_t* kBuiltins[] = {L"MENULOAD", L"MENUUNLOAD"};
 
 // The quoted texts of "(command "NAME" "ARG" ...)"; nullopt for any other expression.
 std::optional<std::vector<std::wstring>> commandCall(std::wstring_view expression) {
-  expression = trimView(expression);
+  expression = core::trimmed(expression);
   if (expression.size() < 2 || expression.front() != L'(' || expression.back() != L')') return std::nullopt;
   std::wstring_view inner = expression.substr(1, expression.size() - 2);
   if (!core::startsWithNoCase(inner, L"command") || inner.size() == 7 || !core::isSpace(inner[7])) return std::nullopt;
@@ -276,7 +269,7 @@ void Session::idle() {
 }
 
 Session::Outcome Session::runCommand(std::wstring_view typed) {
-  const Outcome outcome = execute(trimView(typed));
+  const Outcome outcome = execute(core::trimmed(typed));
   idle();
   return outcome;
 }

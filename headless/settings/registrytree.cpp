@@ -60,12 +60,6 @@ std::wstring decode(std::string_view bytes) {
 
 bool isBlank(wchar_t c) { return c == L' ' || c == L'\t'; }
 
-std::wstring_view trimBlanks(std::wstring_view text) {
-  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 int hexDigit(wchar_t c) {
   if (c >= L'0' && c <= L'9') return c - L'0';
   if (c >= L'a' && c <= L'f') return c - L'a' + 10;
@@ -106,13 +100,13 @@ bool parseQuoted(std::wstring_view line, std::size_t& pos, std::wstring& out) {
 
 std::optional<std::vector<std::uint8_t>> parseHexBytes(std::wstring_view text) {
   std::vector<std::uint8_t> bytes;
-  text = trimBlanks(text);
+  text = core::trimBlanks(text);
   if (text.empty()) return bytes;
   std::size_t start = 0;
   while (start <= text.size()) {
     std::size_t comma = text.find(L',', start);
     if (comma == std::wstring_view::npos) comma = text.size();
-    const std::wstring_view part = trimBlanks(text.substr(start, comma - start));
+    const std::wstring_view part = core::trimBlanks(text.substr(start, comma - start));
     if (part.empty()) {
       if (comma == text.size() && start > 0) break;  // a trailing comma
       return std::nullopt;
@@ -307,7 +301,7 @@ std::optional<RegistryTree> RegistryTree::parse(std::string_view bytes, ParseErr
   bool inDeletedKey = false;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     lineNumber = static_cast<int>(i) + 1;
-    const std::wstring_view line = trimBlanks(lines[i]);
+    const std::wstring_view line = core::trimBlanks(lines[i]);
     if (line.empty() || line.front() == L';') continue;
     if (!headerSeen) {
       if (line != kHeader && line != kOldHeader)
@@ -317,7 +311,7 @@ std::optional<RegistryTree> RegistryTree::parse(std::string_view bytes, ParseErr
     }
     if (line.front() == L'[') {
       const std::size_t close = line.rfind(L']');
-      if (close == std::wstring_view::npos || close == 0 || !trimBlanks(line.substr(close + 1)).empty())
+      if (close == std::wstring_view::npos || close == 0 || !core::trimBlanks(line.substr(close + 1)).empty())
         return fail("a key line does not end with ']'");
       std::wstring_view path = line.substr(1, close - 1);
       const bool deletion = !path.empty() && path.front() == L'-';
@@ -347,14 +341,14 @@ std::optional<RegistryTree> RegistryTree::parse(std::string_view bytes, ParseErr
     }
     while (pos < line.size() && isBlank(line[pos])) ++pos;
     if (pos >= line.size() || line[pos] != L'=') return fail("a value name is not followed by '='");
-    std::wstring_view data = trimBlanks(line.substr(pos + 1));
+    std::wstring_view data = core::trimBlanks(line.substr(pos + 1));
 
     std::wstring joined;
     if (core::startsWithNoCase(data, L"hex") && !data.empty() && data.back() == L'\\') {
       // Long binary data goes on over the following lines, each but the last ending in "\".
       joined.assign(data.substr(0, data.size() - 1));
       while (i + 1 < lines.size()) {
-        const std::wstring_view next = trimBlanks(lines[++i]);
+        const std::wstring_view next = core::trimBlanks(lines[++i]);
         lineNumber = static_cast<int>(i) + 1;
         if (!next.empty() && next.back() == L'\\') {
           joined.append(next.substr(0, next.size() - 1));
@@ -372,13 +366,13 @@ std::optional<RegistryTree> RegistryTree::parse(std::string_view bytes, ParseErr
       std::size_t at = 0;
       std::wstring textValue;
       if (!parseQuoted(data, at, textValue)) return fail("a string value has no closing quote");
-      if (!trimBlanks(data.substr(at)).empty()) return fail("text follows a string value's closing quote");
+      if (!core::trimBlanks(data.substr(at)).empty()) return fail("text follows a string value's closing quote");
       value = host::regString(textValue);
     } else if (data == L"-") {
       if (current) tree.removeValue(*current, name);
       continue;
     } else if (core::startsWithNoCase(data, L"dword:")) {
-      const auto number = parseHexNumber(trimBlanks(data.substr(6)), 8);
+      const auto number = parseHexNumber(core::trimBlanks(data.substr(6)), 8);
       if (!number) return fail("a double word is not 1 to 8 hexadecimal digits");
       value = host::regDword(*number);
     } else if (core::startsWithNoCase(data, L"hex")) {

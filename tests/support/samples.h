@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/textutil.h"
 #include "dxf/tags/document.h"
 #include "dxf/tags/numbertext.h"
 #include "dxf/tags/recordview.h"
@@ -31,7 +32,7 @@ inline bool haveSamples() { return std::filesystem::is_directory(sampleFolder())
 // The tags of one record as (code, value text) pairs, blanks trimmed.
 inline std::vector<std::pair<int, std::string>> recordTags(const Document& doc, RecordId id) {
   std::vector<std::pair<int, std::string>> out;
-  for (const Tag& tag : doc.tags(id)) out.emplace_back(tag.code, std::string(trimBlanks(doc.valueText(tag))));
+  for (const Tag& tag : doc.tags(id)) out.emplace_back(tag.code, std::string(core::trimBlanks(doc.valueText(tag))));
   return out;
 }
 
@@ -39,7 +40,7 @@ inline std::vector<std::pair<int, std::string>> recordTags(const Document& doc, 
 inline std::optional<std::string> firstValue(const Document& doc, RecordId id, int code, std::size_t from = 1) {
   const auto tags = doc.tags(id);
   for (std::size_t i = from; i < tags.size(); ++i)
-    if (tags[i].code == code) return std::string(trimBlanks(doc.valueText(tags[i])));
+    if (tags[i].code == code) return std::string(core::trimBlanks(doc.valueText(tags[i])));
   return std::nullopt;
 }
 

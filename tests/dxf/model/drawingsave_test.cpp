@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/printf.h"
+#include "core/textutil.h"
 #include "core/utf8.h"
 #include "dxf/model/drawingfile.h"
 #include "headless/db/arc.h"
@@ -171,7 +172,7 @@ TEST(DrawingSave, AddedFieldsSurviveASaveAndASecondRead) {
 
   const auto doc = parse(saved);
   ASSERT_TRUE(doc);
-  EXPECT_GT(handleOf(std::string(trimBlanks(doc->valueText(
+  EXPECT_GT(handleOf(std::string(core::trimBlanks(doc->valueText(
                 doc->tags(doc->headerRecord())[doc->headerVariable("$HANDSEED")->first])))),
             doc->maxHandle());
   // The text's extension dictionary chain, as the host writes it: text -> xdict (no reactors)
