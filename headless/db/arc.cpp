@@ -7,11 +7,6 @@ namespace corvane::headless {
 
 using host::Acad;
 
-namespace {
-// Parameters a caller computed from the ends may miss them by rounding.
-constexpr double kParamTolerance = 1e-9;
-}  // namespace
-
 host::AcGePoint3d Arc::center() const { return geometry::Transform::fromOcs(normal_).apply(center_); }
 
 void Arc::setCenter(host::AcGePoint3d ocsCenter) {
@@ -40,23 +35,6 @@ void Arc::setNormal(host::AcGeVector3d normal) {
 }
 
 double Arc::sweep() const noexcept { return geometry::ccwSweep(startAngle_, endAngle_); }
-
-Acad::ErrorStatus Arc::getStartParam(double& param) const {
-  param = startAngle_;
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Arc::getEndParam(double& param) const {
-  param = startAngle_ + sweep();
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Arc::getDistAtParam(double param, double& dist) const {
-  const double offset = param - startAngle_;
-  if (offset < -kParamTolerance || offset > sweep() + kParamTolerance) return Acad::eInvalidInput;
-  dist = radius_ * std::clamp(offset, 0.0, sweep());
-  return Acad::eOk;
-}
 
 Acad::ErrorStatus Arc::getArea(double& area) const {
   area = geometry::circularSegmentArea(radius_, sweep());

@@ -1,14 +1,13 @@
 #pragma once
 
-#include "headless/db/entity.h"
-#include "headless/db/shape.h"
+#include "headless/db/curve.h"
 #include "host/acdbarc.h"
 
 namespace corvane::headless {
 
 // A circular arc (ARC). Centre and angles are in the arc's object coordinate system, given by
 // its normal; that is the world's for the default normal (0, 0, 1). Angles in radians.
-class Arc : public EntityImpl<host::AcDbArc>, public Shape {
+class Arc : public CurveEntity<host::AcDbArc> {
  public:
   Arc() = default;
   Arc(host::AcGePoint3d center, double radius, double startAngle, double endAngle)
@@ -33,17 +32,18 @@ class Arc : public EntityImpl<host::AcDbArc>, public Shape {
   double length() const noexcept { return radius_ * sweep(); }
 
   bool isClosed() const override { return false; }
-  host::Acad::ErrorStatus getStartParam(double& param) const override;
-  host::Acad::ErrorStatus getEndParam(double& param) const override;
-  host::Acad::ErrorStatus getDistAtParam(double param, double& dist) const override;
   // The segment between the arc and its chord.
   host::Acad::ErrorStatus getArea(double& area) const override;
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;
 
  private:
+  // The parameter is the angle, as the end angles are.
+  double startParam() const noexcept override { return startAngle_; }
+  double endParam() const noexcept override { return startAngle_ + sweep(); }
+  double distanceAt(double param) const noexcept override { return radius_ * (param - startAngle_); }
+
   host::AcGePoint3d center_;
   double radius_ = 1.0;
   double startAngle_ = 0.0;

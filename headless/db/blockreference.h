@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "headless/db/entity.h"
 #include "headless/db/shape.h"
 #include "host/acdbblockreference.h"
 
@@ -16,7 +15,7 @@ namespace corvane::headless {
 // of its definition. The reference then knows its definition by name, or failing that the
 // copy's extended data ("AcDbBlockRepBTag", whose handle names the definition) tells it; its
 // dynamic properties are kept as names and values.
-class BlockReference : public EntityImpl<host::AcDbBlockReference>, public Shape {
+class BlockReference : public ShapeEntity<host::AcDbBlockReference> {
  public:
   BlockReference() = default;
   BlockReference(host::AcDbObjectId blockTableRecord, host::AcGePoint3d position, host::AcGeScale3d scale = {},
@@ -58,7 +57,6 @@ class BlockReference : public EntityImpl<host::AcDbBlockReference>, public Shape
   std::wstring effectiveName() const;
 
   // The block's entities mapped into place, and the visible attributes.
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;

@@ -15,22 +15,6 @@ void Circle::setNormal(host::AcGeVector3d normal) {
   normal_ = normal;
 }
 
-Acad::ErrorStatus Circle::getStartParam(double& param) const {
-  param = 0.0;
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Circle::getEndParam(double& param) const {
-  param = geometry::kTwoPi;
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Circle::getDistAtParam(double param, double& dist) const {
-  if (param < 0.0 || param > geometry::kTwoPi) return Acad::eInvalidInput;
-  dist = radius_ * param;
-  return Acad::eOk;
-}
-
 Acad::ErrorStatus Circle::getArea(double& area) const {
   area = M_PI * radius_ * radius_;
   return Acad::eOk;

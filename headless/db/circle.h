@@ -2,13 +2,12 @@
 
 #include <array>
 
-#include "headless/db/entity.h"
-#include "headless/db/shape.h"
+#include "headless/db/curve.h"
 #include "host/acdbcircle.h"
 
 namespace corvane::headless {
 
-class Circle : public EntityImpl<host::AcDbCircle>, public Shape {
+class Circle : public CurveEntity<host::AcDbCircle> {
  public:
   using Point = std::array<double, 3>;
   Circle() = default;
@@ -25,17 +24,17 @@ class Circle : public EntityImpl<host::AcDbCircle>, public Shape {
   void setNormal(host::AcGeVector3d normal);
 
   bool isClosed() const override { return true; }
-  // The parameter is the angle from the x axis.
-  host::Acad::ErrorStatus getStartParam(double& param) const override;
-  host::Acad::ErrorStatus getEndParam(double& param) const override;
-  host::Acad::ErrorStatus getDistAtParam(double param, double& dist) const override;
   host::Acad::ErrorStatus getArea(double& area) const override;
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;
 
  private:
+  // The parameter is the angle from the x axis.
+  double startParam() const noexcept override { return 0.0; }
+  double endParam() const noexcept override { return geometry::kTwoPi; }
+  double distanceAt(double param) const noexcept override { return radius_ * param; }
+
   Point center_{};
   double radius_ = 1.0;
   host::AcGeVector3d normal_{0, 0, 1};

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "headless/db/entity.h"
 #include "headless/db/geometry.h"
 #include "headless/db/shape.h"
 #include "host/acdbhatch.h"
@@ -26,7 +25,7 @@ struct HatchLoop {
 
 // A hatch (HATCH): boundary loops in its object coordinate system at one elevation, a
 // pattern and the style that decides which nested loops are filled.
-class Hatch : public EntityImpl<host::AcDbHatch>, public Shape {
+class Hatch : public ShapeEntity<host::AcDbHatch> {
  public:
   using Style = geometry::HatchStyle;
   Hatch() = default;
@@ -50,7 +49,6 @@ class Hatch : public EntityImpl<host::AcDbHatch>, public Shape {
   void setNormal(host::AcGeVector3d normal);
 
   host::Acad::ErrorStatus getArea(double& area) const override;
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;

@@ -10,22 +10,6 @@ double Line::length() const noexcept {
   return std::hypot(end_[0] - start_[0], end_[1] - start_[1], end_[2] - start_[2]);
 }
 
-Acad::ErrorStatus Line::getStartParam(double& param) const {
-  param = 0.0;
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Line::getEndParam(double& param) const {
-  param = length();
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Line::getDistAtParam(double param, double& dist) const {
-  if (param < 0.0 || param > length()) return Acad::eInvalidInput;
-  dist = param;
-  return Acad::eOk;
-}
-
 Acad::ErrorStatus Line::getArea(double& area) const {
   area = 0.0;
   return Acad::eOk;

@@ -2,13 +2,12 @@
 
 #include <array>
 
-#include "headless/db/entity.h"
-#include "headless/db/shape.h"
+#include "headless/db/curve.h"
 #include "host/acdbline.h"
 
 namespace corvane::headless {
 
-class Line : public EntityImpl<host::AcDbLine>, public Shape {
+class Line : public CurveEntity<host::AcDbLine> {
  public:
   using Point = std::array<double, 3>;
   Line() = default;
@@ -23,18 +22,18 @@ class Line : public EntityImpl<host::AcDbLine>, public Shape {
   host::AcGePoint3d startPoint() const override { return host::AcGePoint3d::fromArray(start_); }
   host::AcGePoint3d endPoint() const override { return host::AcGePoint3d::fromArray(end_); }
   bool isClosed() const override { return false; }
-  // The parameter is the distance from the start.
-  host::Acad::ErrorStatus getStartParam(double& param) const override;
-  host::Acad::ErrorStatus getEndParam(double& param) const override;
-  host::Acad::ErrorStatus getDistAtParam(double param, double& dist) const override;
   // Closed by itself, a line encloses nothing.
   host::Acad::ErrorStatus getArea(double& area) const override;
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;
 
  private:
+  // The parameter is the distance from the start.
+  double startParam() const noexcept override { return 0.0; }
+  double endParam() const noexcept override { return length(); }
+  double distanceAt(double param) const noexcept override { return param; }
+
   Point start_{};
   Point end_{};
 };

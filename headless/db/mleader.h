@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "headless/db/entity.h"
 #include "headless/db/shape.h"
 #include "headless/db/texthost.h"
 #include "host/acdbobject.h"
@@ -13,7 +12,7 @@ namespace corvane::headless {
 
 // A multileader (MULTILEADER): its text, kept like a multiline text's contents (inline codes
 // included), where the text stands, and the points of its leader lines.
-class MLeader : public EntityImpl<host::AcDbEntity>, public TextHost, public Shape {
+class MLeader : public ShapeEntity<host::AcDbEntity>, public TextHost {
  public:
   MLeader() = default;
   MLeader(std::wstring contents, host::AcGePoint3d textLocation, double textHeight)
@@ -33,7 +32,6 @@ class MLeader : public EntityImpl<host::AcDbEntity>, public TextHost, public Sha
   const std::vector<std::vector<host::AcGePoint3d>>& leaderLines() const noexcept { return leaderLines_; }
   void addLeaderLine(std::vector<host::AcGePoint3d> points);
 
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;

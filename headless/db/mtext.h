@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "headless/db/compacttext.h"
-#include "headless/db/entity.h"
 #include "headless/db/shape.h"
 #include "headless/db/texthost.h"
 #include "host/acdbmtext.h"
@@ -13,7 +12,7 @@ namespace corvane::headless {
 
 // A multiline text (MTEXT). Its contents are kept with their inline formatting codes, as the
 // host keeps them.
-class MText : public EntityImpl<host::AcDbMText>, public TextHost, public Shape {
+class MText : public ShapeEntity<host::AcDbMText>, public TextHost {
  public:
   // Where the location sits on the text's box: 1 top left ... 9 bottom right, row by row.
   enum Attachment : int {
@@ -56,7 +55,6 @@ class MText : public EntityImpl<host::AcDbMText>, public TextHost, public Shape 
   // "%%d", "%%p", "%%c" symbols as their characters.
   static std::wstring plainText(std::wstring_view contents);
 
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;

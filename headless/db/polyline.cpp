@@ -8,10 +8,6 @@ namespace corvane::headless {
 
 using host::Acad;
 
-namespace {
-constexpr double kParamTolerance = 1e-9;
-}  // namespace
-
 void Polyline::setVertices(std::vector<Vertex> vertices) {
   if (vertices_ != vertices) record_.modified = true;
   vertices_ = std::move(vertices);
@@ -87,22 +83,9 @@ Acad::ErrorStatus Polyline::getBulgeAt(unsigned int index, double& bulge) const 
   return Acad::eOk;
 }
 
-Acad::ErrorStatus Polyline::getStartParam(double& param) const {
-  param = 0.0;
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Polyline::getEndParam(double& param) const {
-  param = static_cast<double>(segmentCount());
-  return Acad::eOk;
-}
-
-Acad::ErrorStatus Polyline::getDistAtParam(double param, double& dist) const {
-  const double end = static_cast<double>(segmentCount());
-  if (param < -kParamTolerance || param > end + kParamTolerance) return Acad::eInvalidInput;
-  param = std::clamp(param, 0.0, end);
+double Polyline::distanceAt(double param) const noexcept {
   const std::size_t n = vertices_.size();
-  dist = 0.0;
+  double dist = 0.0;
   std::size_t i = 0;
   for (; static_cast<double>(i + 1) <= param; ++i) {
     dist += geometry::segmentLength(vertices_[i].point, vertices_[(i + 1) % n].point, vertices_[i].bulge);
@@ -112,7 +95,7 @@ Acad::ErrorStatus Polyline::getDistAtParam(double param, double& dist) const {
   if (fraction > 0.0) {
     dist += fraction * geometry::segmentLength(vertices_[i].point, vertices_[(i + 1) % n].point, vertices_[i].bulge);
   }
-  return Acad::eOk;
+  return dist;
 }
 
 Acad::ErrorStatus Polyline::getArea(double& area) const {

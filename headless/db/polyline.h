@@ -2,16 +2,15 @@
 
 #include <vector>
 
-#include "headless/db/entity.h"
 #include "headless/db/geometry.h"
-#include "headless/db/shape.h"
+#include "headless/db/curve.h"
 #include "host/acdbpolyline.h"
 
 namespace corvane::headless {
 
 // A lightweight polyline (LWPOLYLINE): 2D vertices in its object coordinate system at one
 // elevation, each with the bulge and widths of the segment it starts.
-class Polyline : public EntityImpl<host::AcDbPolyline>, public Shape {
+class Polyline : public CurveEntity<host::AcDbPolyline> {
  public:
   using Vertex = geometry::Vertex;
   Polyline() = default;
@@ -40,18 +39,18 @@ class Polyline : public EntityImpl<host::AcDbPolyline>, public Shape {
   host::Acad::ErrorStatus getBulgeAt(unsigned int index, double& bulge) const override;
 
   bool isClosed() const override { return closed_; }
-  // Parameters run from 0 at the first vertex through 1 at the second and so on.
-  host::Acad::ErrorStatus getStartParam(double& param) const override;
-  host::Acad::ErrorStatus getEndParam(double& param) const override;
-  host::Acad::ErrorStatus getDistAtParam(double param, double& dist) const override;
   // The area of the closed outline; an open polyline closes with a straight segment.
   host::Acad::ErrorStatus getArea(double& area) const override;
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;
 
  private:
+  // Parameters run from 0 at the first vertex through 1 at the second and so on.
+  double startParam() const noexcept override { return 0.0; }
+  double endParam() const noexcept override { return static_cast<double>(segmentCount()); }
+  double distanceAt(double param) const noexcept override;
+
   std::size_t segmentCount() const noexcept;
 
   std::vector<Vertex> vertices_;

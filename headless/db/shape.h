@@ -2,6 +2,7 @@
 // reference asks it of the entities of its block, mapped into the reference's place.
 #pragma once
 
+#include "headless/db/entity.h"
 #include "headless/db/geometry.h"
 #include "host/acdbextents.h"
 #include "host/errorstatus.h"
@@ -22,5 +23,12 @@ inline host::Acad::ErrorStatus extentsOf(const Shape& shape, host::AcDbExtents& 
   extents = box;
   return host::Acad::eOk;
 }
+
+// An entity with a shape: its extents are its shape's box.
+template <typename Interface>
+class ShapeEntity : public EntityImpl<Interface>, public Shape {
+ public:
+  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
+};
 
 }  // namespace corvane::headless

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "headless/db/compacttext.h"
-#include "headless/db/entity.h"
 #include "headless/db/geometry.h"
 #include "headless/db/shape.h"
 #include "headless/db/texthost.h"
@@ -14,7 +13,7 @@
 namespace corvane::headless {
 
 template <typename Interface>
-class TextEntity : public EntityImpl<Interface>, public TextHost, public Shape {
+class TextEntity : public ShapeEntity<Interface>, public TextHost {
  public:
   TextEntity() = default;
   TextEntity(host::AcGePoint3d position, double height, std::wstring text)
@@ -50,7 +49,6 @@ class TextEntity : public EntityImpl<Interface>, public TextHost, public Shape {
     widthFactor_ = factor;
   }
 
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   // From the position along the baseline, one text height up.
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override {
     geometry::addRectangle(extents, transform, position_, rotation_, 0.0, 0.0,

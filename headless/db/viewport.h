@@ -1,13 +1,12 @@
 #pragma once
 
-#include "headless/db/entity.h"
 #include "headless/db/shape.h"
 #include "host/acdbviewport.h"
 
 namespace corvane::headless {
 
 // A viewport (VIEWPORT) of a paper-space layout.
-class Viewport : public EntityImpl<host::AcDbViewport>, public Shape {
+class Viewport : public ShapeEntity<host::AcDbViewport> {
  public:
   Viewport() = default;
   Viewport(host::AcGePoint3d center, double width, double height, int number = 2)
@@ -32,7 +31,6 @@ class Viewport : public EntityImpl<host::AcDbViewport>, public Shape {
   // Sheet units per model unit.
   double customScale() const noexcept { return viewHeight_ == 0.0 ? 0.0 : height_ / viewHeight_; }
 
-  host::Acad::ErrorStatus getGeomExtents(host::AcDbExtents& extents) const override { return extentsOf(*this, extents); }
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 
   std::optional<host::AcValue> property(std::wstring_view name) const override;

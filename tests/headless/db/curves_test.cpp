@@ -79,6 +79,8 @@ TEST(Curves, DistanceAtParameter) {
   // a half turn of radius 1 then a straight side of 2
   const auto mixed = d.addPolyline({{{0, 0}, 1.0}, {{2, 0}}, {{2, 2}}}, false);
   const auto arc = d.addArc({0, 0, 0}, 2, kPiValue / 2, kPiValue);
+  const auto line = d.addLine({0, 0, 0}, {3, 4, 0});
+  const auto circle = d.addCircle(2);
   struct Case {
     const char* name;
     host::AcDbObjectId id;
@@ -97,6 +99,13 @@ TEST(Curves, DistanceAtParameter) {
       // an arc's parameter is its angle: a quarter of pi/2 into it, radius 2
       {"arc", arc, kPiValue / 2 + kPiValue / 8, Acad::eOk, kPiValue / 4},
       {"arc before start", arc, 0.0, Acad::eInvalidInput, 0.0},
+      // a line's parameter is the distance; a rounding error past an end is the end
+      {"line mid", line, 2.5, Acad::eOk, 2.5},
+      {"line a hair past its end", line, 5.0 + 1e-12, Acad::eOk, 5.0},
+      {"line past its end", line, 5.001, Acad::eInvalidInput, 0.0},
+      {"circle a hair before its start", circle, -1e-12, Acad::eOk, 0.0},
+      {"circle full turn", circle, 2 * kPiValue, Acad::eOk, 4 * kPiValue},
+      {"circle past a full turn", circle, 2 * kPiValue + 0.01, Acad::eInvalidInput, 0.0},
   };
   for (const auto& c : cases) {
     host::AcDbObjectPointer<host::AcDbCurve> curve(d.host, c.id, host::AcDb::kForRead);
