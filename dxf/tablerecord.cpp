@@ -60,6 +60,10 @@ struct LegacyTable {
   std::vector<LegacyCell> cells;
   std::size_t cellsBegin = kNoIndex;
   std::size_t cellsEnd = kNoIndex;
+  // Whether cells keep their texts in value blocks: from R2007 on, and in any record read
+  // with them. The last cell ends with its value block, so a record whose tags go on after
+  // it has to keep that form, or those tags would be read as the last cell's text.
+  bool valueBlocks = false;
 };
 
 double real(const Document& doc, const Tag& tag) { return doc.toDouble(tag).value_or(0.0); }
@@ -179,6 +183,8 @@ std::optional<LegacyTable> scanLegacy(const Document& doc, RecordId record, cons
   }
   closeCell(end, true);
   table.cellsEnd = table.cells.empty() ? kNoIndex : table.cells.back().end;
+  table.valueBlocks = doc.isUnicodeVersion() ||
+                      std::any_of(table.cells.begin(), table.cells.end(), [](const LegacyCell& c) { return c.value; });
   if (table.rowCountIndex == kNoIndex || table.columnCountIndex == kNoIndex) {
     error = "the table record has no row or column count";
     return std::nullopt;
@@ -258,8 +264,8 @@ std::size_t fieldPosition(const std::vector<NewTag>& group) {
 }
 
 void appendCellText(std::vector<NewTag>& out, const Document& doc, const headless::TableCell& cell,
-                    const headless::Database& db, const ValueBlock* old) {
-  if (doc.isUnicodeVersion()) {
+                    const headless::Database& db, bool valueBlock, const ValueBlock* old) {
+  if (valueBlock) {
     out.push_back({301, "CELL_VALUE"});
     ValueStyle style;
     if (old) style.flags = old->flags;
@@ -272,8 +278,9 @@ void appendCellText(std::vector<NewTag>& out, const Document& doc, const headles
 }
 
 // A changed cell's group, starting from the group of the cell it came from.
-void appendChangedCell(std::vector<NewTag>& out, const Document& doc, std::span<const Tag> tags, const LegacyCell& old,
-                       const headless::TableCell& cell, const MergeState& merge, const headless::Database& db) {
+void appendChangedCell(std::vector<NewTag>& out, const Document& doc, std::span<const Tag> tags,
+                       const LegacyTable& table, const LegacyCell& old, const headless::TableCell& cell,
+                       const MergeState& merge, const headless::Database& db) {
   const bool block = cell.type == host::AcDb::kBlockCell;
   const bool wasBlock = old.type == 2;
   std::vector<NewTag> group;
@@ -307,7 +314,7 @@ void appendChangedCell(std::vector<NewTag>& out, const Document& doc, std::span<
                   NewTag::integer(179, 0)});
   }
   out.insert(out.end(), group.begin(), group.end());
-  appendCellText(out, doc, cell, db, old.value ? &*old.value : nullptr);
+  appendCellText(out, doc, cell, db, table.valueBlocks, old.value ? &*old.value : nullptr);
 }
 
 AcGeVector3d unitVector(const AcGeVector3d& v) {
@@ -538,8 +545,10 @@ std::vector<std::uint64_t> resolveTableLinks(const headless::Database& db, headl
   return unknown;
 }
 
-void appendTableCell(std::vector<NewTag>& out, const Document& doc, const headless::Table& table, int row,
-                     int column) {
+namespace {
+
+void appendNewCell(std::vector<NewTag>& out, const Document& doc, const headless::Table& table, int row, int column,
+                   bool valueBlock) {
   const headless::Database& db = *table.record().database;
   const headless::TableCell& cell = table.cell(row, column);
   const MergeState merge = mergeState(table, row, column);
@@ -561,7 +570,14 @@ void appendTableCell(std::vector<NewTag>& out, const Document& doc, const headle
     out.push_back(NewTag::handle(344, field));
   }
   if (doc.isUnicodeVersion()) out.push_back(NewTag::integer(92, 0));
-  appendCellText(out, doc, cell, db, nullptr);
+  appendCellText(out, doc, cell, db, valueBlock, nullptr);
+}
+
+}  // namespace
+
+void appendTableCell(std::vector<NewTag>& out, const Document& doc, const headless::Table& table, int row,
+                     int column) {
+  appendNewCell(out, doc, table, row, column, doc.isUnicodeVersion());
 }
 
 Status writeTable(Document& doc, RecordId record, const headless::Table& table) {
@@ -610,11 +626,11 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
         const bool untouched =
             old && !cell.edited && MergeState{old->covered, old->mergeWidth, old->mergeHeight} == merge;
         if (!old) {
-          appendTableCell(cells, doc, table, r, c);
+          appendNewCell(cells, doc, table, r, c, legacy->valueBlocks);
         } else if (untouched || legacyHolds(*old, cell, merge, *db)) {
           for (std::size_t i = old->begin; i < old->end; ++i) cells.push_back({tags[i].code, doc.valueText(tags[i])});
         } else {
-          appendChangedCell(cells, doc, tags, *old, cell, merge, *db);
+          appendChangedCell(cells, doc, tags, *legacy, *old, cell, merge, *db);
         }
         if (sameGrid && old && cell.edited && old->text != escapeControlCharacters(cell.text) &&
             cell.type != host::AcDb::kBlockCell) {
