@@ -609,7 +609,22 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
     return Status::failure("the table record's row heights and column widths are not where rows can be added");
   }
 
-  // The cells first: they are the record's last part, so the indices found before them stay good.
+  // Tags replaced one for one come first, while every index found is good: the insertion
+  // point's subclass may follow the table's, after the cells. Then the runs whose length
+  // changes, from the back: the cells, then the sizes, which the scan finds only before them.
+  setTag(doc, record, legacy->columnCountIndex, NewTag::integer(92, table.numColumns()));
+  setTag(doc, record, legacy->rowCountIndex, NewTag::integer(91, table.numRows()));
+  // The table keeps its direction as a unit vector; the record's stays as spelt while it
+  // points the same way.
+  const AcGeVector3d d = table.direction();
+  if (legacy->directionIndex != kNoIndex && !(unitVector(legacy->direction) == d)) {
+    setPoint(doc, record, legacy->directionIndex, 11, d.x, d.y, d.z);
+  }
+  if (legacy->insertIndex != kNoIndex) {
+    const AcGePoint3d p = table.position();
+    setPoint(doc, record, legacy->insertIndex, 10, p.x, p.y, p.z);
+  }
+
   std::vector<NewTag> cells;
   std::vector<TextChange> changes;
   {
@@ -648,18 +663,6 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
     replaceTags(doc, record, sizeIndices.front(), sizeIndices.back() + 1, sizes);
   } else {
     for (std::size_t i = sizeIndices.size(); i-- > 0;) setTag(doc, record, sizeIndices[i], sizes[i]);
-  }
-  setTag(doc, record, legacy->columnCountIndex, NewTag::integer(92, table.numColumns()));
-  setTag(doc, record, legacy->rowCountIndex, NewTag::integer(91, table.numRows()));
-  // The table keeps its direction as a unit vector; the record's stays as spelt while it
-  // points the same way.
-  const AcGeVector3d d = table.direction();
-  if (legacy->directionIndex != kNoIndex && !(unitVector(legacy->direction) == d)) {
-    setPoint(doc, record, legacy->directionIndex, 11, d.x, d.y, d.z);
-  }
-  if (legacy->insertIndex != kNoIndex) {
-    const AcGePoint3d p = table.position();
-    setPoint(doc, record, legacy->insertIndex, 10, p.x, p.y, p.z);
   }
 
   if (content) writeTableContent(doc, *content, table, *db);

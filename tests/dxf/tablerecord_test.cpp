@@ -442,7 +442,8 @@ TEST(TableRecord, InsertedRowsAndColumnsAreWrittenLikeTheirModels) {
 }
 
 // A changed cell reads back as written wherever the record's other tags stand: after the last
-// cell of a record that keeps value blocks before R2007 (the last cell ends with its block).
+// cell of a record that keeps value blocks before R2007 (the last cell ends with its block), or
+// in an insertion point whose subclass follows the cells.
 TEST(TableRecord, ChangedCellsReadBackWhereverTheRecordsOtherTagsStand) {
   using testing::TagText;
   const auto join = [](std::initializer_list<std::vector<TagText>> parts) {
@@ -457,6 +458,8 @@ TEST(TableRecord, ChangedCellsReadBackWhereverTheRecordsOtherTagsStand) {
   const std::vector<TagText> cell = {{171, "1"}, {173, "0"}, {175, "1"}, {176, "1"}, {301, "CELL_VALUE"},
                                      {93, "2"},  {90, "4"},  {1, "old"}, {94, "0"},  {300, ""},
                                      {302, "old"}, {304, "ACVALUE_END"}};
+  // A cell with its text in 1 grows by a value block when written from R2007 on.
+  const std::vector<TagText> plainCell = {{171, "1"}, {173, "0"}, {175, "1"}, {176, "1"}, {1, "old"}};
   const TagText after = {1, "after the cells"};
   using OpenTable = host::AcDbObjectPointer<host::AcDbTable>;
   const auto putText = [](OpenTable& t) { return t->setTextString(0, 0, L"new"); };
@@ -475,6 +478,7 @@ TEST(TableRecord, ChangedCellsReadBackWhereverTheRecordsOtherTagsStand) {
        0},
       {"value blocks before R2007, a row added last", "AC1018", join({entity, reference, grid, cell, {after}}), addRow,
        1},
+      {"insertion point after cells that grow", "AC1032", join({entity, grid, plainCell, reference}), putText, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
