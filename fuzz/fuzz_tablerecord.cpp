@@ -11,6 +11,7 @@
 #include "dxf/document.h"
 #include "dxf/recordview.h"
 #include "dxf/tablerecord.h"
+#include "dxf/textpieces.h"
 #include "headless/database.h"
 #include "headless/hostapplication.h"
 #include "headless/table.h"
@@ -42,11 +43,17 @@ headless::Table* readInto(const dxf::Document& doc, dxf::RecordId id, headless::
   return raw;
 }
 
+// Texts compare as a file spells them. They are held as stored, so a control character read
+// raw (which a line should not hold) stays raw while its cell is kept, and comes back as its
+// caret escape once the cell is written anew.
 bool sameCells(const headless::Table& a, const headless::Table& b) {
   if (a.numRows() != b.numRows() || a.numColumns() != b.numColumns()) return false;
   for (int r = 0; r < a.numRows(); ++r) {
     for (int c = 0; c < a.numColumns(); ++c) {
-      if (a.textString(r, c) != b.textString(r, c) || a.contentType(r, c) != b.contentType(r, c)) return false;
+      if (dxf::escapeControlCharacters(a.textString(r, c)) != dxf::escapeControlCharacters(b.textString(r, c)) ||
+          a.contentType(r, c) != b.contentType(r, c)) {
+        return false;
+      }
     }
   }
   return true;
