@@ -29,7 +29,7 @@ class FuzzBinding : public corvane::ExprBinding {
   int OwnerTableColumns() const override { return 3; }
   std::optional<std::wstring> OwnerTableCell(int row, int column) override {
     static const wchar_t* const cells[] = {L"1", L"2.5", L"x", L"", L"-4", L"1E+05", L"7,8", L"TRUE", L"PI", L"A1",
-                                           L"\x13" L"q", L"1/0"};
+                                           L"\x13q", L"1/0"};
     return cells[(row - 1) * 3 + (column - 1)];
   }
   std::optional<std::wstring> ObjectProperty(std::wstring_view handle, std::wstring_view property) override {

@@ -16,7 +16,7 @@ namespace corvane::headless {
 
 using host::Acad;
 
-HostApplication::HostApplication() : engine_(std::make_unique<FieldEngine>(*this)) {}
+HostApplication::HostApplication() : engine_(std::make_unique<FieldEngine>()) {}
 
 HostApplication::~HostApplication() = default;
 

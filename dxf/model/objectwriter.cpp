@@ -288,7 +288,9 @@ bool ObjectWriter::writeProperties(RecordId id, const host::AcDbObject& object) 
   }
   if (const auto* line = dynamic_cast<const headless::Line*>(&object)) {
     Subclass own(doc_, id, "AcDbLine");
-    return own.setPoint(10, line->startPoint()) | own.setPoint(11, line->endPoint());
+    bool changed = own.setPoint(10, line->startPoint());
+    changed |= own.setPoint(11, line->endPoint());
+    return changed;
   }
   if (const auto* arc = dynamic_cast<const headless::Arc*>(&object)) {
     Subclass circle(doc_, id, "AcDbCircle");
@@ -302,7 +304,9 @@ bool ObjectWriter::writeProperties(RecordId id, const host::AcDbObject& object) 
   }
   if (const auto* circle = dynamic_cast<const headless::Circle*>(&object)) {
     Subclass own(doc_, id, "AcDbCircle");
-    return own.setPoint(10, circle->center()) | own.setReal(40, circle->radius());
+    bool changed = own.setPoint(10, circle->center());
+    changed |= own.setReal(40, circle->radius());
+    return changed;
   }
   if (const auto* reference = dynamic_cast<const headless::BlockReference*>(&object)) {
     Subclass own(doc_, id, "AcDbBlockReference");

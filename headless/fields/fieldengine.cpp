@@ -56,7 +56,7 @@ class WriteOpen {
 
 }  // namespace
 
-FieldEngine::FieldEngine(HostApplication& host) : host_(host) {
+FieldEngine::FieldEngine() {
   own_.push_back(makeTextEvaluator());
   own_.push_back(makeVariableEvaluator());
   own_.push_back(makeObjectPropertyEvaluator());

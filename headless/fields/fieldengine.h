@@ -12,11 +12,10 @@ namespace corvane::headless {
 
 class Database;
 class Field;
-class HostApplication;
 
 class FieldEngine : public host::AcFdFieldEngine {
  public:
-  explicit FieldEngine(HostApplication& host);
+  FieldEngine();
   ~FieldEngine() override;
 
   host::Acad::ErrorStatus registerEvaluatorLoader(host::AcFdFieldEvaluatorLoader* loader) override;
@@ -41,7 +40,6 @@ class FieldEngine : public host::AcFdFieldEngine {
   void evaluateOne(Field& field, Database& db, int context, BatchResult& result);
   void updateHostTexts(Database& db, const std::vector<host::AcDbObjectId>& topLevel);
 
-  HostApplication& host_;
   std::vector<host::AcFdFieldEvaluatorLoader*> loaders_;
   std::vector<host::AcFdFieldReactor*> reactors_;
   std::vector<std::unique_ptr<host::AcFdFieldEvaluator>> own_;  // "_text", "AcVar", "AcObjProp"

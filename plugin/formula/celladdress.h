@@ -27,6 +27,15 @@ struct CellRange {
 };
 std::optional<CellRange> ParseCellRange(std::wstring_view text) noexcept;
 
+// What is wrong with a text written as a cell address ("$", letters, "$", digits), as a message
+// naming it: more than two column letters, or row 0. nullopt for a good address and for a text
+// not written as one.
+std::optional<std::wstring> CellAddressProblem(std::wstring_view text);
+// The same for a text written as a range: a ":" with an address's start (a letter or "$") on
+// one side. A half range, a second ":" and a side that is no address are named too; "12:30"
+// is no range.
+std::optional<std::wstring> CellRangeProblem(std::wstring_view text);
+
 // The address of a 1-based row and column: one letter up to column 26, two above ("AB3" for
 // column 28); past "ZZ" the first character runs on beyond "Z". A row or column below 1 is
 // reported in a message box and gives an empty text.

@@ -236,11 +236,23 @@ void ExprEngine::run(std::vector<std::wstring>& stack) {
           callFunction(step.function, token, stack);
         } else {
           // Operands wait on the stack as written; names are looked up when consumed.
+          checkCellReference(token);
           stack.emplace_back(token);
         }
         break;
     }
   }
+}
+
+void ExprEngine::checkCellReference(std::wstring_view operand) const {
+  // A cell reference typed wrong would otherwise go on as plain text and fail far from its
+  // cause. Only names as typed are checked: texts the formula makes may hold a ":" of their
+  // own, and so may string literals. Without a table a bare name may be a system variable
+  // ("USERI1").
+  if (operand.starts_with(StringMarker) || operand.find(L'!') != std::wstring_view::npos) return;
+  auto problem = CellRangeProblem(operand);
+  if (!problem && binding_.HasOwnerTable()) problem = CellAddressProblem(operand);
+  if (problem) throw ExprError(std::move(*problem));
 }
 
 void ExprEngine::resolve(std::wstring& value) {

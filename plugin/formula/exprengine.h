@@ -48,6 +48,9 @@ class ExprEngine {
   void prepareLists();
   void callFunction(int index, std::wstring_view name, std::vector<std::wstring>& stack);
   void run(std::vector<std::wstring>& stack);
+  // Throws ExprError naming the bad address of an operand written as a cell range, or while a
+  // table is bound as a cell address, that cannot be one.
+  void checkCellReference(std::wstring_view operand) const;
   // Replaces `value` by the variable's value when it names one.
   void resolve(std::wstring& value);
   bool lookUp(const std::wstring& key);

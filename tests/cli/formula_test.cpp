@@ -39,6 +39,10 @@ TEST(FormulaCommand, PrintsOneLinePerExpression) {
       {{"formula", "LTSCALE*2", "ACAD_FIELD('%\x1f<\x1f\\\x1f""AcVar LUPREC>\x1f%')*3"}, "2\n12\n"},
       {{"formula", "A1", "1F!Radius", "x"}, "A1\n1F!Radius\nx\n"},
       {{"formula", "UCASE('\xc3\xa9t\xc3\xa9')"}, "\xc3\x89T\xc3\x89\n"},
+      // A mistyped range names its bad address, with or without a table.
+      {{"formula", "SUM(A1:ZZZ999999)", "SUM(A0:B2)", "SUM(B2:)"},
+       "Cell address [ZZZ999999] has more than two column letters.\n"
+       "Cell address [A0] has row 0; rows start at 1.\nCell range [B2:] has no cell address after its \":\".\n"},
   };
   for (const auto& c : cases) {
     const CommandRun r = run(c.args);
@@ -67,11 +71,12 @@ TEST(FormulaCommand, BindsATableOfADrawing) {
   const std::string sample = corvane::testing::sampleDrawing("ezdxf-acad_table_simple.dxf").string();
   // The sample's table (handle 9C): "Title" over the numbers 1 to 6 in two rows of three.
   const CommandRun bound = run({"formula", "--drawing", sample, "--table", "9C", "--", "A2+B3", "SUM(A2:C3)",
-                                "AVG(A2:C2)", "A1 & '!'", "LUNITS"});
+                                "AVG(A2:C2)", "A1 & '!'", "LUNITS", "SUM(C3:A2)", "SUM(A2:AAA3)", "A0*2"});
   EXPECT_EQ(bound.exitCode, 0);
   // AVG divides by its arguments (one range), not by the cells; with a table bound, a bare name
   // is a property of the table, so the system variable is not asked for.
-  EXPECT_EQ(bound.out, "6\n21\n6\nTitle!\nLUNITS\n");
+  EXPECT_EQ(bound.out, "6\n21\n6\nTitle!\nLUNITS\n21\nCell address [AAA3] has more than two column letters.\n"
+                       "Cell address [A0] has row 0; rows start at 1.\n");
   for (const char* handle : {"1", "ZZ", "9D"}) {
     const CommandRun wrong = run({"formula", "--drawing", sample, "--table", handle, "A1"});
     EXPECT_EQ(wrong.exitCode, 1) << handle;

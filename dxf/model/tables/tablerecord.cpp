@@ -59,6 +59,10 @@ struct LegacyTable {
   std::vector<LegacyCell> cells;
   std::size_t cellsBegin = kNoIndex;
   std::size_t cellsEnd = kNoIndex;
+  // Whether cells keep their texts in value blocks: from R2007 on, and in any record read
+  // with them. The last cell ends with its value block, so a record whose tags go on after
+  // it has to keep that form, or those tags would be read as the last cell's text.
+  bool valueBlocks = false;
 };
 
 double real(const Document& doc, const Tag& tag) { return doc.toDouble(tag).value_or(0.0); }
@@ -178,6 +182,8 @@ std::optional<LegacyTable> scanLegacy(const Document& doc, RecordId record, cons
   }
   closeCell(end, true);
   table.cellsEnd = table.cells.empty() ? kNoIndex : table.cells.back().end;
+  table.valueBlocks = doc.isUnicodeVersion() ||
+                      std::any_of(table.cells.begin(), table.cells.end(), [](const LegacyCell& c) { return c.value; });
   if (table.rowCountIndex == kNoIndex || table.columnCountIndex == kNoIndex) {
     error = "the table record has no row or column count";
     return std::nullopt;
@@ -257,8 +263,8 @@ std::size_t fieldPosition(const std::vector<NewTag>& group) {
 }
 
 void appendCellText(std::vector<NewTag>& out, const Document& doc, const headless::TableCell& cell,
-                    const headless::Database& db, const ValueBlock* old) {
-  if (doc.isUnicodeVersion()) {
+                    const headless::Database& db, bool valueBlock, const ValueBlock* old) {
+  if (valueBlock) {
     out.push_back({301, "CELL_VALUE"});
     ValueStyle style;
     if (old) style.flags = old->flags;
@@ -271,8 +277,9 @@ void appendCellText(std::vector<NewTag>& out, const Document& doc, const headles
 }
 
 // A changed cell's group, starting from the group of the cell it came from.
-void appendChangedCell(std::vector<NewTag>& out, const Document& doc, std::span<const Tag> tags, const LegacyCell& old,
-                       const headless::TableCell& cell, const MergeState& merge, const headless::Database& db) {
+void appendChangedCell(std::vector<NewTag>& out, const Document& doc, std::span<const Tag> tags,
+                       const LegacyTable& table, const LegacyCell& old, const headless::TableCell& cell,
+                       const MergeState& merge, const headless::Database& db) {
   const bool block = cell.type == host::AcDb::kBlockCell;
   const bool wasBlock = old.type == 2;
   std::vector<NewTag> group;
@@ -306,7 +313,7 @@ void appendChangedCell(std::vector<NewTag>& out, const Document& doc, std::span<
                   NewTag::integer(179, 0)});
   }
   out.insert(out.end(), group.begin(), group.end());
-  appendCellText(out, doc, cell, db, old.value ? &*old.value : nullptr);
+  appendCellText(out, doc, cell, db, table.valueBlocks, old.value ? &*old.value : nullptr);
 }
 
 AcGeVector3d unitVector(const AcGeVector3d& v) {
@@ -537,8 +544,10 @@ std::vector<std::uint64_t> resolveTableLinks(const headless::Database& db, headl
   return unknown;
 }
 
-void appendTableCell(std::vector<NewTag>& out, const Document& doc, const headless::Table& table, int row,
-                     int column) {
+namespace {
+
+void appendNewCell(std::vector<NewTag>& out, const Document& doc, const headless::Table& table, int row, int column,
+                   bool valueBlock) {
   const headless::Database& db = *table.record().database;
   const headless::TableCell& cell = table.cell(row, column);
   const MergeState merge = mergeState(table, row, column);
@@ -560,7 +569,14 @@ void appendTableCell(std::vector<NewTag>& out, const Document& doc, const headle
     out.push_back(NewTag::handle(344, field));
   }
   if (doc.isUnicodeVersion()) out.push_back(NewTag::integer(92, 0));
-  appendCellText(out, doc, cell, db, nullptr);
+  appendCellText(out, doc, cell, db, valueBlock, nullptr);
+}
+
+}  // namespace
+
+void appendTableCell(std::vector<NewTag>& out, const Document& doc, const headless::Table& table, int row,
+                     int column) {
+  appendNewCell(out, doc, table, row, column, doc.isUnicodeVersion());
 }
 
 Status writeTable(Document& doc, RecordId record, const headless::Table& table) {
@@ -592,7 +608,22 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
     return Status::failure("the table record's row heights and column widths are not where rows can be added");
   }
 
-  // The cells first: they are the record's last part, so the indices found before them stay good.
+  // Tags replaced one for one come first, while every index found is good: the insertion
+  // point's subclass may follow the table's, after the cells. Then the runs whose length
+  // changes, from the back: the cells, then the sizes, which the scan finds only before them.
+  setTag(doc, record, legacy->columnCountIndex, NewTag::integer(92, table.numColumns()));
+  setTag(doc, record, legacy->rowCountIndex, NewTag::integer(91, table.numRows()));
+  // The table keeps its direction as a unit vector; the record's stays as spelt while it
+  // points the same way.
+  const AcGeVector3d d = table.direction();
+  if (legacy->directionIndex != kNoIndex && !(unitVector(legacy->direction) == d)) {
+    setPoint(doc, record, legacy->directionIndex, 11, d.x, d.y, d.z);
+  }
+  if (legacy->insertIndex != kNoIndex) {
+    const AcGePoint3d p = table.position();
+    setPoint(doc, record, legacy->insertIndex, 10, p.x, p.y, p.z);
+  }
+
   std::vector<NewTag> cells;
   std::vector<TextChange> changes;
   {
@@ -609,11 +640,11 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
         const bool untouched =
             old && !cell.edited && MergeState{old->covered, old->mergeWidth, old->mergeHeight} == merge;
         if (!old) {
-          appendTableCell(cells, doc, table, r, c);
+          appendNewCell(cells, doc, table, r, c, legacy->valueBlocks);
         } else if (untouched || legacyHolds(*old, cell, merge, *db)) {
           for (std::size_t i = old->begin; i < old->end; ++i) cells.push_back({tags[i].code, doc.valueText(tags[i])});
         } else {
-          appendChangedCell(cells, doc, tags, *old, cell, merge, *db);
+          appendChangedCell(cells, doc, tags, *legacy, *old, cell, merge, *db);
         }
         if (sameGrid && old && cell.edited && old->text != cell.text &&
             cell.type != host::AcDb::kBlockCell) {
@@ -631,18 +662,6 @@ Status writeTable(Document& doc, RecordId record, const headless::Table& table) 
     replaceTags(doc, record, sizeIndices.front(), sizeIndices.back() + 1, sizes);
   } else {
     for (std::size_t i = sizeIndices.size(); i-- > 0;) setTag(doc, record, sizeIndices[i], sizes[i]);
-  }
-  setTag(doc, record, legacy->columnCountIndex, NewTag::integer(92, table.numColumns()));
-  setTag(doc, record, legacy->rowCountIndex, NewTag::integer(91, table.numRows()));
-  // The table keeps its direction as a unit vector; the record's stays as spelt while it
-  // points the same way.
-  const AcGeVector3d d = table.direction();
-  if (legacy->directionIndex != kNoIndex && !(unitVector(legacy->direction) == d)) {
-    setPoint(doc, record, legacy->directionIndex, 11, d.x, d.y, d.z);
-  }
-  if (legacy->insertIndex != kNoIndex) {
-    const AcGePoint3d p = table.position();
-    setPoint(doc, record, legacy->insertIndex, 10, p.x, p.y, p.z);
   }
 
   if (content) writeTableContent(doc, *content, table, *db);

@@ -53,6 +53,33 @@ TEST(CellAddress, ParsesRangesOfTwoAddresses) {
   }
 }
 
+TEST(CellAddress, NamesWhatIsWrongWithAMistypedAddressOrRange) {
+  struct Case {
+    const wchar_t* text;
+    const wchar_t* address;  // CellAddressProblem; empty: none
+    const wchar_t* range;    // CellRangeProblem; empty: none
+  } const cases[] = {
+      {L"A1", L"", L""},  {L"$ZZ$9", L"", L""},  {L"A1:$B$2", L"", L""},  {L"C3:A1", L"", L""},
+      {L"ZZZ9", L"Cell address [ZZZ9] has more than two column letters.", L""},
+      {L"A0", L"Cell address [A0] has row 0; rows start at 1.", L""},
+      {L"$b$000", L"Cell address [$b$000] has row 0; rows start at 1.", L""},
+      // Not written as an address or a range: names and texts of their own.
+      {L"USER", L"", L""},  {L"1A", L"", L""},  {L"A1B", L"", L""},  {L"12:30", L"", L""},  {L"", L"", L""},
+      {L"A1:ZZZ999999", L"", L"Cell address [ZZZ999999] has more than two column letters."},
+      {L"A0:B2", L"", L"Cell address [A0] has row 0; rows start at 1."},
+      {L"A1:", L"", L"Cell range [A1:] has no cell address after its \":\"."},
+      {L":$B3", L"", L"Cell range [:$B3] has no cell address before its \":\"."},
+      {L"A1:B2:C3", L"", L"Cell range [A1:B2:C3] has more than one \":\"."},
+      {L"A1:12", L"", L"Cell address [12] has no column letters."},
+      {L"A:B2", L"", L"Cell address [A] has no row number."},
+      {L"A1B:C2", L"", L"Cell address [A1B] does not end with its row number."},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(CellAddressProblem(c.text).value_or(L""), c.address) << c.text;
+    EXPECT_EQ(CellRangeProblem(c.text).value_or(L""), c.range) << c.text;
+  }
+}
+
 }  // namespace
 }  // namespace corvane
 

@@ -32,7 +32,8 @@ void expectAll(TestExprBinding& binding, const std::vector<Case>& cases) {
 
 TEST(ExprBinding, SystemVariablesAndObjectPropertiesWithoutOwner) {
   TestExprBinding binding;
-  binding.systemVariables = {{L"X", L"12"}, {L"LUNITS", L"2"}, {L"LARGE", L"1E+05"}, {L"BLANK", L""}, {L"!Q", L"7"}};
+  binding.systemVariables = {{L"X", L"12"},     {L"LUNITS", L"2"}, {L"LARGE", L"1E+05"},
+                             {L"BLANK", L""},   {L"!Q", L"7"},     {L"USERI1", L"5"}};
   binding.properties = {{{L"1F", L"RADIUS"}, L"2.5"}, {{L"1F", L"LAYER"}, L"Walls"}};
   expectAll(binding, {
                          {L"x", true, L"12"},
@@ -53,6 +54,11 @@ TEST(ExprBinding, SystemVariablesAndObjectPropertiesWithoutOwner) {
                          {L"2A!Radius", true, L"2A!Radius"},
                          {L"!q", true, L"7"},  // "!" first: asked as a system variable
                          {L"VX_SELF('W')", false, L"Variable [_SELFBLOCK.W] not defined"},
+                         // Without a table a name shaped like an address may be a variable; a range is none.
+                         {L"useri1*2", true, L"10"},
+                         {L"SUM(A1:ZZZ999999)", false, L"Cell address [ZZZ999999] has more than two column letters."},
+                         {L"'Total:' & x", true, L"Total:12"},  // a made text with a ":" is no range
+                         {L"'room A:ZZZ1' & ''", true, L"room A:ZZZ1"},  // nor is a quoted one
                      });
 }
 
@@ -107,6 +113,13 @@ TEST(ExprBinding, OwnerTableCellsAndRanges) {
                          {L"SUM(D1:E2)", false, L"SUM requires at least two operands."},
                          {L"UCASE(A3)", false, L"Variable [A3] not defined"},  // an empty cell
                          {L"x", true, L"x"},                 // with a table, system variables are not asked
+                         // Mistyped references name the bad address instead of going on as text.
+                         {L"SUM(A1:ZZZ9)", false, L"Cell address [ZZZ9] has more than two column letters."},
+                         {L"SUM(a0:b2)", false, L"Cell address [a0] has row 0; rows start at 1."},
+                         {L"AVG(A1:)", false, L"Cell range [A1:] has no cell address after its \":\"."},
+                         {L"ABC1+1", false, L"Cell address [ABC1] has more than two column letters."},
+                         {L"A0 & '!'", false, L"Cell address [A0] has row 0; rows start at 1."},
+                         {L"12:30", true, L"12:30"},
                      });
 }
 

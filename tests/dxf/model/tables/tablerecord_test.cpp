@@ -441,6 +441,71 @@ TEST(TableRecord, InsertedRowsAndColumnsAreWrittenLikeTheirModels) {
                  "drawn 1|2|3|4|5|6|7|Title|last\n");
 }
 
+// A changed cell reads back as written wherever the record's other tags stand: after the last
+// cell of a record that keeps value blocks before R2007 (the last cell ends with its block), or
+// in an insertion point whose subclass follows the cells.
+TEST(TableRecord, ChangedCellsReadBackWhereverTheRecordsOtherTagsStand) {
+  using testing::TagText;
+  const auto join = [](std::initializer_list<std::vector<TagText>> parts) {
+    std::vector<TagText> out;
+    for (const auto& part : parts) out.insert(out.end(), part.begin(), part.end());
+    return out;
+  };
+  const std::vector<TagText> entity = {{0, "ACAD_TABLE"}, {5, "40"}, {100, "AcDbEntity"}, {8, "0"}};
+  const std::vector<TagText> reference = {{100, "AcDbBlockReference"}, {2, "*T1"}, {10, "1.0"}, {20, "2.0"},
+                                          {30, "0.0"}};
+  const std::vector<TagText> grid = {{100, "AcDbTable"}, {91, "1"}, {92, "1"}, {141, "5.0"}, {142, "20.0"}};
+  const std::vector<TagText> cell = {{171, "1"}, {173, "0"}, {175, "1"}, {176, "1"}, {301, "CELL_VALUE"},
+                                     {93, "2"},  {90, "4"},  {1, "old"}, {94, "0"},  {300, ""},
+                                     {302, "old"}, {304, "ACVALUE_END"}};
+  // A cell with its text in 1 grows by a value block when written from R2007 on.
+  const std::vector<TagText> plainCell = {{171, "1"}, {173, "0"}, {175, "1"}, {176, "1"}, {1, "old"}};
+  const TagText after = {1, "after the cells"};
+  using OpenTable = host::AcDbObjectPointer<host::AcDbTable>;
+  const auto putText = [](OpenTable& t) { return t->setTextString(0, 0, L"new"); };
+  const auto addRow = [](OpenTable& t) {
+    const auto es = t->insertRowsAndInherit(1, 0, 1);
+    return es == host::Acad::eOk ? t->setTextString(1, 0, L"new") : es;
+  };
+  struct Case {
+    const char* name;
+    const char* version;
+    std::vector<TagText> record;
+    std::function<host::Acad::ErrorStatus(OpenTable&)> edit;
+    int row;  // of the changed cell
+  } const cases[] = {
+      {"value blocks before R2007, a tag after them", "AC1018", join({entity, reference, grid, cell, {after}}), putText,
+       0},
+      {"value blocks before R2007, a row added last", "AC1018", join({entity, reference, grid, cell, {after}}), addRow,
+       1},
+      {"insertion point after cells that grow", "AC1032", join({entity, grid, plainCell, reference}), putText, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Loaded loaded(testing::asciiDxf(testing::drawing(c.version, c.record)));
+    headless::Table* table = loaded.table(0x40);
+    ASSERT_NE(table, nullptr);
+    {
+      OpenTable open(loaded.drawing.host, table->objectId(), host::AcDb::kForWrite);
+      ASSERT_TRUE(open);
+      ASSERT_EQ(c.edit(open), host::Acad::eOk);
+    }
+    const Status status = writeTable(*loaded.doc, loaded.record(0x40), *table);
+    ASSERT_TRUE(status) << status.message();
+    const auto written = tagTexts(*loaded.doc, loaded.record(0x40));
+    EXPECT_EQ(std::count(written.begin(), written.end(), "1 after the cells"),
+              std::count(c.record.begin(), c.record.end(), after));
+
+    Loaded again(loaded.bytes());
+    std::string error;
+    headless::Table* reread = again.table(0x40, nullptr, &error);
+    ASSERT_NE(reread, nullptr) << error;
+    EXPECT_EQ(reread->textString(c.row, 0), L"new");
+    EXPECT_EQ(reread->textString(0, 0), c.row == 0 ? L"new" : L"old");
+    EXPECT_EQ(reread->position(), (host::AcGePoint3d{1.0, 2.0, 0.0}));
+  }
+}
+
 // ---- new tables ---------------------------------------------------------------------------------
 
 // The smallest R2018 drawing with the structure a table needs and no table style.
