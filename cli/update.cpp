@@ -3,6 +3,7 @@
 #include <string>
 
 #include "commands.h"
+#include "drawingsave.h"
 #include "dxf/drawingfile.h"
 #include "headless/database.h"
 #include "headless/fieldengine.h"
@@ -16,6 +17,7 @@ namespace {
 struct UpdateOptions {
   std::string drawing;
   std::string output;
+  bool force = false;
 };
 
 int updateFields(const UpdateOptions& options) {
@@ -34,9 +36,10 @@ int updateFields(const UpdateOptions& options) {
   host.engine().evaluateFields(&drawing.database(), {}, host::AcDbField::kDemand, &batch);
   app.onUnload();
 
-  const dxf::Status saved = options.output.empty() ? drawing.save() : drawing.saveAs(options.output);
+  const dxf::SaveOptions save = saveOptions(options.force);
+  const dxf::Status saved = options.output.empty() ? drawing.save(save) : drawing.saveAs(options.output, save);
   if (!saved) {
-    std::fprintf(stderr, "corvane update: %s\n", saved.message().c_str());
+    reportSaveFailure("update", saved);
     return 1;
   }
   std::printf("Evaluated %d of %d fields; saved %s\n", batch.evaluated, batch.found,
@@ -52,6 +55,7 @@ void addUpdateCommand(CLI::App& app, Action& action) {
       "update", "Evaluate every field of a drawing on demand and save it (in place unless -o is given)");
   cmd->add_option("DRAWING", options->drawing, "The drawing (DXF)")->required();
   cmd->add_option("-o,--output", options->output, "Save to this file instead; the drawing stays as it was");
+  addForceFlag(*cmd, options->force);
   cmd->callback([&action, options] { action = [options] { return updateFields(*options); }; });
 }
 

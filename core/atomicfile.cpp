@@ -13,6 +13,7 @@ namespace corvane::core {
 
 namespace {
 
+constexpr int kMaxLinks = 40;  // as the kernel follows them
 constexpr std::string_view kStaging = ".saving-";
 constexpr std::size_t kStagingTail = 6;  // the characters mkstemp puts in place of XXXXXX
 
@@ -40,6 +41,30 @@ void syncFolder(const std::filesystem::path& folder) {
 }
 
 std::string quoted(const std::filesystem::path& path) { return "'" + path.string() + "'"; }
+
+// The file a chain of symbolic links leads to; a link relative to its own folder.
+std::filesystem::path followLinks(std::filesystem::path path, std::string& error) {
+  for (int hops = 0; hops < kMaxLinks; ++hops) {
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return path;
+    std::error_code failure;
+    const std::filesystem::path next = std::filesystem::read_symlink(path, failure);
+    if (failure) {
+      error = "cannot follow the link " + quoted(path) + ": " + failure.message();
+      return path;
+    }
+    path = next.is_absolute() ? next : folderOf(path) / next;
+  }
+  error = "cannot follow the link " + quoted(path) + ": " + std::strerror(ELOOP);
+  return path;
+}
+
+// Whether a save would replace a file its user may not write. Root may write anything, so
+// for root only the permission bits say it, as editors read them.
+bool isReadOnly(const std::filesystem::path& file, const struct stat& info) {
+  if (::geteuid() == 0) return (info.st_mode & 0222) == 0;
+  return ::faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0 && errno == EACCES;
+}
 
 bool sameName(const std::filesystem::path& a, const std::filesystem::path& b) {
   std::error_code ignored;
@@ -72,7 +97,9 @@ int makeStagingFile(const std::filesystem::path& target, std::filesystem::path& 
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::filesystem::path target) : target_(std::move(target)) {}
+AtomicFile::AtomicFile(std::filesystem::path target) : requested_(std::move(target)) {
+  if (!requested_.empty()) target_ = followLinks(requested_, resolveError_);
+}
 
 AtomicFile::~AtomicFile() { discard(); }
 
@@ -87,7 +114,9 @@ bool AtomicFile::failWith(std::string message) {
 
 bool AtomicFile::check(const Options& options) {
   error_.clear();
-  if (target_.empty()) return failWith("no file name was given");
+  refusedReadOnly_ = false;
+  if (requested_.empty()) return failWith("no file name was given");
+  if (!resolveError_.empty()) return failWith(resolveError_);
   const std::filesystem::path folder = folderOf(target_);
   struct stat info {};
   if (!target_.has_filename() || (::stat(target_.c_str(), &info) == 0 && S_ISDIR(info.st_mode)))
@@ -98,6 +127,10 @@ bool AtomicFile::check(const Options& options) {
     return fail("cannot write in the folder", folder, errno);
   if (::stat(target_.c_str(), &info) == 0) {
     if (!S_ISREG(info.st_mode)) return failWith(quoted(target_) + " is not a regular file");
+    if (!options.replaceReadOnly && isReadOnly(target_, info)) {
+      refusedReadOnly_ = true;
+      return failWith(quoted(target_) + " is read-only");
+    }
   } else if (errno != ENOENT) {
     return fail("cannot save", target_, errno);
   }

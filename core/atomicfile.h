@@ -1,6 +1,9 @@
 // Replaces a file all at once: the new contents go to a temporary file in the same folder,
 // which is flushed to disk and then renamed over the target. Until commit() succeeds every
 // file is as it was, and a temporary file that was not committed is removed.
+//
+// A target that is a symbolic link is written through: the file the link leads to is the one
+// replaced, in its own folder, and the link stays a link.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +22,10 @@ class AtomicFile {
     // new file.
     std::optional<unsigned> mode;
     // Where the previous target is kept (none when empty, or when there is no target yet).
+    // Name it after target(), so that it lands beside the file really replaced.
     std::filesystem::path backup;
+    // A target without write permission is refused unless this is set.
+    bool replaceReadOnly = false;
   };
 
   explicit AtomicFile(std::filesystem::path target);
@@ -27,6 +33,7 @@ class AtomicFile {
   AtomicFile(const AtomicFile&) = delete;
   AtomicFile& operator=(const AtomicFile&) = delete;
 
+  // The file that commit() replaces: the target with its symbolic links followed.
   const std::filesystem::path& target() const noexcept { return target_; }
 
   // Whether a save with these options can go ahead, without making or changing anything.
@@ -43,6 +50,8 @@ class AtomicFile {
 
   // Why the last call failed.
   const std::string& error() const noexcept { return error_; }
+  // Whether it failed because the target is read-only.
+  bool refusedReadOnly() const noexcept { return refusedReadOnly_; }
   const std::filesystem::path& temporaryPath() const noexcept { return temporary_; }
 
   // Simulates a full disk: writes fail once this many bytes were written.
@@ -57,7 +66,9 @@ class AtomicFile {
   bool keepBackup(std::filesystem::path& staged);
   bool copyToStaging(std::filesystem::path& staged);
 
+  std::filesystem::path requested_;
   std::filesystem::path target_;
+  std::string resolveError_;
   Options options_;
   std::filesystem::path temporary_;
   int fd_ = -1;
@@ -65,6 +76,7 @@ class AtomicFile {
   std::uint64_t limit_ = UINT64_MAX;
   std::function<bool()> beforeRename_;
   std::string error_;
+  bool refusedReadOnly_ = false;
 };
 
 }  // namespace corvane::core

@@ -527,4 +527,8 @@ Status Document::save(const std::filesystem::path& path, const SaveOptions& opti
   return file.commit();
 }
 
+Status Document::checkSave(const std::filesystem::path& path, const SaveOptions& options) {
+  return AtomicFile(path).check(options);
+}
+
 }  // namespace corvane::dxf

@@ -166,6 +166,7 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
     ::chmod(file.c_str(), mode);
   };
   const Prepare drawing = [&](const fs::path& f) { put(f / "q.dxf", kOriginal); };
+  const Prepare readOnly = [&](const fs::path& f) { put(f / "q.dxf", kOriginal, 0444); };
   struct Case {
     const char* what;
     Prepare prepare;
@@ -197,6 +198,26 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
          fs::create_directory(f / "q.bak");
        },
        {"update", "@/q.dxf"}, 1, "cannot keep the backup", "q.dxf", kOriginal, "", kNone, {"q.bak/", "q.dxf"}},
+      {"a read-only drawing", readOnly, {"update", "@/q.dxf"}, 1, "q.dxf' is read-only; add --force to replace it",
+       "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
+      {"a read-only drawing, forced", readOnly, {"update", "--force", "@/q.dxf"}, 0, "", "q.dxf", kUpdated, "q.bak",
+       kOriginal, {"q.bak", "q.dxf"}},
+      {"a read-only output of save", [&](auto f) { put(f / "o.dxf", kUnrelated, 0444); },
+       {"save", example.string(), "-o", "@/o.dxf"}, 1, "is read-only", "o.dxf", kUnrelated, "", kNone, {"o.dxf"}},
+      {"run refuses a read-only drawing before its commands", readOnly,
+       {"run", "--lt", "@/q.dxf", "--save", "Corvane_Test"}, 1, "is read-only; add --force", "q.dxf", kOriginal, "",
+       kNone, {"q.dxf"}},
+      {"run saves a read-only drawing when forced", readOnly,
+       {"run", "--lt", "@/q.dxf", "--save", "--force", "Corvane_Test"}, 0, "", "q.dxf", kOriginal, "q.bak", kOriginal,
+       {"q.bak", "q.dxf"}},
+      {"a symbolic link is written through",
+       [&](auto f) {
+         put(f / "real" / "q.dxf", kOriginal);
+         fs::create_directory(f / "links");
+         fs::create_symlink("../real/q.dxf", f / "links" / "q.dxf");
+       },
+       {"update", "@/links/q.dxf"}, 0, "", "real/q.dxf", kUpdated, "real/q.bak", kOriginal,
+       {"links/", "links/q.dxf -> ../real/q.dxf", "real/", "real/q.bak", "real/q.dxf"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);

@@ -103,14 +103,17 @@ struct Situation {
   const char* name;
   std::function<void(const std::filesystem::path& folder)> prepare;
   std::string target = "plan.dxf";  // saved to, in the folder
+  bool replaceReadOnly = false;
   std::uint64_t failAfterBytes = UINT64_MAX;
   bool failsForRootToo = true;  // root writes into read-only folders regardless
   std::string message = "";     // part of the failure's message; empty for a save that succeeds
+  Status::Cause cause = Status::Cause::kOther;
   std::string drawing = "plan.dxf";  // where the drawing really is
   Bytes drawingBytes = Bytes::kNone;
   std::string backup = "plan.bak";  // none to check when empty
   Bytes backupBytes = Bytes::kNone;
   std::vector<std::string> tree = {};
+  unsigned mode = 0644;  // the drawing's permissions afterwards
 };
 
 void PrintTo(const Situation& situation, std::ostream* out) { *out << situation.name; }
@@ -136,6 +139,7 @@ TEST_P(SaveMeets, TheFileSystemAndLosesNothing) {
   StringSink fresh;
   ASSERT_TRUE(doc->write(fresh).ok());
   SaveOptions options;
+  options.replaceReadOnly = c.replaceReadOnly;
   options.failAfterBytes = c.failAfterBytes;
   const Status saved = doc->save(folder.path() / c.target, options);
   // Whatever the row did to the folder's permissions, the scratch folder must go afterwards.
@@ -145,6 +149,7 @@ TEST_P(SaveMeets, TheFileSystemAndLosesNothing) {
 
   EXPECT_EQ(saved.ok(), c.message.empty()) << saved.message();
   EXPECT_NE(saved.message().find(c.message), std::string::npos) << saved.message();
+  EXPECT_EQ(saved.cause(), c.cause);
   const auto expected = [&](Bytes bytes) {
     switch (bytes) {
       case Bytes::kOld: return kOld;
@@ -159,6 +164,10 @@ TEST_P(SaveMeets, TheFileSystemAndLosesNothing) {
     EXPECT_TRUE(testing::readBytes(folder.path() / c.backup) == expected(c.backupBytes)) << "the backup";
   }
   EXPECT_EQ(folder.tree(), c.tree);
+  struct stat info {};
+  if (::stat((folder.path() / c.drawing).c_str(), &info) == 0) {
+    EXPECT_EQ(info.st_mode & 0777, c.mode);
+  }
 }
 
 // The save makes and replaces only the drawing and its backup: a name ending in ".bak" is its
@@ -219,6 +228,21 @@ const Situation kSituations[] = {
      .drawing = "no/plan.dxf",
      .backup = "",
      .tree = {}},
+    {.name = "AReadOnlyDrawing",
+     .prepare = [](auto f) { put(f / "plan.dxf", kOld, 0444); },
+     .message = "plan.dxf' is read-only",
+     .cause = Status::Cause::kReadOnly,
+     .drawingBytes = Bytes::kOld,
+     .backup = "",
+     .tree = {"plan.dxf"},
+     .mode = 0444},
+    {.name = "AReadOnlyDrawingReplacedWhenAsked",
+     .prepare = [](auto f) { put(f / "plan.dxf", kOld, 0444); },
+     .replaceReadOnly = true,
+     .drawingBytes = Bytes::kNew,
+     .backupBytes = Bytes::kOld,
+     .tree = {"plan.bak", "plan.dxf"},
+     .mode = 0444},
     {.name = "AReadOnlyFolder",
      .prepare =
          [](auto f) {
@@ -232,6 +256,30 @@ const Situation kSituations[] = {
      .drawingBytes = Bytes::kOld,
      .backup = "",
      .tree = {"in/", "in/plan.dxf"}},
+    {.name = "ASymbolicLink",
+     .prepare =
+         [](auto f) {
+           put(f / "real" / "plan.dxf", kOld);
+           makeFolder(f / "links");
+           std::filesystem::create_symlink("../real/plan.dxf", f / "links" / "plan.dxf");
+         },
+     .target = "links/plan.dxf",
+     .drawing = "real/plan.dxf",
+     .drawingBytes = Bytes::kNew,
+     .backup = "real/plan.bak",
+     .backupBytes = Bytes::kOld,
+     .tree = {"links/", "links/plan.dxf -> ../real/plan.dxf", "real/", "real/plan.bak", "real/plan.dxf"}},
+    {.name = "ALinkToAMissingFile",
+     .prepare = [](auto f) { std::filesystem::create_symlink("made.dxf", f / "plan.dxf"); },
+     .drawing = "made.dxf",
+     .drawingBytes = Bytes::kNew,
+     .backup = "",
+     .tree = {"made.dxf", "plan.dxf -> made.dxf"}},
+    {.name = "ALinkToItself",
+     .prepare = [](auto f) { std::filesystem::create_symlink("plan.dxf", f / "plan.dxf"); },
+     .message = "Too many levels of symbolic links",
+     .backup = "",
+     .tree = {"plan.dxf -> plan.dxf"}},
     {.name = "AFullDisk",
      .prepare =
          [](auto f) {
@@ -260,16 +308,16 @@ TEST(Save, ABackupThatCannotBeReplacedAtTheLastMomentLeavesEveryFileAsItWas) {
   options.backup = folder.path() / "plan.bak";
   ASSERT_TRUE(file.open(options)) << file.error();
   ASSERT_TRUE(file.write("new"));
-  // Someone puts a folder in the backup's place while the drawing is written.
   file.beforeRename([&] {
-    std::filesystem::remove(folder.path() / "plan.bak");
-    std::filesystem::create_directory(folder.path() / "plan.bak");
+    std::filesystem::create_directories(folder.path() / "plan.bak" / "now-a-folder-that-is-not-empty");
     return true;
   });
+  std::filesystem::remove(folder.path() / "plan.bak");
   EXPECT_FALSE(file.commit());
   EXPECT_NE(file.error().find("cannot keep the backup"), std::string::npos) << file.error();
   EXPECT_EQ(testing::readBytes(path), "old");
-  EXPECT_EQ(folder.tree(), (std::vector<std::string>{"plan.bak/", "plan.dxf"}));
+  EXPECT_EQ(folder.tree(), (std::vector<std::string>{"plan.bak/", "plan.bak/now-a-folder-that-is-not-empty/",
+                                                     "plan.dxf"}));
 }
 
 }  // namespace

@@ -195,9 +195,17 @@ TEST(RegistryFile, ALeftOverTemporaryFromACrashIsIgnored) {
   EXPECT_FALSE(file.damaged());
 }
 
-// The settings file is replaced as drawings are: never over a backup it cannot keep.
+// The settings file is replaced as drawings are: through a link to the file it leads to, never
+// over a read-only file or a backup it cannot keep.
 TEST(RegistryFile, WritesMeetTheFileSystemAsDrawingSavesDo) {
+  const std::string good =
+      "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Halvek\\Corvane]\n\"A\"=\"old\"\n";
+  const std::string changed =
+      "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Halvek\\Corvane]\n\"A\"=\"old\"\n"
+      "\"B\"=\"new\"\n";
   const std::string damaged = "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\K]\n\"A\"=dword:zz\n";
+  const std::string fresh =
+      "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Halvek\\Corvane]\n\"B\"=\"new\"\n";
   struct Case {
     const char* what;
     std::function<void(const std::filesystem::path&)> prepare;
@@ -207,12 +215,32 @@ TEST(RegistryFile, WritesMeetTheFileSystemAsDrawingSavesDo) {
     std::string contents;
     std::vector<std::string> tree;
   } const cases[] = {
+      {"a link to the file kept elsewhere",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "dotfiles" / "registry.reg", good);
+         std::filesystem::create_symlink("dotfiles/registry.reg", f / "registry.reg");
+       },
+       true, L"", "dotfiles/registry.reg", changed,
+       {"dotfiles/", "dotfiles/registry.reg", "registry.reg -> dotfiles/registry.reg"}},
+      {"a damaged file behind a link keeps its backup beside it",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "dotfiles" / "registry.reg", damaged);
+         std::filesystem::create_symlink("dotfiles/registry.reg", f / "registry.reg");
+       },
+       true, L"is damaged", "dotfiles/registry.reg", fresh,
+       {"dotfiles/", "dotfiles/registry.reg", "dotfiles/registry.reg.bak", "registry.reg -> dotfiles/registry.reg"}},
       {"a damaged file whose backup's name is a folder",
        [&](const auto& f) {
          ScratchFolder::write(f / "registry.reg", damaged);
          std::filesystem::create_directory(f / "registry.reg.bak");
        },
        false, L"cannot keep the backup", "registry.reg", damaged, {"registry.reg", "registry.reg.bak/"}},
+      {"a read-only file",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "registry.reg", good);
+         std::filesystem::permissions(f / "registry.reg", std::filesystem::perms::owner_read);
+       },
+       false, L"is read-only", "registry.reg", good, {"registry.reg"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);

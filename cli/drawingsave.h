@@ -1,0 +1,20 @@
+// What the commands that save a drawing share: the --force option and how a failed save is told.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+#include "dxf/document.h"
+#include "dxf/status.h"
+
+namespace corvane::cli {
+
+CLI::Option* addForceFlag(CLI::App& command, bool& force);
+
+dxf::SaveOptions saveOptions(bool force);
+
+// The save's failure on stderr, with what the user can do about a read-only file.
+void reportSaveFailure(const std::string& command, const dxf::Status& status);
+
+}  // namespace corvane::cli
