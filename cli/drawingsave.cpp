@@ -1,6 +1,7 @@
 #include "drawingsave.h"
 
 #include <cstdio>
+#include <filesystem>
 
 namespace corvane::cli {
 
@@ -8,9 +9,13 @@ CLI::Option* addForceFlag(CLI::App& command, bool& force) {
   return command.add_flag("--force", force, "Replace the file saved to even when it is read-only");
 }
 
-dxf::SaveOptions saveOptions(bool force) {
+dxf::SaveOptions saveOptions(const std::string& command, bool force) {
   dxf::SaveOptions options;
   options.replaceReadOnly = force;
+  options.leftoverRemoved = [command](const std::filesystem::path& leftover) {
+    std::fprintf(stderr, "corvane %s: removed '%s', left by a save that did not finish\n", command.c_str(),
+                 leftover.c_str());
+  };
   return options;
 }
 

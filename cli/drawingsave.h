@@ -1,4 +1,5 @@
-// What the commands that save a drawing share: the --force option and how a failed save is told.
+// What the commands that save a drawing share: the --force option, and how the save tells what
+// it did or why it failed.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -12,7 +13,8 @@ namespace corvane::cli {
 
 CLI::Option* addForceFlag(CLI::App& command, bool& force);
 
-dxf::SaveOptions saveOptions(bool force);
+// The save's options; a left-over of an earlier save that the save removes is told on stderr.
+dxf::SaveOptions saveOptions(const std::string& command, bool force);
 
 // The save's failure on stderr, with what the user can do about a read-only file.
 void reportSaveFailure(const std::string& command, const dxf::Status& status);

@@ -75,7 +75,7 @@ int runCommands(const RunOptions& options) {
   }
   // Commands may ask for answers at length: a save that cannot be done is told before they run.
   const bool saving = drawing && (options.save || !options.output.empty());
-  const dxf::SaveOptions save = saveOptions(options.force);
+  const dxf::SaveOptions save = saveOptions("run", options.force);
   if (saving) {
     const std::filesystem::path target =
         options.output.empty() ? drawing->path() : std::filesystem::path(options.output);

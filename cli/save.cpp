@@ -26,7 +26,7 @@ int saveDrawing(const SaveOptions& options) {
     std::fprintf(stderr, "corvane save: %s\n", loaded.error.c_str());
     return 1;
   }
-  const dxf::Status saved = loaded.drawing->saveAs(options.output, saveOptions(options.force));
+  const dxf::Status saved = loaded.drawing->saveAs(options.output, saveOptions("save", options.force));
   if (!saved) {
     reportSaveFailure("save", saved);
     return 1;

@@ -36,7 +36,7 @@ int updateFields(const UpdateOptions& options) {
   host.engine().evaluateFields(&drawing.database(), {}, host::AcDbField::kDemand, &batch);
   app.onUnload();
 
-  const dxf::SaveOptions save = saveOptions(options.force);
+  const dxf::SaveOptions save = saveOptions("update", options.force);
   const dxf::Status saved = options.output.empty() ? drawing.save(save) : drawing.saveAs(options.output, save);
   if (!saved) {
     reportSaveFailure("update", saved);

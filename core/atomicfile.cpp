@@ -3,11 +3,13 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <random>
-#include <vector>
 
 namespace corvane::core {
 
@@ -72,9 +74,16 @@ bool sameName(const std::filesystem::path& a, const std::filesystem::path& b) {
          std::filesystem::absolute(b, ignored).lexically_normal();
 }
 
-// Hidden, and named after the target so that a left-over from a killed process explains itself.
+// Hidden, and named after the target so that a left-over from a killed process explains
+// itself and the next save of the target can find it.
 std::string stagingPrefix(const std::filesystem::path& target) {
   return "." + target.filename().string() + std::string(kStaging);
+}
+
+bool isStagingName(const std::string& name, const std::string& prefix) {
+  return name.size() == prefix.size() + kStagingTail && name.compare(0, prefix.size(), prefix) == 0 &&
+         std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
+                     [](unsigned char c) { return std::isalnum(c) != 0; });
 }
 
 std::filesystem::path randomStagingName(const std::filesystem::path& target) {
@@ -85,12 +94,15 @@ std::filesystem::path randomStagingName(const std::filesystem::path& target) {
   return folderOf(target) / name;
 }
 
+// Makes a staging file for the target, held with an exclusive lock for as long as the
+// descriptor is open: another save's clean-up leaves a locked file alone.
 int makeStagingFile(const std::filesystem::path& target, std::filesystem::path& made) {
   const std::string pattern = (folderOf(target) / (stagingPrefix(target) + "XXXXXX")).string();
   std::vector<char> name(pattern.begin(), pattern.end());
   name.push_back('\0');
   const int fd = ::mkostemp(name.data(), O_CLOEXEC);
   if (fd < 0) return fd;
+  ::flock(fd, LOCK_EX | LOCK_NB);
   made = name.data();
   return fd;
 }
@@ -144,6 +156,7 @@ bool AtomicFile::check(const Options& options) {
 
 bool AtomicFile::open(const Options& options) {
   discard();
+  removed_.clear();
   if (!check(options)) return false;
   options_ = options;
   // A file whose own name is its backup's name (a drawing called NAME.bak) is saved without a
@@ -196,14 +209,22 @@ bool AtomicFile::commit() {
     discard();
     return false;
   }
+  // The previous contents stay locked under their staging name until they are the backup.
+  const int previous = options_.backup.empty() ? -1 : ::open(target_.c_str(), O_RDONLY | O_CLOEXEC);
+  if (previous >= 0) ::flock(previous, LOCK_SH | LOCK_NB);
+  const auto release = [previous] {
+    if (previous >= 0) ::close(previous);
+  };
   std::filesystem::path staged;
   if (!keepBackup(staged)) {
+    release();
     discard();
     return false;
   }
   if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
     fail("cannot replace", target_, errno);
     if (!staged.empty()) ::unlink(staged.c_str());
+    release();
     discard();
     return false;
   }
@@ -217,12 +238,15 @@ bool AtomicFile::commit() {
           "; the previous contents of " + quoted(target_) + " are in " + quoted(staged) + ": " + std::strerror(errno);
     }
     syncFolder(folderOf(target_));
+    release();
     discard();
     return false;
   }
   syncFolder(folderOf(target_));
+  release();
   ::close(fd_);
   fd_ = -1;
+  removeLeftovers();
   return true;
 }
 
@@ -278,6 +302,27 @@ bool AtomicFile::copyToStaging(std::filesystem::path& staged) {
   }
   staged = made;
   return true;
+}
+
+// Staging files of this target that no save holds any more are what killed saves left.
+void AtomicFile::removeLeftovers() {
+  const std::string prefix = stagingPrefix(target_);
+  std::error_code failure;
+  std::filesystem::directory_iterator entries(folderOf(target_), failure);
+  if (failure) return;
+  std::vector<std::filesystem::path> candidates;
+  for (const auto& entry : entries) {
+    if (isStagingName(entry.path().filename().string(), prefix)) candidates.push_back(entry.path());
+  }
+  std::sort(candidates.begin(), candidates.end());
+  for (const auto& candidate : candidates) {
+    struct stat info {};
+    if (::lstat(candidate.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) continue;
+    const int fd = ::open(candidate.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) continue;
+    if (::flock(fd, LOCK_EX | LOCK_NB) == 0 && ::unlink(candidate.c_str()) == 0) removed_.push_back(candidate);
+    ::close(fd);
+  }
 }
 
 void AtomicFile::discard() noexcept {

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvane::core {
 
@@ -43,7 +44,7 @@ class AtomicFile {
   bool open();
   bool write(std::string_view bytes);
   // Flushes, renames the temporary file over the target and makes the previous target the
-  // backup.
+  // backup; then removes what earlier saves of the target that never finished left behind.
   bool commit();
   // Drops the temporary file; the target stays as it was.
   void discard() noexcept;
@@ -53,6 +54,8 @@ class AtomicFile {
   // Whether it failed because the target is read-only.
   bool refusedReadOnly() const noexcept { return refusedReadOnly_; }
   const std::filesystem::path& temporaryPath() const noexcept { return temporary_; }
+  // The temporary files of killed saves that the last commit removed.
+  const std::vector<std::filesystem::path>& removedLeftovers() const noexcept { return removed_; }
 
   // Simulates a full disk: writes fail once this many bytes were written.
   void failAfter(std::uint64_t bytes) noexcept { limit_ = bytes; }
@@ -65,6 +68,7 @@ class AtomicFile {
   bool failWith(std::string message);
   bool keepBackup(std::filesystem::path& staged);
   bool copyToStaging(std::filesystem::path& staged);
+  void removeLeftovers();
 
   std::filesystem::path requested_;
   std::filesystem::path target_;
@@ -77,6 +81,7 @@ class AtomicFile {
   std::function<bool()> beforeRename_;
   std::string error_;
   bool refusedReadOnly_ = false;
+  std::vector<std::filesystem::path> removed_;
 };
 
 }  // namespace corvane::core

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/atomicfile.h"
 #include "dxf/bytesink.h"
@@ -32,6 +33,7 @@ class AtomicFile : public ByteSink {
   // The file replaced: the drawing's path with its symbolic links followed.
   const std::filesystem::path& target() const noexcept { return file_.target(); }
   const std::filesystem::path& temporaryPath() const noexcept { return file_.temporaryPath(); }
+  const std::vector<std::filesystem::path>& removedLeftovers() const noexcept { return file_.removedLeftovers(); }
   // The host's backup name: the drawing's name with the extension ".bak".
   static std::filesystem::path backupPath(const std::filesystem::path& target) {
     return std::filesystem::path(target).replace_extension(".bak");

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -60,6 +61,8 @@ struct SaveOptions {
   bool replaceReadOnly = false;      // a read-only file is refused otherwise
   // Simulates a full disk: writing fails once this many bytes went to the temporary file.
   std::uint64_t failAfterBytes = UINT64_MAX;
+  // Told of each temporary file of an earlier save that never finished, once the save removed it.
+  std::function<void(const std::filesystem::path&)> leftoverRemoved = nullptr;
 };
 
 class Document;

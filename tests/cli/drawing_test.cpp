@@ -218,6 +218,14 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
        },
        {"update", "@/links/q.dxf"}, 0, "", "real/q.dxf", kUpdated, "real/q.bak", kOriginal,
        {"links/", "links/q.dxf -> ../real/q.dxf", "real/", "real/q.bak", "real/q.dxf"}},
+      {"the left-over of a killed save is removed and named",
+       [&](auto f) {
+         put(f / "q.dxf", kOriginal);
+         put(f / ".q.dxf.saving-AbC123", kUnrelated);
+         put(f / ".q.dxf.saving-AbC12", kUnrelated);
+       },
+       {"update", "@/q.dxf"}, 0, "removed '@/.q.dxf.saving-AbC123', left by a save that did not finish", "q.dxf",
+       kUpdated, "q.bak", kOriginal, {".q.dxf.saving-AbC12", "q.bak", "q.dxf"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);

@@ -113,6 +113,7 @@ struct Situation {
   std::string backup = "plan.bak";  // none to check when empty
   Bytes backupBytes = Bytes::kNone;
   std::vector<std::string> tree = {};
+  std::vector<std::string> removed = {};  // the left-overs the save said it removed
   unsigned mode = 0644;  // the drawing's permissions afterwards
 };
 
@@ -141,6 +142,11 @@ TEST_P(SaveMeets, TheFileSystemAndLosesNothing) {
   SaveOptions options;
   options.replaceReadOnly = c.replaceReadOnly;
   options.failAfterBytes = c.failAfterBytes;
+  std::vector<std::string> removed;
+  options.leftoverRemoved = [&](const std::filesystem::path& file) {
+    EXPECT_EQ(file.parent_path(), std::filesystem::path(folder.path() / c.drawing).parent_path());
+    removed.push_back(file.filename().string());
+  };
   const Status saved = doc->save(folder.path() / c.target, options);
   // Whatever the row did to the folder's permissions, the scratch folder must go afterwards.
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
@@ -164,6 +170,7 @@ TEST_P(SaveMeets, TheFileSystemAndLosesNothing) {
     EXPECT_TRUE(testing::readBytes(folder.path() / c.backup) == expected(c.backupBytes)) << "the backup";
   }
   EXPECT_EQ(folder.tree(), c.tree);
+  EXPECT_EQ(removed, c.removed);
   struct stat info {};
   if (::stat((folder.path() / c.drawing).c_str(), &info) == 0) {
     EXPECT_EQ(info.st_mode & 0777, c.mode);
@@ -285,12 +292,29 @@ const Situation kSituations[] = {
          [](auto f) {
            put(f / "plan.dxf", kOld);
            put(f / "plan.bak", kUnrelated);
+           put(f / ".plan.dxf.saving-AbC123", "cut sh");
          },
      .failAfterBytes = 100,
      .message = "No space left on device",
      .drawingBytes = Bytes::kOld,
      .backupBytes = Bytes::kUnrelated,
-     .tree = {"plan.bak", "plan.dxf"}},
+     .tree = {".plan.dxf.saving-AbC123", "plan.bak", "plan.dxf"}},
+    {.name = "LeftOversOfKilledSaves",
+     .prepare =
+         [](auto f) {
+           put(f / "plan.dxf", kOld);
+           for (const char* name : {".plan.dxf.saving-AbC123", ".plan.dxf.saving-zz9ZZ9", ".plan.dxf.saving-AbC12",
+                                    ".plan.dxf.saving-AbC1234", ".plan.dxf.saving-AbC_12", ".plan.bak.saving-AbC123",
+                                    "plan.dxf.saving-AbC123"}) {
+             put(f / name, "cut sh");
+           }
+           makeFolder(f / ".plan.dxf.saving-Folder");
+         },
+     .drawingBytes = Bytes::kNew,
+     .backupBytes = Bytes::kOld,
+     .tree = {".plan.bak.saving-AbC123", ".plan.dxf.saving-AbC12", ".plan.dxf.saving-AbC1234",
+              ".plan.dxf.saving-AbC_12", ".plan.dxf.saving-Folder/", "plan.bak", "plan.dxf", "plan.dxf.saving-AbC123"},
+     .removed = {".plan.dxf.saving-AbC123", ".plan.dxf.saving-zz9ZZ9"}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Save, SaveMeets, ::testing::ValuesIn(kSituations),
