@@ -5,6 +5,17 @@
 
 namespace corvane::cli {
 
+CLI::Validator outputFile() {
+  return CLI::Validator(
+      [](std::string& name) -> std::string {
+        if (name.empty()) return "the output file name is empty";
+        std::error_code ignored;
+        if (std::filesystem::is_directory(name, ignored)) return "'" + name + "' is a folder; name the file to write";
+        return {};
+      },
+      "FILE");
+}
+
 CLI::Option* addForceFlag(CLI::App& command, bool& force) {
   return command.add_flag("--force", force, "Replace the file saved to even when it is read-only");
 }

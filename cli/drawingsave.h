@@ -1,5 +1,5 @@
-// What the commands that save a drawing share: the --force option, and how the save tells what
-// it did or why it failed.
+// What the commands that save a drawing share: the check of the output argument, the --force
+// option, and how the save tells what it did or why it failed.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -10,6 +10,9 @@
 #include "dxf/status.h"
 
 namespace corvane::cli {
+
+// An output argument names a file: it is not empty and not a folder.
+CLI::Validator outputFile();
 
 CLI::Option* addForceFlag(CLI::App& command, bool& force);
 

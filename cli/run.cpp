@@ -142,7 +142,8 @@ void addRunCommand(CLI::App& app, Action& action) {
                   "Answers, one per line (an empty line is Enter, ^C cancels, [Yes] answers a box); without "
                   "COMMANDs the script holds the commands too");
   auto* output = run->add_option("-o,--output", options->output,
-                                 "Save the drawing to this file; the drawing itself stays as it was");
+                                 "Save the drawing to this file; the drawing itself stays as it was")
+                     ->check(outputFile());
   run->add_flag("--save", options->save, "Save the drawing in place")->excludes(output);
   addForceFlag(*run, options->force);
   run->add_flag("--lt", options->light, "Act as the light edition of the host (program name acadlt)");

@@ -40,7 +40,7 @@ void addSaveCommand(CLI::App& app, Action& action) {
   auto options = std::make_shared<SaveOptions>();
   auto* cmd = app.add_subcommand("save", "Load a drawing into the database and save it to another file");
   cmd->add_option("DRAWING", options->drawing, "The drawing (DXF)")->required();
-  cmd->add_option("-o,--output", options->output, "The file to write")->required();
+  cmd->add_option("-o,--output", options->output, "The file to write")->required()->check(outputFile());
   addForceFlag(*cmd, options->force);
   cmd->callback([&action, options] { action = [options] { return saveDrawing(*options); }; });
 }

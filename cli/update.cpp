@@ -54,7 +54,8 @@ void addUpdateCommand(CLI::App& app, Action& action) {
   auto* cmd = app.add_subcommand(
       "update", "Evaluate every field of a drawing on demand and save it (in place unless -o is given)");
   cmd->add_option("DRAWING", options->drawing, "The drawing (DXF)")->required();
-  cmd->add_option("-o,--output", options->output, "Save to this file instead; the drawing stays as it was");
+  cmd->add_option("-o,--output", options->output, "Save to this file instead; the drawing stays as it was")
+      ->check(outputFile());
   addForceFlag(*cmd, options->force);
   cmd->callback([&action, options] { action = [options] { return updateFields(*options); }; });
 }

@@ -188,10 +188,12 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
          fs::create_directory(f / "out");
          put(f / "out.bak", kUnrelated);
        },
-       {"update", example.string(), "-o", "@/out"}, 1, "/out' is a folder", "out.bak", kUnrelated, "", kNone,
+       {"update", example.string(), "-o", "@/out"}, 2, "/out' is a folder", "out.bak", kUnrelated, "", kNone,
        {"out.bak", "out/"}},
-      {"an empty output name", drawing, {"save", "@/q.dxf", "-o", ""}, 1, "no file name was given", "q.dxf",
+      {"an empty output name", drawing, {"save", "@/q.dxf", "-o", ""}, 2, "the output file name is empty", "q.dxf",
        kOriginal, "", kNone, {"q.dxf"}},
+      {"an empty output name is no update in place", drawing, {"update", "@/q.dxf", "-o", ""}, 2,
+       "the output file name is empty", "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
       {"a backup that cannot be kept fails the save",
        [&](auto f) {
          put(f / "q.dxf", kOriginal);
@@ -210,6 +212,8 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
       {"run saves a read-only drawing when forced", readOnly,
        {"run", "--lt", "@/q.dxf", "--save", "--force", "Corvane_Test"}, 0, "", "q.dxf", kOriginal, "q.bak", kOriginal,
        {"q.bak", "q.dxf"}},
+      {"run with an empty output name", drawing, {"run", "@/q.dxf", "-o", "", "Corvane_Test"}, 2,
+       "the output file name is empty", "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
       {"a symbolic link is written through",
        [&](auto f) {
          put(f / "real" / "q.dxf", kOriginal);
