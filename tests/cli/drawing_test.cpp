@@ -11,6 +11,20 @@
 #include <string>
 #include <vector>
 
+#include "dxf/drawingfile.h"
+#include "headless/circle.h"
+#include "headless/database.h"
+#include "headless/hostapplication.h"
+#include "headless/text.h"
+#include "headless/texthost.h"
+#include "core/utf8.h"
+#include "dxf/drawingfile.h"
+#include "headless/circle.h"
+#include "headless/database.h"
+#include "headless/field.h"
+#include "headless/hostapplication.h"
+#include "headless/text.h"
+#include "headless/texthost.h"
 #include "support/clirun.h"
 
 namespace {
@@ -101,7 +115,7 @@ TEST(DrawingCommands, UpdateEvaluatesEveryFieldAndSaves) {
   const auto out = folder.path() / "updated.dxf";
   const CommandRun elsewhere = run({"update", copy.string(), "-o", out.string()}, errors);
   EXPECT_EQ(elsewhere.exitCode, 0) << elsewhere.err;
-  EXPECT_EQ(elsewhere.out, "Evaluated 16 of 16 fields; saved " + out.string() + "\n");
+  EXPECT_EQ(elsewhere.out, "Evaluated 16 of 16 fields, 0 ended in an error; saved " + out.string() + "\n");
   EXPECT_EQ(corvane::testing::readWhole(copy), original);
   // The file name fields now show the name of the file they were evaluated in.
   const CommandRun listed = run({"fields", out.string()}, errors);
@@ -265,6 +279,88 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
       EXPECT_TRUE(corvane::testing::readWhole(folder / c.backup) == expected(c.backupBytes)) << "the backup";
     }
     EXPECT_EQ(folder.tree(), c.tree);
+  }
+}
+
+// The example with fields that go wrong added: a malformed code, a property of an object
+// erased before the save, an evaluator no one serves, and a formula whose value is its own
+// error message, which is no field error. Returns the handles of the fields that fail.
+std::vector<std::string> writeDrawingWithBrokenFields(const fs::path& path) {
+  namespace headless = corvane::headless;
+  headless::HostApplication host;
+  auto loaded = corvane::dxf::DrawingFile::load(fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf", host);
+  EXPECT_TRUE(loaded.drawing) << loaded.error;
+  if (!loaded.drawing) return {};
+  auto& db = loaded.drawing->database();
+  // The field a text's code makes, within the text's own field.
+  const auto inText = [&](const std::wstring& code) {
+    const auto text = db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{0, -120, 0}, 2.5, L""));
+    const auto* wrapper = db.get<headless::Field>(headless::attachField(db, text, code));
+    return corvane::core::toUtf8(db.lookup(wrapper->getChild(0))->handle().text());
+  };
+  const auto circle = db.appendEntity(std::make_unique<headless::Circle>(headless::Circle::Point{0, 0, 0}, 1.0));
+  std::vector<std::string> failing = {
+      inText(L"%<\\AcObjProp Object().Radius>%"),
+      inText(L"Gone: %<\\AcObjProp Object(%<\\_ObjId " + std::to_wstring(circle.asOldId()) + L">%).Radius>%"),
+      inText(L"%<\\NoSuchEvaluator 1>%"),
+  };
+  inText(L"%<\\VxExpr (1/0)>%");
+  {
+    corvane::host::AcDbObjectPointer<corvane::host::AcDbObject> erased(host, circle, corvane::host::AcDb::kForWrite);
+    EXPECT_EQ(erased->erase(), corvane::host::Acad::eOk);
+  }
+  const auto saved = loaded.drawing->saveAs(path);
+  EXPECT_TRUE(saved.ok()) << saved.message();
+  return failing;
+}
+
+// The count, each field that ended in an error with its status and message (or value, for an
+// error without one), the same as JSON, and the exit status --strict gives.
+TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
+  const Folder folder;
+  const auto broken = folder / "broken.dxf";
+  const auto handles = writeDrawingWithBrokenFields(broken);
+  ASSERT_EQ(handles.size(), 3u);
+  const std::string before = corvane::testing::readWhole(broken);
+  const auto clean = fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf";
+  const std::string out = (folder / "out.dxf").string();
+  const std::string text = "Evaluated 29 of 32 fields, 3 ended in an error; saved " + out + "\n" + handles[0] +
+                           "\tAcObjProp\t16\tNo object reference\n" + handles[1] +
+                           "\tAcObjProp\t64\tThe object does not exist\n" + handles[2] +
+                           "\tNoSuchEvaluator\t4\t####\n";
+  const auto error = [](const std::string& handle, const char* evaluator, int status, const char* message) {
+    return "{\"handle\": \"" + handle + "\", \"evaluator\": \"" + evaluator + "\", \"status\": " +
+           std::to_string(status) + ", \"message\": \"" + message + "\", \"value\": \"####\"}";
+  };
+  const std::string json = "{\"found\": 32, \"evaluated\": 29, \"failed\": 3, \"errors\": [" +
+                           error(handles[0], "AcObjProp", 16, "No object reference") + ", " +
+                           error(handles[1], "AcObjProp", 64, "The object does not exist") + ", " +
+                           error(handles[2], "NoSuchEvaluator", 4, "") + "], \"saved\": \"" + out + "\"}\n";
+  struct Case {
+    std::vector<std::string> args;
+    int exitCode;
+    std::string out;
+  } const cases[] = {
+      {{"update", broken.string(), "-o", out}, 0, text},
+      {{"update", "--json", broken.string(), "-o", out}, 0, json},
+      {{"update", "--strict", broken.string(), "-o", out}, 3, text},
+      {{"update", "--json", "--strict", broken.string(), "-o", out}, 3, json},
+      {{"update", "--strict", clean.string(), "-o", out}, 0,
+       "Evaluated 24 of 24 fields, 0 ended in an error; saved " + out + "\n"},
+      {{"update", "--json", clean.string(), "-o", out}, 0,
+       "{\"found\": 24, \"evaluated\": 24, \"failed\": 0, \"errors\": [], \"saved\": \"" + out + "\"}\n"},
+  };
+  for (const auto& c : cases) {
+    std::string line;
+    for (const auto& arg : c.args) line += arg + " ";
+    SCOPED_TRACE(line);
+    fs::remove(out);
+    const CommandRun result = run(c.args, folder / "stderr");
+    EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
+    EXPECT_EQ(result.out, c.out);
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(fs::exists(out)) << "saved whatever the fields came to";
+    EXPECT_TRUE(corvane::testing::readWhole(broken) == before);
   }
 }
 
