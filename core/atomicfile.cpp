@@ -107,13 +107,23 @@ int makeStagingFile(const std::filesystem::path& target, std::filesystem::path& 
   return fd;
 }
 
+// Holds a file against other saves' clean-up for as long as the descriptor is open.
+int hold(const std::filesystem::path& file) {
+  const int fd = ::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
+  if (fd >= 0) ::flock(fd, LOCK_SH | LOCK_NB);
+  return fd;
+}
+
 }  // namespace
 
 AtomicFile::AtomicFile(std::filesystem::path target) : requested_(std::move(target)) {
   if (!requested_.empty()) target_ = followLinks(requested_, resolveError_);
 }
 
-AtomicFile::~AtomicFile() { discard(); }
+AtomicFile::~AtomicFile() {
+  releaseHeld();
+  discard();
+}
 
 bool AtomicFile::fail(const std::string& what, const std::filesystem::path& path, int code) {
   return failWith(what + " " + quoted(path) + ": " + std::strerror(code));
@@ -204,72 +214,112 @@ bool AtomicFile::commit() {
     discard();
     return false;
   }
+  if (!swapInBackup()) {
+    releaseHeld();
+    discard();
+    return false;
+  }
+  bool replaced = false;
   if (beforeRename_ && !beforeRename_()) {
     failWith("the write was stopped before " + quoted(target_) + " was replaced");
-    discard();
-    return false;
-  }
-  // The previous contents stay locked under their staging name until they are the backup.
-  const int previous = options_.backup.empty() ? -1 : ::open(target_.c_str(), O_RDONLY | O_CLOEXEC);
-  if (previous >= 0) ::flock(previous, LOCK_SH | LOCK_NB);
-  const auto release = [previous] {
-    if (previous >= 0) ::close(previous);
-  };
-  std::filesystem::path staged;
-  if (!keepBackup(staged)) {
-    release();
-    discard();
-    return false;
-  }
-  if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
+  } else if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
     fail("cannot replace", target_, errno);
-    if (!staged.empty()) ::unlink(staged.c_str());
-    release();
+  } else {
+    replaced = true;
+  }
+  if (!replaced) {
+    restoreBackup();
+    syncFolder(folderOf(target_));
+    releaseHeld();
     discard();
     return false;
   }
   temporary_.clear();
-  // The old backup goes only now that the new contents are in place; should it refuse to go,
-  // the previous contents go back, and the save changed nothing.
-  if (!staged.empty() && ::rename(staged.c_str(), options_.backup.c_str()) != 0) {
-    fail("cannot keep the backup", options_.backup, errno);
-    if (::rename(staged.c_str(), target_.c_str()) != 0) {
-      error_ +=
-          "; the previous contents of " + quoted(target_) + " are in " + quoted(staged) + ": " + std::strerror(errno);
-    }
-    syncFolder(folderOf(target_));
-    release();
-    discard();
-    return false;
-  }
+  if (!aside_.empty()) ::unlink(aside_.c_str());
+  aside_.clear();
+  backupSwapped_ = false;
   syncFolder(folderOf(target_));
-  release();
+  releaseHeld();
   ::close(fd_);
   fd_ = -1;
   removeLeftovers();
   return true;
 }
 
-// Gives the target's contents a second, hidden name that the commit turns into the backup.
-bool AtomicFile::keepBackup(std::filesystem::path& staged) {
-  if (options_.backup.empty()) return true;
+// Makes the target's contents the backup, once the new contents are on disk and before the
+// target is replaced: a save killed at any moment leaves a whole target, and a backup that is
+// either the old one or a copy of the target. The old backup stays under a hidden name until
+// the target is replaced, so that a failure can put it back.
+bool AtomicFile::swapInBackup() {
+  const std::filesystem::path& backup = options_.backup;
+  if (backup.empty()) return true;
   struct stat current {};
   if (::stat(target_.c_str(), &current) != 0) {
-    return errno == ENOENT || fail("cannot keep the backup", options_.backup, errno);
+    return errno == ENOENT || fail("cannot keep the backup", backup, errno);
   }
   struct stat old {};
-  if (::lstat(options_.backup.c_str(), &old) == 0 && old.st_dev == current.st_dev && old.st_ino == current.st_ino) {
+  const bool hadBackup = ::lstat(backup.c_str(), &old) == 0;
+  if (hadBackup && old.st_dev == current.st_dev && old.st_ino == current.st_ino) {
     return true;  // the backup is another name of the previous contents already
   }
-  // A hard link keeps the old contents without copying them and without a moment in which
-  // the target is missing.
+  if (hadBackup && S_ISDIR(old.st_mode)) {
+    return failWith("cannot keep the backup " + quoted(backup) + ": it is a folder");
+  }
+  // A hard link keeps the old contents without copying them; file systems without hard links
+  // get a copy.
+  held_.push_back(hold(target_));
+  std::filesystem::path staged;
+  if (!linkHidden(target_, staged) && !copyToStaging(staged)) return false;
+  bool asideMoved = false;
+  if (hadBackup) {
+    held_.push_back(hold(backup));
+    if (!linkHidden(backup, aside_)) {
+      aside_ = randomStagingName(target_);
+      asideMoved = ::rename(backup.c_str(), aside_.c_str()) == 0;
+      if (!asideMoved) {
+        const int code = errno;
+        aside_.clear();
+        ::unlink(staged.c_str());
+        return fail("cannot keep the backup", backup, code);
+      }
+    }
+  }
+  if (::rename(staged.c_str(), backup.c_str()) != 0) {
+    fail("cannot keep the backup", backup, errno);
+    ::unlink(staged.c_str());
+    if (asideMoved && ::rename(aside_.c_str(), backup.c_str()) != 0) {
+      error_ += "; the previous backup is in " + quoted(aside_) + ": " + std::strerror(errno);
+    } else if (!asideMoved && !aside_.empty()) {
+      ::unlink(aside_.c_str());
+    }
+    aside_.clear();
+    return false;
+  }
+  backupSwapped_ = true;
+  return true;
+}
+
+// Puts the old backup back, or none where there was none, when the target was not replaced.
+void AtomicFile::restoreBackup() {
+  if (!backupSwapped_) return;
+  backupSwapped_ = false;
+  if (aside_.empty()) {
+    ::unlink(options_.backup.c_str());
+  } else if (::rename(aside_.c_str(), options_.backup.c_str()) != 0) {
+    error_ += "; the previous backup is in " + quoted(aside_) + ": " + std::strerror(errno);
+  }
+  aside_.clear();
+}
+
+// A second, hidden name for a file, beside the target.
+bool AtomicFile::linkHidden(const std::filesystem::path& file, std::filesystem::path& made) const {
   for (int attempt = 0; attempt < 100; ++attempt) {
-    staged = randomStagingName(target_);
-    if (::link(target_.c_str(), staged.c_str()) == 0) return true;
+    made = randomStagingName(target_);
+    if (::link(file.c_str(), made.c_str()) == 0) return true;
     if (errno != EEXIST) break;
   }
-  // File systems without hard links get a copy.
-  return copyToStaging(staged);
+  made.clear();
+  return false;
 }
 
 bool AtomicFile::copyToStaging(std::filesystem::path& staged) {
@@ -283,6 +333,7 @@ bool AtomicFile::copyToStaging(std::filesystem::path& staged) {
     ::close(from);
     return fail("cannot keep the backup", options_.backup, code);
   }
+  held_.push_back(to);
   char buffer[1 << 16];
   ssize_t got = 0;
   bool done = true;
@@ -295,13 +346,19 @@ bool AtomicFile::copyToStaging(std::filesystem::path& staged) {
   done = done && ::fsync(to) == 0;
   const int code = errno;
   ::close(from);
-  ::close(to);
   if (!done) {
     ::unlink(made.c_str());
     return fail("cannot keep the backup", options_.backup, code);
   }
   staged = made;
   return true;
+}
+
+void AtomicFile::releaseHeld() noexcept {
+  for (const int fd : held_) {
+    if (fd >= 0) ::close(fd);
+  }
+  held_.clear();
 }
 
 // Staging files of this target that no save holds any more are what killed saves left.

@@ -43,8 +43,8 @@ class AtomicFile {
   bool open(const Options& options);
   bool open();
   bool write(std::string_view bytes);
-  // Flushes, renames the temporary file over the target and makes the previous target the
-  // backup; then removes what earlier saves of the target that never finished left behind.
+  // Flushes, makes the previous target the backup and renames the temporary file over the
+  // target; then removes what earlier saves of the target that never finished left behind.
   bool commit();
   // Drops the temporary file; the target stays as it was.
   void discard() noexcept;
@@ -59,15 +59,18 @@ class AtomicFile {
 
   // Simulates a full disk: writes fail once this many bytes were written.
   void failAfter(std::uint64_t bytes) noexcept { limit_ = bytes; }
-  // Runs once the contents are on disk, before the rename; returning false stops the commit
-  // there, as a killed process would.
+  // Runs once the new contents are on disk and the backup is in place, just before the target
+  // is replaced; returning false stops the commit there, and the backup is put back.
   void beforeRename(std::function<bool()> hook) { beforeRename_ = std::move(hook); }
 
  private:
   bool fail(const std::string& what, const std::filesystem::path& path, int code);
   bool failWith(std::string message);
-  bool keepBackup(std::filesystem::path& staged);
+  bool swapInBackup();
+  void restoreBackup();
+  bool linkHidden(const std::filesystem::path& file, std::filesystem::path& made) const;
   bool copyToStaging(std::filesystem::path& staged);
+  void releaseHeld() noexcept;
   void removeLeftovers();
 
   std::filesystem::path requested_;
@@ -81,6 +84,9 @@ class AtomicFile {
   std::function<bool()> beforeRename_;
   std::string error_;
   bool refusedReadOnly_ = false;
+  std::filesystem::path aside_;  // the old backup, until the target is replaced
+  bool backupSwapped_ = false;
+  std::vector<int> held_;  // descriptors that keep the commit's hidden names from other saves' clean-up
   std::vector<std::filesystem::path> removed_;
 };
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
@@ -320,28 +321,78 @@ const Situation kSituations[] = {
 INSTANTIATE_TEST_SUITE_P(Save, SaveMeets, ::testing::ValuesIn(kSituations),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// The backup is replaced last, after the new drawing is in place; a backup that cannot be
-// replaced even then puts the previous drawing back.
-TEST(Save, ABackupThatCannotBeReplacedAtTheLastMomentLeavesEveryFileAsItWas) {
+// Once the new contents are on disk the previous drawing becomes the backup, and then the new
+// file replaces the drawing. A commit that stops between the two, or whose last rename fails,
+// puts the old backup back (or none, where there was none).
+TEST(Save, ACommitStoppedBeforeTheLastRenameLeavesEveryFileAsItWas) {
+  struct Case {
+    const char* what;
+    bool hadBackup;
+    std::function<bool(const std::filesystem::path& folder)> beforeRename;
+    std::string message;
+    std::vector<std::string> tree;
+  } const cases[] = {
+      {"stopped", true, [](auto) { return false; }, "the write was stopped", {"plan.bak", "plan.dxf"}},
+      {"stopped, without a backup before", false, [](auto) { return false; }, "the write was stopped", {"plan.dxf"}},
+      {"the drawing turned into a folder", true,
+       [](auto f) {
+         std::filesystem::remove(f / "plan.dxf");
+         std::filesystem::create_directory(f / "plan.dxf");
+         return true;
+       },
+       "cannot replace", {"plan.bak", "plan.dxf/"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    const testing::ScratchFolder folder;
+    const auto path = folder.path() / "plan.dxf";
+    testing::writeBytes(path, "old");
+    if (c.hadBackup) testing::writeBytes(folder.path() / "plan.bak", "older");
+    core::AtomicFile file(path);
+    core::AtomicFile::Options options;
+    options.backup = folder.path() / "plan.bak";
+    ASSERT_TRUE(file.open(options)) << file.error();
+    ASSERT_TRUE(file.write("new"));
+    file.beforeRename([&] { return c.beforeRename(folder.path()); });
+    EXPECT_FALSE(file.commit());
+    EXPECT_NE(file.error().find(c.message), std::string::npos) << file.error();
+    if (std::filesystem::is_regular_file(path)) {
+      EXPECT_EQ(testing::readBytes(path), "old");
+    }
+    EXPECT_EQ(testing::readBytes(folder.path() / "plan.bak"), c.hadBackup ? "older" : "");
+    EXPECT_EQ(folder.tree(), c.tree);
+  }
+}
+
+// A save killed at that moment leaves the drawing whole and a backup of it; the next save
+// removes what the killed one left and keeps the drawing it replaces as the backup.
+TEST(Save, ASaveKilledBeforeTheLastRenameLeavesAWholeDrawingAndItsBackup) {
   const testing::ScratchFolder folder;
   const auto path = folder.path() / "plan.dxf";
   testing::writeBytes(path, "old");
   testing::writeBytes(folder.path() / "plan.bak", "older");
-  core::AtomicFile file(path);
   core::AtomicFile::Options options;
   options.backup = folder.path() / "plan.bak";
-  ASSERT_TRUE(file.open(options)) << file.error();
-  ASSERT_TRUE(file.write("new"));
-  file.beforeRename([&] {
-    std::filesystem::create_directories(folder.path() / "plan.bak" / "now-a-folder-that-is-not-empty");
-    return true;
-  });
-  std::filesystem::remove(folder.path() / "plan.bak");
-  EXPECT_FALSE(file.commit());
-  EXPECT_NE(file.error().find("cannot keep the backup"), std::string::npos) << file.error();
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    core::AtomicFile file(path);
+    file.beforeRename([]() -> bool { ::_exit(0); });
+    ::_exit(file.open(options) && file.write("new") && file.commit() ? 2 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
   EXPECT_EQ(testing::readBytes(path), "old");
-  EXPECT_EQ(folder.tree(), (std::vector<std::string>{"plan.bak/", "plan.bak/now-a-folder-that-is-not-empty/",
-                                                     "plan.dxf"}));
+  EXPECT_EQ(testing::readBytes(folder.path() / "plan.bak"), "old");
+  EXPECT_EQ(folder.names().size(), 4u) << "the new file and the old backup, hidden";
+
+  core::AtomicFile file(path);
+  ASSERT_TRUE(file.open(options) && file.write("newer") && file.commit()) << file.error();
+  EXPECT_EQ(testing::readBytes(path), "newer");
+  EXPECT_EQ(testing::readBytes(folder.path() / "plan.bak"), "old");
+  EXPECT_EQ(file.removedLeftovers().size(), 2u);
+  EXPECT_EQ(folder.names(), (std::vector<std::string>{"plan.bak", "plan.dxf"}));
 }
 
 }  // namespace
