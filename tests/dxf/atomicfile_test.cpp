@@ -182,88 +182,36 @@ TEST_P(SaveMeets, TheFileSystemAndLosesNothing) {
 // own backup's name, so it gets none; what stands in the backup's place is kept unless the
 // save can replace it with the drawing's previous contents.
 const Situation kSituations[] = {
-    {.name = "ANameEndingInBak",
-     .prepare = [](auto f) { put(f / "plan.bak", kOld); },
-     .target = "plan.bak",
-     .drawing = "plan.bak",
-     .drawingBytes = Bytes::kNew,
-     .backup = "",
-     .tree = {"plan.bak"}},
+    {.name = "ANameEndingInBak", .prepare = [](auto f) { put(f / "plan.bak", kOld); }, .target = "plan.bak",
+     .drawing = "plan.bak", .drawingBytes = Bytes::kNew, .backup = "", .tree = {"plan.bak"}},
     {.name = "ABackupNameTakenByAFolder",
-     .prepare =
-         [](auto f) {
-           put(f / "plan.dxf", kOld);
-           makeFolder(f / "plan.bak");
-         },
-     .message = "cannot keep the backup",
-     .drawingBytes = Bytes::kOld,
-     .backup = "",
-     .tree = {"plan.bak/", "plan.dxf"}},
+     .prepare = [](auto f) { put(f / "plan.dxf", kOld); makeFolder(f / "plan.bak"); },
+     .message = "cannot keep the backup", .drawingBytes = Bytes::kOld, .backup = "", .tree = {"plan.bak/", "plan.dxf"}},
     {.name = "ABackupNameTakenByAnUnrelatedFile",
-     .prepare =
-         [](auto f) {
-           put(f / "plan.dxf", kOld);
-           put(f / "plan.bak", kUnrelated);
-         },
-     .drawingBytes = Bytes::kNew,
-     .backupBytes = Bytes::kOld,
-     .tree = {"plan.bak", "plan.dxf"}},
+     .prepare = [](auto f) { put(f / "plan.dxf", kOld); put(f / "plan.bak", kUnrelated); },
+     .drawingBytes = Bytes::kNew, .backupBytes = Bytes::kOld, .tree = {"plan.bak", "plan.dxf"}},
     {.name = "ABackupThatIsAHardLinkOfTheDrawing",
      .prepare =
          [](auto f) {
            put(f / "plan.dxf", kOld);
            std::filesystem::create_hard_link(f / "plan.dxf", f / "plan.bak");
          },
-     .drawingBytes = Bytes::kNew,
-     .backupBytes = Bytes::kOld,
-     .tree = {"plan.bak", "plan.dxf"}},
-    {.name = "ATargetThatIsAFolder",
-     .prepare =
-         [](auto f) {
-           makeFolder(f / "out");
-           put(f / "out.bak", kUnrelated);
-         },
-     .target = "out",
-     .message = "/out' is a folder",
-     .drawing = "out.bak",
-     .drawingBytes = Bytes::kUnrelated,
-     .backup = "",
-     .tree = {"out.bak", "out/"}},
-    {.name = "AMissingFolder",
-     .prepare = [](auto) {},
-     .target = "no/plan.dxf",
-     .message = "No such file or directory",
-     .drawing = "no/plan.dxf",
-     .backup = "",
-     .tree = {}},
-    {.name = "AReadOnlyDrawing",
-     .prepare = [](auto f) { put(f / "plan.dxf", kOld, 0444); },
-     .message = "plan.dxf' is read-only",
-     .cause = Status::Cause::kReadOnly,
-     .drawingBytes = Bytes::kOld,
-     .backup = "",
-     .tree = {"plan.dxf"},
-     .mode = 0444},
-    {.name = "AReadOnlyDrawingReplacedWhenAsked",
-     .prepare = [](auto f) { put(f / "plan.dxf", kOld, 0444); },
-     .replaceReadOnly = true,
-     .drawingBytes = Bytes::kNew,
-     .backupBytes = Bytes::kOld,
-     .tree = {"plan.bak", "plan.dxf"},
+     .drawingBytes = Bytes::kNew, .backupBytes = Bytes::kOld, .tree = {"plan.bak", "plan.dxf"}},
+    {.name = "ATargetThatIsAFolder", .prepare = [](auto f) { makeFolder(f / "out"); put(f / "out.bak", kUnrelated); },
+     .target = "out", .message = "/out' is a folder", .drawing = "out.bak", .drawingBytes = Bytes::kUnrelated,
+     .backup = "", .tree = {"out.bak", "out/"}},
+    {.name = "AMissingFolder", .prepare = [](auto) {}, .target = "no/plan.dxf", .message = "No such file or directory",
+     .drawing = "no/plan.dxf", .backup = "", .tree = {}},
+    {.name = "AReadOnlyDrawing", .prepare = [](auto f) { put(f / "plan.dxf", kOld, 0444); },
+     .message = "plan.dxf' is read-only", .cause = Status::Cause::kReadOnly, .drawingBytes = Bytes::kOld, .backup = "",
+     .tree = {"plan.dxf"}, .mode = 0444},
+    {.name = "AReadOnlyDrawingReplacedWhenAsked", .prepare = [](auto f) { put(f / "plan.dxf", kOld, 0444); },
+     .replaceReadOnly = true, .drawingBytes = Bytes::kNew, .backupBytes = Bytes::kOld, .tree = {"plan.bak", "plan.dxf"},
      .mode = 0444},
     {.name = "AReadOnlyFolder",
-     .prepare =
-         [](auto f) {
-           put(f / "in" / "plan.dxf", kOld);
-           ::chmod((f / "in").c_str(), 0555);
-         },
-     .target = "in/plan.dxf",
-     .failsForRootToo = false,
-     .message = "cannot write in the folder",
-     .drawing = "in/plan.dxf",
-     .drawingBytes = Bytes::kOld,
-     .backup = "",
-     .tree = {"in/", "in/plan.dxf"}},
+     .prepare = [](auto f) { put(f / "in" / "plan.dxf", kOld); ::chmod((f / "in").c_str(), 0555); },
+     .target = "in/plan.dxf", .failsForRootToo = false, .message = "cannot write in the folder",
+     .drawing = "in/plan.dxf", .drawingBytes = Bytes::kOld, .backup = "", .tree = {"in/", "in/plan.dxf"}},
     {.name = "ASymbolicLink",
      .prepare =
          [](auto f) {
@@ -271,23 +219,14 @@ const Situation kSituations[] = {
            makeFolder(f / "links");
            std::filesystem::create_symlink("../real/plan.dxf", f / "links" / "plan.dxf");
          },
-     .target = "links/plan.dxf",
-     .drawing = "real/plan.dxf",
-     .drawingBytes = Bytes::kNew,
-     .backup = "real/plan.bak",
+     .target = "links/plan.dxf", .drawing = "real/plan.dxf", .drawingBytes = Bytes::kNew, .backup = "real/plan.bak",
      .backupBytes = Bytes::kOld,
      .tree = {"links/", "links/plan.dxf -> ../real/plan.dxf", "real/", "real/plan.bak", "real/plan.dxf"}},
     {.name = "ALinkToAMissingFile",
-     .prepare = [](auto f) { std::filesystem::create_symlink("made.dxf", f / "plan.dxf"); },
-     .drawing = "made.dxf",
-     .drawingBytes = Bytes::kNew,
-     .backup = "",
-     .tree = {"made.dxf", "plan.dxf -> made.dxf"}},
-    {.name = "ALinkToItself",
-     .prepare = [](auto f) { std::filesystem::create_symlink("plan.dxf", f / "plan.dxf"); },
-     .message = "Too many levels of symbolic links",
-     .backup = "",
-     .tree = {"plan.dxf -> plan.dxf"}},
+     .prepare = [](auto f) { std::filesystem::create_symlink("made.dxf", f / "plan.dxf"); }, .drawing = "made.dxf",
+     .drawingBytes = Bytes::kNew, .backup = "", .tree = {"made.dxf", "plan.dxf -> made.dxf"}},
+    {.name = "ALinkToItself", .prepare = [](auto f) { std::filesystem::create_symlink("plan.dxf", f / "plan.dxf"); },
+     .message = "Too many levels of symbolic links", .backup = "", .tree = {"plan.dxf -> plan.dxf"}},
     {.name = "AFullDisk",
      .prepare =
          [](auto f) {
@@ -295,11 +234,8 @@ const Situation kSituations[] = {
            put(f / "plan.bak", kUnrelated);
            put(f / ".plan.dxf.saving-AbC123", "cut sh");
          },
-     .failAfterBytes = 100,
-     .message = "No space left on device",
-     .drawingBytes = Bytes::kOld,
-     .backupBytes = Bytes::kUnrelated,
-     .tree = {".plan.dxf.saving-AbC123", "plan.bak", "plan.dxf"}},
+     .failAfterBytes = 100, .message = "No space left on device", .drawingBytes = Bytes::kOld,
+     .backupBytes = Bytes::kUnrelated, .tree = {".plan.dxf.saving-AbC123", "plan.bak", "plan.dxf"}},
     {.name = "LeftOversOfKilledSaves",
      .prepare =
          [](auto f) {
@@ -311,8 +247,7 @@ const Situation kSituations[] = {
            }
            makeFolder(f / ".plan.dxf.saving-Folder");
          },
-     .drawingBytes = Bytes::kNew,
-     .backupBytes = Bytes::kOld,
+     .drawingBytes = Bytes::kNew, .backupBytes = Bytes::kOld,
      .tree = {".plan.bak.saving-AbC123", ".plan.dxf.saving-AbC12", ".plan.dxf.saving-AbC1234",
               ".plan.dxf.saving-AbC_12", ".plan.dxf.saving-Folder/", "plan.bak", "plan.dxf", "plan.dxf.saving-AbC123"},
      .removed = {".plan.dxf.saving-AbC123", ".plan.dxf.saving-zz9ZZ9"}},
