@@ -250,8 +250,9 @@ int runDemo(const DemoOptions& options) {
   host.engine().evaluateFields(&db, {}, host::AcDbField::kDemand, &batch);
   app.onUnload();
 
-  writeLine(core::format(L"Evaluated %d of %d fields of %s in one batch.", batch.evaluated, batch.found,
-                         core::fromUtf8(path.string())));
+  const int failed = static_cast<int>(batch.failed.size());
+  writeLine(core::format(L"Evaluated %d of %d fields of %s in one batch, %d ended in an error.",
+                         batch.evaluated - failed, batch.found, core::fromUtf8(path.string()), failed));
   for (const auto id : db.get<headless::FieldList>(db.fieldListId())->ids()) {
     const auto* field = db.get<headless::Field>(id);
     // Children are shown under their parents.

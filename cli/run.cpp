@@ -8,6 +8,7 @@
 
 #include "commands.h"
 #include "core/utf8.h"
+#include "drawingsave.h"
 #include "dxf/model/drawingfile.h"
 #include "headless/db/database.h"
 #include "headless/editor/script.h"
@@ -24,6 +25,7 @@ struct RunOptions {
   std::string script;
   std::string output;
   bool save = false;
+  bool force = false;
   bool light = false;
   std::vector<std::string> commands;
 };
@@ -71,6 +73,17 @@ int runCommands(const RunOptions& options) {
     drawing = std::move(loaded.drawing);
     db = &drawing->database();
   }
+  // Commands may ask for answers at length: a save that cannot be done is told before they run.
+  const bool saving = drawing && (options.save || !options.output.empty());
+  const dxf::SaveOptions save = saveOptions("run", options.force);
+  if (saving) {
+    const std::filesystem::path target =
+        options.output.empty() ? drawing->path() : std::filesystem::path(options.output);
+    if (const dxf::Status possible = dxf::Document::checkSave(target, save); !possible) {
+      reportSaveFailure("run", possible);
+      return 1;
+    }
+  }
 
   headless::Session::Options sessionOptions;
   sessionOptions.program = options.light ? L"acadlt" : L"acad";
@@ -103,15 +116,15 @@ int runCommands(const RunOptions& options) {
   host.print(L"\n");
   std::fflush(stdout);
 
-  if (drawing && (options.save || !options.output.empty())) {
+  if (saving) {
     // A command that stopped half-way may have left the drawing half-changed.
     if (session.failures() > 0) {
       fail("the drawing was not saved because a command failed");
       return 1;
     }
-    const dxf::Status saved = options.output.empty() ? drawing->save() : drawing->saveAs(options.output);
+    const dxf::Status saved = options.output.empty() ? drawing->save(save) : drawing->saveAs(options.output, save);
     if (!saved) {
-      fail(saved.message());
+      reportSaveFailure("run", saved);
       return 1;
     }
   }
@@ -128,8 +141,11 @@ void addRunCommand(CLI::App& app, Action& action) {
   run->add_option("--script", options->script,
                   "Answers, one per line (an empty line is Enter, ^C cancels, [Yes] answers a box); without "
                   "COMMANDs the script holds the commands too");
-  auto* output = run->add_option("-o,--output", options->output, "Save the drawing to this file; the drawing itself stays as it was");
+  auto* output = run->add_option("-o,--output", options->output,
+                                 "Save the drawing to this file; the drawing itself stays as it was")
+                     ->check(outputFile());
   run->add_flag("--save", options->save, "Save the drawing in place")->excludes(output);
+  addForceFlag(*run, options->force);
   run->add_flag("--lt", options->light, "Act as the light edition of the host (program name acadlt)");
   run->add_option("COMMAND", options->commands, "Commands to run in order; put -- before them");
   run->callback([&action, options] { action = [options] { return runCommands(*options); }; });

@@ -70,7 +70,10 @@ class AcFdFieldEngine {
   // texts that hold the fields are brought up to date.
   struct BatchResult {
     int found = 0;
-    int evaluated = 0;
+    int evaluated = 0;  // those the context called for, whatever came of them
+    // Those that ended in an error status, in the order they were evaluated. A value that says
+    // an error (a formula's own message) is a success.
+    std::vector<AcDbObjectId> failed;
   };
   virtual Acad::ErrorStatus evaluateFields(AcDbDatabase* db, const std::vector<AcDbObjectId>& fields, int context,
                                            BatchResult* result = nullptr) = 0;

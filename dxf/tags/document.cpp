@@ -528,7 +528,15 @@ Status Document::save(const std::filesystem::path& path, const SaveOptions& opti
   file.failAfter(options.failAfterBytes);
   if (auto opened = file.open(options); !opened) return opened;
   if (auto written = write(file, options.format); !written) return written;
-  return file.commit();
+  if (auto committed = file.commit(); !committed) return committed;
+  if (options.leftoverRemoved) {
+    for (const auto& leftover : file.removedLeftovers()) options.leftoverRemoved(leftover);
+  }
+  return Status::success();
+}
+
+Status Document::checkSave(const std::filesystem::path& path, const SaveOptions& options) {
+  return AtomicFile(path).check(options);
 }
 
 }  // namespace corvane::dxf

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -56,9 +57,12 @@ struct HeaderVariable {
 
 struct SaveOptions {
   std::optional<FileFormat> format;  // the file's own format when absent
-  bool keepBackup = true;            // the previous file becomes NAME.bak
+  bool keepBackup = true;            // the previous file becomes NAME.bak beside it
+  bool replaceReadOnly = false;      // a read-only file is refused otherwise
   // Simulates a full disk: writing fails once this many bytes went to the temporary file.
   std::uint64_t failAfterBytes = UINT64_MAX;
+  // Told of each temporary file of an earlier save that never finished, once the save removed it.
+  std::function<void(const std::filesystem::path&)> leftoverRemoved = nullptr;
 };
 
 class Document;
@@ -159,8 +163,11 @@ class Document {
   // --- output
   Status write(ByteSink& sink, std::optional<FileFormat> format = std::nullopt) const;
   // Atomic: a temporary file in the same folder, flushed to disk, then renamed over the
-  // drawing. On failure every file is as it was and no temporary file is left.
+  // drawing (over the file it leads to, for a symbolic link). On failure every file is as it
+  // was and no temporary file is left.
   Status save(const std::filesystem::path& path, const SaveOptions& options = {}) const;
+  // Whether a save to the path could go ahead, checked before any file is made or changed.
+  static Status checkSave(const std::filesystem::path& path, const SaveOptions& options = {});
 
  private:
   friend class Reader;

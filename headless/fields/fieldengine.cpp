@@ -149,7 +149,11 @@ void FieldEngine::evaluateTree(Field& field, Database& db, int context, BatchRes
   for (const auto child : field.children()) {
     if (auto* childField = Field::of(db.lookup(child))) evaluateTree(*childField, db, context, result);
   }
+  const int before = result.evaluated;
   evaluateOne(field, db, context, result);
+  if (result.evaluated != before && field.evaluationStatus() != AcDbField::kSuccess) {
+    result.failed.push_back(field.objectId());
+  }
 }
 
 Acad::ErrorStatus FieldEngine::evaluateField(Field& field, Database& db, int context, BatchResult* result) {

@@ -196,6 +196,9 @@ bool RegistryFile::writeFile(const std::string& contents, std::string& error) {
     error = file.error();
     return false;
   }
+  for (const auto& leftover : file.removedLeftovers()) {
+    warn(core::format(L"removed %s, left by a save of the settings that did not finish", wide(leftover.string())));
+  }
   return true;
 }
 

@@ -3,9 +3,10 @@
 //
 // The file is read on first use and written after each change: to a temporary file in the same
 // folder, flushed to disk, then renamed over the old one, so that a crash leaves either the old
-// file or the new one. A file that cannot be read is reported once; the session then works with
-// an empty registry (every setting at its default) and leaves the file alone until a setting is
-// changed, when the damaged file is kept beside it with ".bak" added to its name.
+// file or the new one; the next write removes, with a warning, what a killed one left behind.
+// A file that cannot be read is reported once; the session then works with an empty registry
+// (every setting at its default) and leaves the file alone until a setting is changed, when the
+// damaged file is kept beside it with ".bak" added to its name.
 #pragma once
 
 #include <filesystem>

@@ -11,6 +11,14 @@
 #include <string>
 #include <vector>
 
+#include "core/utf8.h"
+#include "dxf/model/drawingfile.h"
+#include "headless/db/circle.h"
+#include "headless/db/database.h"
+#include "headless/db/field.h"
+#include "headless/db/text.h"
+#include "headless/db/texthost.h"
+#include "headless/hostapplication.h"
 #include "support/clirun.h"
 
 namespace {
@@ -101,7 +109,7 @@ TEST(DrawingCommands, UpdateEvaluatesEveryFieldAndSaves) {
   const auto out = folder.path() / "updated.dxf";
   const CommandRun elsewhere = run({"update", copy.string(), "-o", out.string()}, errors);
   EXPECT_EQ(elsewhere.exitCode, 0) << elsewhere.err;
-  EXPECT_EQ(elsewhere.out, "Evaluated 16 of 16 fields; saved " + out.string() + "\n");
+  EXPECT_EQ(elsewhere.out, "Evaluated 16 of 16 fields, 0 ended in an error; saved " + out.string() + "\n");
   EXPECT_EQ(corvane::testing::readWhole(copy), original);
   // The file name fields now show the name of the file they were evaluated in.
   const CommandRun listed = run({"fields", out.string()}, errors);
@@ -166,6 +174,7 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
     ::chmod(file.c_str(), mode);
   };
   const Prepare drawing = [&](const fs::path& f) { put(f / "q.dxf", kOriginal); };
+  const Prepare readOnly = [&](const fs::path& f) { put(f / "q.dxf", kOriginal, 0444); };
   struct Case {
     const char* what;
     Prepare prepare;
@@ -187,16 +196,48 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
          fs::create_directory(f / "out");
          put(f / "out.bak", kUnrelated);
        },
-       {"update", example.string(), "-o", "@/out"}, 1, "/out' is a folder", "out.bak", kUnrelated, "", kNone,
+       {"update", example.string(), "-o", "@/out"}, 2, "/out' is a folder", "out.bak", kUnrelated, "", kNone,
        {"out.bak", "out/"}},
-      {"an empty output name", drawing, {"save", "@/q.dxf", "-o", ""}, 1, "no file name was given", "q.dxf",
+      {"an empty output name", drawing, {"save", "@/q.dxf", "-o", ""}, 2, "the output file name is empty", "q.dxf",
        kOriginal, "", kNone, {"q.dxf"}},
+      {"an empty output name is no update in place", drawing, {"update", "@/q.dxf", "-o", ""}, 2,
+       "the output file name is empty", "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
       {"a backup that cannot be kept fails the save",
        [&](auto f) {
          put(f / "q.dxf", kOriginal);
          fs::create_directory(f / "q.bak");
        },
        {"update", "@/q.dxf"}, 1, "cannot keep the backup", "q.dxf", kOriginal, "", kNone, {"q.bak/", "q.dxf"}},
+      {"a read-only drawing", readOnly, {"update", "@/q.dxf"}, 1, "q.dxf' is read-only; add --force to replace it",
+       "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
+      {"a read-only drawing, forced", readOnly, {"update", "--force", "@/q.dxf"}, 0, "", "q.dxf", kUpdated, "q.bak",
+       kOriginal, {"q.bak", "q.dxf"}},
+      {"a read-only output of save", [&](auto f) { put(f / "o.dxf", kUnrelated, 0444); },
+       {"save", example.string(), "-o", "@/o.dxf"}, 1, "is read-only", "o.dxf", kUnrelated, "", kNone, {"o.dxf"}},
+      {"run refuses a read-only drawing before its commands", readOnly,
+       {"run", "--lt", "@/q.dxf", "--save", "Corvane_Test"}, 1, "is read-only; add --force", "q.dxf", kOriginal, "",
+       kNone, {"q.dxf"}},
+      {"run saves a read-only drawing when forced", readOnly,
+       {"run", "--lt", "@/q.dxf", "--save", "--force", "Corvane_Test"}, 0, "", "q.dxf", kOriginal, "q.bak", kOriginal,
+       {"q.bak", "q.dxf"}},
+      {"run with an empty output name", drawing, {"run", "@/q.dxf", "-o", "", "Corvane_Test"}, 2,
+       "the output file name is empty", "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
+      {"a symbolic link is written through",
+       [&](auto f) {
+         put(f / "real" / "q.dxf", kOriginal);
+         fs::create_directory(f / "links");
+         fs::create_symlink("../real/q.dxf", f / "links" / "q.dxf");
+       },
+       {"update", "@/links/q.dxf"}, 0, "", "real/q.dxf", kUpdated, "real/q.bak", kOriginal,
+       {"links/", "links/q.dxf -> ../real/q.dxf", "real/", "real/q.bak", "real/q.dxf"}},
+      {"the left-over of a killed save is removed and named",
+       [&](auto f) {
+         put(f / "q.dxf", kOriginal);
+         put(f / ".q.dxf.saving-AbC123", kUnrelated);
+         put(f / ".q.dxf.saving-AbC12", kUnrelated);
+       },
+       {"update", "@/q.dxf"}, 0, "removed '@/.q.dxf.saving-AbC123', left by a save that did not finish", "q.dxf",
+       kUpdated, "q.bak", kOriginal, {".q.dxf.saving-AbC12", "q.bak", "q.dxf"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -232,6 +273,88 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
       EXPECT_TRUE(corvane::testing::readWhole(folder / c.backup) == expected(c.backupBytes)) << "the backup";
     }
     EXPECT_EQ(folder.tree(), c.tree);
+  }
+}
+
+// The example with fields that go wrong added: a malformed code, a property of an object
+// erased before the save, an evaluator no one serves, and a formula whose value is its own
+// error message, which is no field error. Returns the handles of the fields that fail.
+std::vector<std::string> writeDrawingWithBrokenFields(const fs::path& path) {
+  namespace headless = corvane::headless;
+  headless::HostApplication host;
+  auto loaded = corvane::dxf::DrawingFile::load(fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf", host);
+  EXPECT_TRUE(loaded.drawing) << loaded.error;
+  if (!loaded.drawing) return {};
+  auto& db = loaded.drawing->database();
+  // The field a text's code makes, within the text's own field.
+  const auto inText = [&](const std::wstring& code) {
+    const auto text = db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{0, -120, 0}, 2.5, L""));
+    const auto* wrapper = db.get<headless::Field>(headless::attachField(db, text, code));
+    return corvane::core::toUtf8(db.lookup(wrapper->getChild(0))->handle().text());
+  };
+  const auto circle = db.appendEntity(std::make_unique<headless::Circle>(headless::Circle::Point{0, 0, 0}, 1.0));
+  std::vector<std::string> failing = {
+      inText(L"%<\\AcObjProp Object().Radius>%"),
+      inText(L"Gone: %<\\AcObjProp Object(%<\\_ObjId " + std::to_wstring(circle.asOldId()) + L">%).Radius>%"),
+      inText(L"%<\\NoSuchEvaluator 1>%"),
+  };
+  inText(L"%<\\VxExpr (1/0)>%");
+  {
+    corvane::host::AcDbObjectPointer<corvane::host::AcDbObject> erased(host, circle, corvane::host::AcDb::kForWrite);
+    EXPECT_EQ(erased->erase(), corvane::host::Acad::eOk);
+  }
+  const auto saved = loaded.drawing->saveAs(path);
+  EXPECT_TRUE(saved.ok()) << saved.message();
+  return failing;
+}
+
+// The count, each field that ended in an error with its status and message (or value, for an
+// error without one), the same as JSON, and the exit status --strict gives.
+TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
+  const Folder folder;
+  const auto broken = folder / "broken.dxf";
+  const auto handles = writeDrawingWithBrokenFields(broken);
+  ASSERT_EQ(handles.size(), 3u);
+  const std::string before = corvane::testing::readWhole(broken);
+  const auto clean = fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf";
+  const std::string out = (folder / "out.dxf").string();
+  const std::string text = "Evaluated 29 of 32 fields, 3 ended in an error; saved " + out + "\n" + handles[0] +
+                           "\tAcObjProp\t16\tNo object reference\n" + handles[1] +
+                           "\tAcObjProp\t64\tThe object does not exist\n" + handles[2] +
+                           "\tNoSuchEvaluator\t4\t####\n";
+  const auto error = [](const std::string& handle, const char* evaluator, int status, const char* message) {
+    return "{\"handle\": \"" + handle + "\", \"evaluator\": \"" + evaluator + "\", \"status\": " +
+           std::to_string(status) + ", \"message\": \"" + message + "\", \"value\": \"####\"}";
+  };
+  const std::string json = "{\"found\": 32, \"evaluated\": 29, \"failed\": 3, \"errors\": [" +
+                           error(handles[0], "AcObjProp", 16, "No object reference") + ", " +
+                           error(handles[1], "AcObjProp", 64, "The object does not exist") + ", " +
+                           error(handles[2], "NoSuchEvaluator", 4, "") + "], \"saved\": \"" + out + "\"}\n";
+  struct Case {
+    std::vector<std::string> args;
+    int exitCode;
+    std::string out;
+  } const cases[] = {
+      {{"update", broken.string(), "-o", out}, 0, text},
+      {{"update", "--json", broken.string(), "-o", out}, 0, json},
+      {{"update", "--strict", broken.string(), "-o", out}, 3, text},
+      {{"update", "--json", "--strict", broken.string(), "-o", out}, 3, json},
+      {{"update", "--strict", clean.string(), "-o", out}, 0,
+       "Evaluated 24 of 24 fields, 0 ended in an error; saved " + out + "\n"},
+      {{"update", "--json", clean.string(), "-o", out}, 0,
+       "{\"found\": 24, \"evaluated\": 24, \"failed\": 0, \"errors\": [], \"saved\": \"" + out + "\"}\n"},
+  };
+  for (const auto& c : cases) {
+    std::string line;
+    for (const auto& arg : c.args) line += arg + " ";
+    SCOPED_TRACE(line);
+    fs::remove(out);
+    const CommandRun result = run(c.args, folder / "stderr");
+    EXPECT_EQ(result.exitCode, c.exitCode) << result.err;
+    EXPECT_EQ(result.out, c.out);
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(fs::exists(out)) << "saved whatever the fields came to";
+    EXPECT_TRUE(corvane::testing::readWhole(broken) == before);
   }
 }
 

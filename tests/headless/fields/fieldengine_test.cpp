@@ -71,18 +71,24 @@ TEST(FieldEngine, HostEvaluatorsAndHostText) {
   };
   for (const auto& c : cases) {
     const auto id = d.addField(c.code);
-    d.host.engine().evaluateFields(&d.db, {id}, AcDbField::kDemand);
+    host::AcFdFieldEngine::BatchResult batch;
+    d.host.engine().evaluateFields(&d.db, {id}, AcDbField::kDemand, &batch);
     const auto& field = d.field(id);
     EXPECT_EQ(field.evaluationStatus(), c.status) << std::string(c.code.begin(), c.code.end());
     EXPECT_EQ(field.getDisplayText(), c.display);
+    // The batch names the fields that failed.
+    const bool failed = c.status != AcDbField::kSuccess;
+    EXPECT_EQ(batch.failed, failed ? std::vector{id} : std::vector<host::AcDbObjectId>{});
 
-    // In a text the field is wrapped in a text field, and the text shows what it shows.
+    // In a text the field is wrapped in a text field, and the text shows what it shows; the
+    // wrapper succeeds all the same.
     const auto text = d.addText(L"old");
     const auto wrapper = attachField(d.db, text, c.code);
-    d.host.engine().evaluateFields(&d.db, {wrapper}, AcDbField::kDemand);
+    d.host.engine().evaluateFields(&d.db, {wrapper}, AcDbField::kDemand, &batch);
     EXPECT_EQ(d.field(wrapper).evaluatorId(), L"_text");
     EXPECT_EQ(d.field(wrapper).evaluationStatus(), AcDbField::kSuccess);
     EXPECT_EQ(d.db.get<Text>(text)->hostText(), c.display);
+    EXPECT_EQ(batch.failed, failed ? std::vector{d.field(wrapper).getChild(0)} : std::vector<host::AcDbObjectId>{});
   }
 }
 
@@ -110,6 +116,7 @@ TEST(FieldEngine, ContextAgainstEvaluationOption) {
   auto result = d.evaluateAll(AcDbField::kDemand);
   EXPECT_EQ(result.evaluated, 0);
   EXPECT_EQ(field.evaluationStatus(), AcDbField::kNotYetEvaluated);
+  EXPECT_TRUE(result.failed.empty()) << "a field left alone did not fail";
   // A preview evaluates whatever the field's option says.
   result = d.evaluateAll(AcDbField::kPreview);
   EXPECT_EQ(result.evaluated, 1);

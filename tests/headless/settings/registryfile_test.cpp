@@ -183,21 +183,17 @@ TEST(RegistryFile, AWriteStoppedBeforeTheRenameLeavesTheOldFile) {
   EXPECT_NE(ScratchFolder::read(path).find("\"A\"=\"new\""), std::string::npos);
 }
 
-TEST(RegistryFile, ALeftOverTemporaryFromACrashIsIgnored) {
-  ScratchFolder folder;
-  const auto path = folder / "registry.reg";
-  ScratchFolder::write(path, "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\K]\n\"A\"=dword:00000001\n");
-  ScratchFolder::write(folder / ".registry.reg.saving-AbC123", "Windows Registry Editor Vers");  // cut short
-  RegistryFile file(path);
-  host::RegValue value;
-  ASSERT_EQ(file.queryValue(kUser, L"K", L"A", value), RegStatus::kSuccess);
-  EXPECT_EQ(value, host::regDword(1));
-  EXPECT_FALSE(file.damaged());
-}
-
-// The settings file is replaced as drawings are: never over a backup it cannot keep.
+// The settings file is replaced as drawings are: through a link to the file it leads to, never
+// over a read-only file or a backup it cannot keep, and the left-overs of killed writes go.
 TEST(RegistryFile, WritesMeetTheFileSystemAsDrawingSavesDo) {
+  const std::string good =
+      "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Halvek\\Corvane]\n\"A\"=\"old\"\n";
+  const std::string changed =
+      "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Halvek\\Corvane]\n\"A\"=\"old\"\n"
+      "\"B\"=\"new\"\n";
   const std::string damaged = "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\K]\n\"A\"=dword:zz\n";
+  const std::string fresh =
+      "Windows Registry Editor Version 5.00\n\n[HKEY_CURRENT_USER\\Software\\Halvek\\Corvane]\n\"B\"=\"new\"\n";
   struct Case {
     const char* what;
     std::function<void(const std::filesystem::path&)> prepare;
@@ -207,12 +203,38 @@ TEST(RegistryFile, WritesMeetTheFileSystemAsDrawingSavesDo) {
     std::string contents;
     std::vector<std::string> tree;
   } const cases[] = {
+      {"a link to the file kept elsewhere",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "dotfiles" / "registry.reg", good);
+         std::filesystem::create_symlink("dotfiles/registry.reg", f / "registry.reg");
+       },
+       true, L"", "dotfiles/registry.reg", changed,
+       {"dotfiles/", "dotfiles/registry.reg", "registry.reg -> dotfiles/registry.reg"}},
+      {"a damaged file behind a link keeps its backup beside it",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "dotfiles" / "registry.reg", damaged);
+         std::filesystem::create_symlink("dotfiles/registry.reg", f / "registry.reg");
+       },
+       true, L"is damaged", "dotfiles/registry.reg", fresh,
+       {"dotfiles/", "dotfiles/registry.reg", "dotfiles/registry.reg.bak", "registry.reg -> dotfiles/registry.reg"}},
       {"a damaged file whose backup's name is a folder",
        [&](const auto& f) {
          ScratchFolder::write(f / "registry.reg", damaged);
          std::filesystem::create_directory(f / "registry.reg.bak");
        },
        false, L"cannot keep the backup", "registry.reg", damaged, {"registry.reg", "registry.reg.bak/"}},
+      {"a read-only file",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "registry.reg", good);
+         std::filesystem::permissions(f / "registry.reg", std::filesystem::perms::owner_read);
+       },
+       false, L"is read-only", "registry.reg", good, {"registry.reg"}},
+      {"the left-over of a killed write",
+       [&](const auto& f) {
+         ScratchFolder::write(f / "registry.reg", good);
+         ScratchFolder::write(f / ".registry.reg.saving-AbC123", "Windows Registry Editor Vers");  // cut short
+       },
+       true, L".registry.reg.saving-AbC123, left by a save", "registry.reg", changed, {"registry.reg"}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -220,6 +242,7 @@ TEST(RegistryFile, WritesMeetTheFileSystemAsDrawingSavesDo) {
     c.prepare(folder.path());
     Warnings warnings;
     RegistryFile file(folder / "registry.reg", warnings.sink());
+    // Reading takes no notice of a left-over.
     EXPECT_EQ(getString(file, L"B"), std::nullopt);
     EXPECT_EQ(setString(file, L"B", L"new"), c.saved);
     if (c.warning.empty()) {
