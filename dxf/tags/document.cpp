@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "core/textutil.h"
-#include "dxf/tags/atomicfile.h"
+#include "dxf/tags/filesink.h"
 #include "dxf/tags/groupcode.h"
 #include "dxf/tags/numbertext.h"
 #include "dxf/tags/recordview.h"
@@ -524,7 +524,7 @@ std::uint64_t Document::allocateHandle() {
 // --- output
 
 Status Document::save(const std::filesystem::path& path, const SaveOptions& options) const {
-  AtomicFile file(path);
+  FileSink file(path);
   file.failAfter(options.failAfterBytes);
   if (auto opened = file.open(options); !opened) return opened;
   if (auto written = write(file, options.format); !written) return written;
@@ -536,7 +536,7 @@ Status Document::save(const std::filesystem::path& path, const SaveOptions& opti
 }
 
 Status Document::checkSave(const std::filesystem::path& path, const SaveOptions& options) {
-  return AtomicFile(path).check(options);
+  return FileSink(path).check(options);
 }
 
 }  // namespace corvane::dxf

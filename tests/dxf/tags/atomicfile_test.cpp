@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "core/atomicfile.h"
-#include "dxf/tags/atomicfile.h"
 #include "dxf/tags/document.h"
+#include "dxf/tags/filesink.h"
 #include "support/dxftext.h"
 
 namespace corvane::dxf {
@@ -80,7 +80,7 @@ TEST(Save, AnUncommittedFileIsRemovedAndTheTargetUntouched) {
   const auto path = folder.path() / "plan.dxf";
   testing::writeBytes(path, "old");
   {
-    AtomicFile file(path);
+    FileSink file(path);
     ASSERT_TRUE(file.open().ok());
     ASSERT_TRUE(file.write("new contents"));
     EXPECT_TRUE(std::filesystem::exists(file.temporaryPath()));
@@ -93,7 +93,7 @@ TEST(Save, AnUncommittedFileIsRemovedAndTheTargetUntouched) {
 TEST(Save, BackupNamesReplaceTheExtension) {
   const std::pair<const char*, const char*> cases[] = {
       {"a/plan.dxf", "a/plan.bak"}, {"plan", "plan.bak"}, {"a.b/plan.v2.dxf", "a.b/plan.v2.bak"}};
-  for (const auto& [target, backup] : cases) EXPECT_EQ(AtomicFile::backupPath(target), backup);
+  for (const auto& [target, backup] : cases) EXPECT_EQ(FileSink::backupPath(target), backup);
 }
 
 // A save of the edited drawing into a folder prepared as the row says, and what it must leave:

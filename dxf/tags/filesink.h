@@ -1,4 +1,4 @@
-// A drawing saved all at once (see core::AtomicFile), as a sink for the writer.
+// The writer's sink onto a drawing file that is replaced all at once (see core::AtomicFile).
 #pragma once
 
 #include <cstdint>
@@ -14,9 +14,9 @@
 
 namespace corvane::dxf {
 
-class AtomicFile : public ByteSink {
+class FileSink : public ByteSink {
  public:
-  explicit AtomicFile(std::filesystem::path target) : file_(std::move(target)) {}
+  explicit FileSink(std::filesystem::path target) : file_(std::move(target)) {}
 
   // Whether the save can go ahead; nothing is made or changed.
   Status check(const SaveOptions& options = {}) { return status(file_.check(fileOptions(options))); }
