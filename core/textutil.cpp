@@ -151,21 +151,6 @@ std::wstring trimLeft(std::wstring_view text) { return std::wstring(text.substr(
 
 std::wstring trimRight(std::wstring_view text) { return std::wstring(text.substr(0, endOfNonSpace(text))); }
 
-namespace {
-
-template <typename View>
-View withoutBlanks(View text) noexcept {
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
-  return text;
-}
-
-}  // namespace
-
-std::string_view trimBlanks(std::string_view text) noexcept { return withoutBlanks(text); }
-
-std::wstring_view trimBlanks(std::wstring_view text) noexcept { return withoutBlanks(text); }
-
 std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wstring_view to) {
   if (from.empty()) return std::wstring(text);
   std::wstring out;

@@ -30,9 +30,16 @@ std::wstring trim(std::wstring_view text);
 std::wstring trimLeft(std::wstring_view text);
 std::wstring trimRight(std::wstring_view text);
 // The text without blanks (spaces and tabs) at either end, without a copy: the padding of
-// values in drawing files and settings files, where other white space means something.
-std::string_view trimBlanks(std::string_view text) noexcept;
-std::wstring_view trimBlanks(std::wstring_view text) noexcept;
+// values in drawing files and settings files, where other white space means something. In the
+// header, as a loader calls it for every value it reads.
+template <typename View>
+View withoutBlanks(View text) noexcept {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
+inline std::string_view trimBlanks(std::string_view text) noexcept { return withoutBlanks(text); }
+inline std::wstring_view trimBlanks(std::wstring_view text) noexcept { return withoutBlanks(text); }
 
 // Replaces every non-overlapping occurrence of `from`, scanning left to right. An empty
 // `from` leaves the text as it is.

@@ -1,6 +1,7 @@
 #include "dxf/tags/textpieces.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace corvane::dxf {
 
@@ -18,6 +19,11 @@ std::wstring decodeCarets(std::wstring_view text) {
     }
   }
   return out;
+}
+
+std::wstring decodeCarets(std::wstring&& text) {
+  if (text.find(L'^') == std::wstring::npos) return std::move(text);
+  return decodeCarets(std::wstring_view(text));
 }
 
 std::wstring encodeCarets(std::wstring_view text) {

@@ -16,6 +16,8 @@ inline constexpr std::size_t kTextPieceSize = 250;
 
 // The stored text with its caret escapes decoded. A caret before anything else stays a caret.
 std::wstring decodeCarets(std::wstring_view text);
+// The same for a text of one's own, which comes back as it is when it holds no caret.
+std::wstring decodeCarets(std::wstring&& text);
 // The text as a file stores it: control characters and carets escaped.
 std::wstring encodeCarets(std::wstring_view text);
 

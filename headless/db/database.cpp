@@ -21,7 +21,7 @@ namespace corvane::headless {
 
 using host::Acad;
 
-Database::Database(DatabaseHost& host) : host_(host) {
+Database::Database(DatabaseHost& host) : host_(host), table_(host.objects()) {
   for (const auto& var : initialSysVars()) sysvars_.emplace(var.name, var.value);
   regApps_.emplace_back(L"ACAD");
   namedObjects_ = addObject(std::make_unique<Dictionary>(), {});
@@ -47,7 +47,7 @@ Database::Database(DatabaseHost& host) : host_(host) {
   get<BlockTableRecord>(paperSpace_)->setLayoutId(sheet);
 }
 
-Database::Database(DatabaseHost& host, Empty) : host_(host) {
+Database::Database(DatabaseHost& host, Empty) : host_(host), table_(host.objects()) {
   for (const auto& var : initialSysVars()) sysvars_.emplace(var.name, var.value);
   regApps_.emplace_back(L"ACAD");
 }

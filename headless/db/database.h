@@ -49,7 +49,7 @@ class Database : public host::AcDbDatabase {
 
   host::AcDbHostApplicationServices& services() override;
   DatabaseHost& host() const noexcept { return host_; }
-  ObjectTable& objects() const noexcept { return host_.objects(); }
+  ObjectTable& objects() const noexcept { return table_; }
   std::wstring getFilename() const override { return fileName_; }
   void setFilename(std::wstring name) { fileName_ = std::move(name); }
 
@@ -128,6 +128,7 @@ class Database : public host::AcDbDatabase {
   std::uint8_t structureRoles(const host::AcDbObject& object) const;
 
   DatabaseHost& host_;
+  ObjectTable& table_;  // the host's, looked up once: every object access goes through it
   std::wstring fileName_;
   std::vector<std::unique_ptr<host::AcDbObject>> objects_;  // in creation order
   core::HandleIndex byHandle_;

@@ -4,13 +4,6 @@
 
 namespace corvane::headless {
 
-const ObjectTable::Slot* ObjectTable::slot(host::AcDbObjectId id) const noexcept {
-  if (id.asOldId() < kFirstId) return nullptr;
-  const std::uint64_t index = id.asOldId() - kFirstId;
-  if (index >= slots_.size() || !slots_[index].object) return nullptr;
-  return &slots_[index];
-}
-
 host::AcDbObjectId ObjectTable::add(Database& db, host::AcDbObject& object, HeadlessObject& headless) {
   slots_.push_back(Slot{&db, &object, &headless});
   return host::AcDbObjectId(kFirstId + slots_.size() - 1);
@@ -30,21 +23,6 @@ bool ObjectTable::isErased(host::AcDbObjectId id) const noexcept {
 host::AcDbHandle ObjectTable::handle(host::AcDbObjectId id) const noexcept {
   const Slot* s = slot(id);
   return s ? s->headless->record().handle : host::AcDbHandle();
-}
-
-Database* ObjectTable::database(host::AcDbObjectId id) const noexcept {
-  const Slot* s = slot(id);
-  return s ? s->db : nullptr;
-}
-
-host::AcDbObject* ObjectTable::lookup(host::AcDbObjectId id) const noexcept {
-  const Slot* s = slot(id);
-  return s ? s->object : nullptr;
-}
-
-HeadlessObject* ObjectTable::lookupHeadless(host::AcDbObjectId id) const noexcept {
-  const Slot* s = slot(id);
-  return s ? s->headless : nullptr;
 }
 
 }  // namespace corvane::headless

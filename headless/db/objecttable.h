@@ -25,10 +25,20 @@ class ObjectTable {
   bool isValid(host::AcDbObjectId id) const noexcept { return slot(id) != nullptr; }
   bool isErased(host::AcDbObjectId id) const noexcept;
   host::AcDbHandle handle(host::AcDbObjectId id) const noexcept;
-  Database* database(host::AcDbObjectId id) const noexcept;
+  Database* database(host::AcDbObjectId id) const noexcept {
+    const Slot* s = slot(id);
+    return s ? s->db : nullptr;
+  }
   // The object behind an id without opening it (headless code only); null for invalid ids.
-  host::AcDbObject* lookup(host::AcDbObjectId id) const noexcept;
-  HeadlessObject* lookupHeadless(host::AcDbObjectId id) const noexcept;
+  // Loading and saving ask this for every object, so it stays in the header.
+  host::AcDbObject* lookup(host::AcDbObjectId id) const noexcept {
+    const Slot* s = slot(id);
+    return s ? s->object : nullptr;
+  }
+  HeadlessObject* lookupHeadless(host::AcDbObjectId id) const noexcept {
+    const Slot* s = slot(id);
+    return s ? s->headless : nullptr;
+  }
 
  private:
   struct Slot {
@@ -36,7 +46,12 @@ class ObjectTable {
     host::AcDbObject* object = nullptr;
     HeadlessObject* headless = nullptr;
   };
-  const Slot* slot(host::AcDbObjectId id) const noexcept;
+  const Slot* slot(host::AcDbObjectId id) const noexcept {
+    if (id.asOldId() < kFirstId) return nullptr;
+    const std::uint64_t index = id.asOldId() - kFirstId;
+    if (index >= slots_.size() || !slots_[index].object) return nullptr;
+    return &slots_[index];
+  }
 
   // Ids start high so that an id is never mistaken for a handle or an index, and stay below
   // 2^31 because the host's own id texts are read back with 32-bit conversions.
