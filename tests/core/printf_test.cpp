@@ -51,6 +51,7 @@ TEST(Printf, GeneralFormOfRealsAsTheRuntimePrintsIt) {
       {L"%.0G", {1234.5}, L"1E+03"},  // precision 0 counts as 1
       {L"%10G|%-10G|", {1.5, 1.5}, L"       1.5|1.5       |"},
       {L"%lG %LG", {1.5, 2.5}, L"1.5 2.5"},
+      {L"%G|%G|%g", {HUGE_VAL, -HUGE_VAL, HUGE_VAL}, L"INF|-INF|inf"},  // one spelling, whatever the platform
   });
 }
 
@@ -70,6 +71,7 @@ TEST(Printf, FixedAndExponentFormsRoundTheBinaryValue) {
       {L"%.0f", {3.7}, L"4"},
       {L"%#.0f", {3.0}, L"3."},
       {L"%f", {7}, L"7.000000"},
+      {L"%f", {std::nan("")}, L"nan"},
   });
 }
 
@@ -157,13 +159,6 @@ TEST(Printf, LongOutputs) {
   EXPECT_EQ(big, std::wstring(594, L' ') + L"-2.500");
   EXPECT_EQ(format(L"%.400f", 1.0).size(), 402u);
   EXPECT_EQ(format(L"%f", 1e300).size(), 301u + 7u);
-}
-
-TEST(Printf, NonFiniteValuesHaveOneStableSpelling) {
-  expectFormats({
-      {L"%G|%G|%g", {HUGE_VAL, -HUGE_VAL, HUGE_VAL}, L"INF|-INF|inf"},
-      {L"%f", {std::nan("")}, L"nan"},
-  });
 }
 
 TEST(Printf, TemplateMistakesThrow) {

@@ -131,6 +131,15 @@ TEST(Geometry, EllipseParameterOfAStoredAngle) {
 
 Loop edgeLoop(std::vector<Edge> edges) { return Loop{false, true, {}, std::move(edges)}; }
 
+// Degree 1 through the corners of the unit square and back to the first.
+SplineEdge squareSpline() {
+  SplineEdge spline;
+  spline.degree = 1;
+  spline.knots = {0, 0, 1, 2, 3, 4, 4};
+  spline.controlPoints = {{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}};
+  return spline;
+}
+
 TEST(Geometry, EdgeLoopAreas) {
   const AcGePoint2d center{2, 3};
   struct Case {
@@ -169,10 +178,6 @@ TEST(Geometry, EdgeLoopAreas) {
 }
 
 TEST(Geometry, EdgeLengths) {
-  SplineEdge squareSpline;
-  squareSpline.degree = 1;
-  squareSpline.knots = {0, 0, 1, 2, 3, 4, 4};
-  squareSpline.controlPoints = {{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}};
   struct Case {
     const char* name;
     Edge edge;
@@ -188,17 +193,12 @@ TEST(Geometry, EdgeLengths) {
       {"ellipse 2 x 1", EllipticArcEdge{{0, 0}, {0, -2}, 0.5, 0, 360, true}, 8 * 1.2110560275684594},
       // half of it, from the major axis to the opposite end
       {"half ellipse", EllipticArcEdge{{0, 0}, {2, 0}, 0.5, 0, 180, true}, 4 * 1.2110560275684594},
-      {"degree 1 spline", squareSpline, 4.0},
+      {"degree 1 spline", squareSpline(), 4.0},
   };
   for (const auto& c : cases) EXPECT_NEAR(edgeLength(c.edge), c.length, 1e-9) << c.name;
 }
 
 TEST(Geometry, SplineEdges) {
-  SplineEdge squareSpline;  // degree 1 through the corners of the unit square
-  squareSpline.degree = 1;
-  squareSpline.knots = {0, 0, 1, 2, 3, 4, 4};
-  squareSpline.controlPoints = {{0, 0}, {1, 0}, {1, 1}, {0, 1}, {0, 0}};
-
   SplineEdge parabola;  // a quadratic Bezier arch from (0,0) over (1,2) to (2,0), peak (1,1)
   parabola.degree = 2;
   parabola.knots = {0, 0, 0, 1, 1, 1};
@@ -219,7 +219,7 @@ TEST(Geometry, SplineEdges) {
     Loop loop;
     double area, tolerance;
   } const cases[] = {
-      {"degree 1", edgeLoop({squareSpline}), 1.0, 1e-12},
+      {"degree 1", edgeLoop({squareSpline()}), 1.0, 1e-12},
       // a parabolic segment is 2/3 of chord times height: 2/3 * 2 * 1
       {"parabola", edgeLoop({parabola, LineEdge{{2, 0}, {0, 0}}}), 4.0 / 3, 1e-12},
       {"rational quarter circle", edgeLoop({LineEdge{{0, 0}, {1, 0}}, quarter, LineEdge{{0, 1}, {0, 0}}}),

@@ -91,8 +91,6 @@ class RecordingSession : public host::HostSession,
   bool hasEditor = true;
   bool document = true;
 
-  Log& log() { return log_; }
-
   // HostSession
   host::AcEdCommandStack& commandStack() override { return *this; }
   host::AcEditor* editor() override {
@@ -143,7 +141,7 @@ class RecordingSession : public host::HostSession,
   host::Acad::ErrorStatus addCommand(std::wstring_view group, std::wstring_view globalName,
                                      std::wstring_view localName, int flags, host::AcRxFunction function) override {
     log_.push_back(core::format(L"addCommand %s %s %s %d", group, globalName, localName, flags));
-    commands.push_back({std::wstring(globalName), std::wstring(localName), std::move(function)});
+    commands.push_back({std::wstring(localName), std::move(function)});
     return host::Acad::eOk;
   }
   host::Acad::ErrorStatus removeGroup(std::wstring_view group) override {
@@ -153,7 +151,7 @@ class RecordingSession : public host::HostSession,
   }
   bool hasCommand(std::wstring_view) const override { return false; }
   struct Registered {
-    std::wstring globalName, localName;
+    std::wstring localName;
     host::AcRxFunction function;
   };
   std::vector<Registered> commands;
