@@ -9,6 +9,7 @@
 #include "core/crt.h"
 #include "core/printf.h"
 #include "core/utf8.h"
+#include "drawingsave.h"
 #include "dxf/model/drawingfile.h"
 #include "headless/db/circle.h"
 #include "headless/db/database.h"
@@ -35,6 +36,7 @@ struct DemoOptions {
   std::string drawing;
   std::string output;
   std::string makeExample;
+  bool force = false;
 };
 
 // The example as it sits in the source tree. The program is built from that tree, so the
@@ -109,7 +111,7 @@ std::wstring formula(std::wstring_view expression, bool twoDecimals = true) {
 // A bill of quantities: items with quantity and unit price, an amount per item, totals below;
 // one quantity is the area of the round pit drawn beside the table. Under the table a note
 // reads the drawing's units, and a multiline text carries the total on.
-int makeExample(const fs::path& out) {
+int makeExample(const fs::path& out, bool force) {
   headless::HostApplication host;
   auto made = dxf::DrawingFile::read(std::string(kSkeleton), host, out);
   if (!made.drawing) {
@@ -177,9 +179,9 @@ int makeExample(const fs::path& out) {
       db, carried,
       L"Carried to the cover sheet: %<\\TableCell " + TableCellReferenceText(tableHandle, 6, 4) + L">% EUR");
 
-  const dxf::Status saved = drawing.save();
+  const dxf::Status saved = drawing.save(saveOptions("demo", force));
   if (!saved) {
-    std::fprintf(stderr, "corvane demo: %s\n", saved.message().c_str());
+    reportSaveFailure("demo", saved);
     return 1;
   }
   std::printf("Wrote the example drawing %s\n", out.string().c_str());
@@ -234,6 +236,12 @@ int runDemo(const DemoOptions& options) {
   const fs::path path = options.drawing.empty() ? defaultExample() : fs::path(options.drawing);
   const fs::path out = options.output.empty() ? updatedPath(path) : fs::path(options.output);
 
+  // A save that cannot go ahead is told before the listing, not after it.
+  const dxf::SaveOptions save = saveOptions("demo", options.force);
+  if (const dxf::Status possible = dxf::Document::checkSave(out, save); !possible) {
+    reportSaveFailure("demo", possible);
+    return 1;
+  }
   headless::HostApplication host;
   auto loaded = dxf::DrawingFile::load(path, host);
   if (!loaded.drawing) {
@@ -261,9 +269,9 @@ int runDemo(const DemoOptions& options) {
     printField(host, db, *field);
   }
 
-  const dxf::Status saved = drawing.saveAs(out);
+  const dxf::Status saved = drawing.saveAs(out, save);
   if (!saved) {
-    std::fprintf(stderr, "corvane demo: %s\n", saved.message().c_str());
+    reportSaveFailure("demo", saved);
     return 1;
   }
   writeLine(L"");
@@ -281,12 +289,14 @@ void addDemoCommand(CLI::App& app, Action& action) {
       "beside it with \"-updated\" added to its name; without DRAWING, the embedded example "
       "examples/quantities.dxf, a bill of quantities with formula and table cell fields");
   demo->add_option("DRAWING", options->drawing, "Run on this drawing (DXF) instead of the example");
-  demo->add_option("-o,--output", options->output, "Save the updated drawing here instead");
+  demo->add_option("-o,--output", options->output, "Save the updated drawing here instead")->check(outputFile());
   demo->add_option("--make-example", options->makeExample,
-                   "Write the example drawing afresh to this file, fields not yet evaluated, and stop");
+                   "Write the example drawing afresh to this file, fields not yet evaluated, and stop")
+      ->check(outputFile());
+  addForceFlag(*demo, options->force);
   demo->callback([&action, options] {
     action = [options] {
-      return options->makeExample.empty() ? runDemo(*options) : makeExample(options->makeExample);
+      return options->makeExample.empty() ? runDemo(*options) : makeExample(options->makeExample, options->force);
     };
   });
 }

@@ -222,6 +222,18 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
        {"q.bak", "q.dxf"}},
       {"run with an empty output name", drawing, {"run", "@/q.dxf", "-o", "", "Corvane_Test"}, 2,
        "the output file name is empty", "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
+      {"demo refuses a read-only output", [&](auto f) { put(f / "o.dxf", kUnrelated, 0444); },
+       {"demo", example.string(), "-o", "@/o.dxf"}, 1, "is read-only; add --force", "o.dxf", kUnrelated, "", kNone,
+       {"o.dxf"}},
+      {"demo replaces a read-only output when forced", [&](auto f) { put(f / "o.dxf", kUnrelated, 0444); },
+       {"demo", example.string(), "-o", "@/o.dxf", "--force"}, 0, "", "o.dxf", kUpdated, "o.bak", kUnrelated,
+       {"o.bak", "o.dxf"}},
+      {"demo with an output that is a folder", [&](auto f) { fs::create_directory(f / "out"); },
+       {"demo", example.string(), "-o", "@/out"}, 2, "/out' is a folder", "out.dxf", kNone, "", kNone, {"out/"}},
+      {"demo names the left-over of a killed save",
+       [&](auto f) { put(f / ".o.dxf.saving-Zz9Zz9", kUnrelated); },
+       {"demo", example.string(), "-o", "@/o.dxf"}, 0, "removed '@/.o.dxf.saving-Zz9Zz9', left by a save", "o.dxf",
+       kUpdated, "", kNone, {"o.dxf"}},
       {"a symbolic link is written through",
        [&](auto f) {
          put(f / "real" / "q.dxf", kOriginal);
