@@ -238,10 +238,7 @@ int runDemo(const DemoOptions& options) {
 
   // A save that cannot go ahead is told before the listing, not after it.
   const dxf::SaveOptions save = saveOptions("demo", options.force);
-  if (const dxf::Status possible = dxf::Document::checkSave(out, save); !possible) {
-    reportSaveFailure("demo", possible);
-    return 1;
-  }
+  if (!savePossible("demo", out, save)) return 1;
   headless::HostApplication host;
   auto loaded = dxf::DrawingFile::load(path, host);
   if (!loaded.drawing) {

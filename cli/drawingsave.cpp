@@ -35,4 +35,10 @@ void reportSaveFailure(const std::string& command, const dxf::Status& status) {
   std::fprintf(stderr, "corvane %s: %s%s\n", command.c_str(), status.message().c_str(), advice);
 }
 
+bool savePossible(const std::string& command, const std::filesystem::path& target, const dxf::SaveOptions& options) {
+  const dxf::Status possible = dxf::Document::checkSave(target, options);
+  if (!possible) reportSaveFailure(command, possible);
+  return possible.ok();
+}
+
 }  // namespace corvane::cli

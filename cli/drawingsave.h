@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <filesystem>
 #include <string>
 
 #include "dxf/tags/document.h"
@@ -21,5 +22,8 @@ dxf::SaveOptions saveOptions(const std::string& command, bool force);
 
 // The save's failure on stderr, with what the user can do about a read-only file.
 void reportSaveFailure(const std::string& command, const dxf::Status& status);
+// Whether a save to `target` could go ahead; when it cannot, says why, before any work that
+// would be lost with it.
+bool savePossible(const std::string& command, const std::filesystem::path& target, const dxf::SaveOptions& options);
 
 }  // namespace corvane::cli

@@ -79,10 +79,7 @@ int runCommands(const RunOptions& options) {
   if (saving) {
     const std::filesystem::path target =
         options.output.empty() ? drawing->path() : std::filesystem::path(options.output);
-    if (const dxf::Status possible = dxf::Document::checkSave(target, save); !possible) {
-      reportSaveFailure("run", possible);
-      return 1;
-    }
+    if (!savePossible("run", target, save)) return 1;
   }
 
   headless::Session::Options sessionOptions;
