@@ -17,15 +17,23 @@ Acad::ErrorStatus compileFieldRecord(AcDbField* field, host::AcDbDatabase* /*db*
 }
 
 Acad::ErrorStatus finishEvaluation(host::AcFdFieldResult* result, int status, const host::AcFdFieldValue& value,
-                                   bool notYetEvaluatedIsOk) {
+                                   bool notYetEvaluatedIsOk, std::wstring_view message) {
   Acad::ErrorStatus es = Acad::eInvalidInput;
   if (status == AcDbField::kSuccess) {
     es = result ? result->setFieldValue(value) : Acad::eInvalidInput;
   } else if (status == AcDbField::kNotYetEvaluated && notYetEvaluatedIsOk) {
     es = Acad::eOk;
   }
-  if (result) result->setEvaluationStatus(status, 0, {});
+  if (result) result->setEvaluationStatus(status, 0, status == AcDbField::kSuccess ? std::wstring_view() : message);
   return es;
+}
+
+std::wstring_view fieldArguments(std::wstring_view record) noexcept {
+  if (record.empty() || record.front() != L'\\') return record;
+  std::size_t end = 1;
+  while (end < record.size() && record[end] != L' ' && record[end] != L'\t') ++end;
+  if (end < record.size()) ++end;  // the blank after the id
+  return record.substr(end);
 }
 
 Acad::ErrorStatus formatFieldText(host::AcFdFieldEvaluator& evaluator, AcDbField* field, wchar_t*& text) {

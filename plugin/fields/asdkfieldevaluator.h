@@ -5,8 +5,13 @@
 //
 //   int evaluateField(host::AcDbField* field, host::AcDbDatabase* db, host::AcFdFieldValue& value);
 //
-// which returns an evaluation status and, on success (2), has filled the value.
+// which returns an evaluation status and, on success (2), has filled the value. A worker that
+// can say why it failed takes a fourth argument, std::wstring& message, which becomes the
+// message of the field's status.
 #pragma once
+
+#include <string>
+#include <string_view>
 
 #include "host/acfd.h"
 #include "plugin/fields/evaluatortable.h"
@@ -22,7 +27,11 @@ host::Acad::ErrorStatus compileFieldRecord(host::AcDbField* field, host::AcDbDat
 // status is the call's result), otherwise the result is invalid input, or OK for a "not yet
 // evaluated" that the type accepts; then the status is set whatever happened.
 host::Acad::ErrorStatus finishEvaluation(host::AcFdFieldResult* result, int status, const host::AcFdFieldValue& value,
-                                         bool notYetEvaluatedIsOk);
+                                         bool notYetEvaluatedIsOk, std::wstring_view message = {});
+
+// The arguments of a data record: the code after its evaluator id ("\AcArea Object(<1F>)" gives
+// "Object(<1F>)"); a record without an id is all arguments.
+std::wstring_view fieldArguments(std::wstring_view record) noexcept;
 
 // Format: the host's text of the value, copied for the caller to free.
 host::Acad::ErrorStatus formatFieldText(host::AcFdFieldEvaluator& evaluator, host::AcDbField* field, wchar_t*& text);
@@ -43,8 +52,15 @@ class AsdkFieldEvaluator : public host::AcFdFieldEvaluator {
     if (!field) return host::Acad::eInvalidInput;
     if (!db) db = field->database();
     host::AcFdFieldValue value;
-    const int status = static_cast<Derived*>(this)->evaluateField(field, db, value);
-    return finishEvaluation(result, status, value, Derived::kNotYetEvaluatedIsOk);
+    Derived& worker = *static_cast<Derived*>(this);
+    if constexpr (requires(std::wstring& message) { worker.evaluateField(field, db, value, message); }) {
+      std::wstring message;
+      const int status = worker.evaluateField(field, db, value, message);
+      return finishEvaluation(result, status, value, Derived::kNotYetEvaluatedIsOk, message);
+    } else {
+      const int status = worker.evaluateField(field, db, value);
+      return finishEvaluation(result, status, value, Derived::kNotYetEvaluatedIsOk);
+    }
   }
 
   host::Acad::ErrorStatus format(host::AcDbField* field, wchar_t*& text) override {

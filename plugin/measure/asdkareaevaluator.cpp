@@ -1,10 +1,13 @@
 #include "plugin/measure/asdkareaevaluator.h"
 
+#include "plugin/measure/entitymeasure.h"
+#include "plugin/measure/measurefield.h"
+
 namespace corvane {
 
-int AsdkAreaEvaluator::evaluateField(host::AcDbField* /*field*/, host::AcDbDatabase* /*db*/, host::AcFdFieldValue& /*value*/) {
-  // Not computed yet: the field reports "other error" and keeps the value it had.
-  return host::AcDbField::kOtherError;
+int AsdkAreaEvaluator::evaluateField(host::AcDbField* field, host::AcDbDatabase* /*db*/, host::AcFdFieldValue& value,
+                                   std::wstring& message) {
+  return evaluateObjectSetField(field, kEvaluatorTable[kRow].dataKey, entityArea, value, message);
 }
 
 }  // namespace corvane

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "plugin/fields/asdkfieldevaluator.h"
 
 namespace corvane {
@@ -8,7 +10,7 @@ namespace corvane {
 class AsdkLengthEvaluator : public AsdkFieldEvaluator<AsdkLengthEvaluator> {
  public:
   static constexpr std::size_t kRow = kLengthRow;
-  int evaluateField(host::AcDbField* field, host::AcDbDatabase* db, host::AcFdFieldValue& value);
+  int evaluateField(host::AcDbField* field, host::AcDbDatabase* db, host::AcFdFieldValue& value, std::wstring& message);
 };
 
 }  // namespace corvane

@@ -1,0 +1,88 @@
+#include "plugin/measure/entitymeasure.h"
+
+#include "host/acdbarc.h"
+#include "host/acdbcircle.h"
+#include "host/acdbhatch.h"
+#include "host/acdbline.h"
+#include "host/acdbpolyline.h"
+#include "plugin/measure/objectset.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr double kFullTurn = 6.28318530718;
+constexpr double kWrapThreshold = -0.0001;
+
+bool takes(int typeMask, int type) noexcept { return typeMask == 0 || (typeMask & type) != 0; }
+
+double curveArea(const host::AcDbCurve& curve) {
+  double area = 0.0;
+  return curve.getArea(area) == host::Acad::eOk ? area : 0.0;
+}
+
+double polylineLength(const host::AcDbPolyline& polyline) {
+  double length = 0.0;
+  const unsigned int count = polyline.numVerts();
+  for (unsigned int i = 0; i < count; ++i) {
+    switch (polyline.segType(i)) {
+      case host::AcDbPolyline::kLine: {
+        host::AcGeLineSeg2d segment;
+        if (polyline.getLineSegAt(i, segment) == host::Acad::eOk) length += segment.length();
+        break;
+      }
+      case host::AcDbPolyline::kArc: {
+        host::AcGeCircArc2d arc;
+        if (polyline.getArcSegAt(i, arc) == host::Acad::eOk) length += arc.radius() * (arc.endAng() - arc.startAng());
+        break;
+      }
+      default: break;
+    }
+  }
+  return length;
+}
+
+}  // namespace
+
+double entityArea(const host::AcDbEntity& entity, int typeMask) {
+  if (takes(typeMask, kArcType)) {
+    if (const auto* arc = dynamic_cast<const host::AcDbArc*>(&entity)) return curveArea(*arc);
+  }
+  if (takes(typeMask, kCircleType)) {
+    if (const auto* circle = dynamic_cast<const host::AcDbCircle*>(&entity)) return curveArea(*circle);
+  }
+  if (takes(typeMask, kPolylineType)) {
+    if (const auto* polyline = dynamic_cast<const host::AcDbPolyline*>(&entity)) return curveArea(*polyline);
+  }
+  if (takes(typeMask, kHatchType)) {
+    if (const auto* hatch = dynamic_cast<const host::AcDbHatch*>(&entity)) {
+      double area = 0.0;
+      return hatch->getArea(area) == host::Acad::eOk ? area : 0.0;
+    }
+  }
+  return 0.0;
+}
+
+double entityLength(const host::AcDbEntity& entity, int typeMask) {
+  if (takes(typeMask, kArcType)) {
+    if (const auto* arc = dynamic_cast<const host::AcDbArc*>(&entity)) {
+      double sweep = arc->endAngle() - arc->startAngle();
+      if (!(sweep > kWrapThreshold)) sweep += kFullTurn;
+      return arc->radius() * sweep;
+    }
+  }
+  if (takes(typeMask, kCircleType)) {
+    if (const auto* circle = dynamic_cast<const host::AcDbCircle*>(&entity)) return circle->radius() * kFullTurn;
+  }
+  if (takes(typeMask, kPolylineType)) {
+    if (const auto* polyline = dynamic_cast<const host::AcDbPolyline*>(&entity)) return polylineLength(*polyline);
+  }
+  if (takes(typeMask, kLineType)) {
+    if (const auto* line = dynamic_cast<const host::AcDbLine*>(&entity)) {
+      return line->startPoint().distanceTo(line->endPoint());
+    }
+  }
+  return 0.0;
+}
+
+}  // namespace corvane

@@ -1,0 +1,17 @@
+// The work area and length fields share: read the object-set text from the field's data,
+// sum the measure over the set in the working drawing, and hand out the sum.
+#pragma once
+
+#include <string>
+
+#include "host/acfd.h"
+#include "plugin/measure/objectset.h"
+
+namespace corvane {
+
+// Status 64 without the data record, 16 when it is no text, does not begin with "Object(" or
+// has options that do not read (with `message` saying why); otherwise 2 and the sum as a real.
+int evaluateObjectSetField(host::AcDbField* field, const wchar_t* dataKey, EntityMeasure measure,
+                           host::AcFdFieldValue& value, std::wstring& message);
+
+}  // namespace corvane
