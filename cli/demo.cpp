@@ -55,8 +55,9 @@ fs::path updatedPath(const fs::path& drawing) {
 
 // ---- the example drawing -------------------------------------------------------------------
 
-// The smallest R2018 drawing the example grows from: the symbol tables, model and paper
-// space, the root dictionary, metric units and two decimals.
+// The R2018 drawing the example grows from: the symbol tables, model and paper space, the root
+// dictionary, metric units and two decimals, and a small plan beside the bill of quantities:
+// rooms, walls and doors on layers of their own.
 constexpr std::string_view kSkeleton =
     "0\nSECTION\n2\nHEADER\n"
     "9\n$ACADVER\n1\nAC1032\n9\n$HANDSEED\n5\n30\n9\n$INSUNITS\n70\n6\n9\n$LUNITS\n70\n2\n9\n$LUPREC\n70\n2\n"
@@ -67,22 +68,36 @@ constexpr std::string_view kSkeleton =
     "0\nLTYPE\n5\n14\n330\n5\n100\nAcDbSymbolTableRecord\n100\nAcDbLinetypeTableRecord\n"
     "2\nContinuous\n70\n0\n3\nSolid line\n72\n65\n73\n0\n40\n0.0\n"
     "0\nENDTAB\n"
-    "0\nTABLE\n2\nLAYER\n5\n2\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
+    "0\nTABLE\n2\nLAYER\n5\n2\n330\n0\n100\nAcDbSymbolTable\n70\n4\n"
     "0\nLAYER\n5\n10\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n2\n0\n70\n0\n62\n7\n"
+    "6\nContinuous\n"
+    "0\nLAYER\n5\n100\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n2\nRooms\n70\n0\n62\n3\n"
+    "6\nContinuous\n"
+    "0\nLAYER\n5\n101\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n2\nWalls\n70\n0\n62\n1\n"
+    "6\nContinuous\n"
+    "0\nLAYER\n5\n102\n330\n2\n100\nAcDbSymbolTableRecord\n100\nAcDbLayerTableRecord\n2\nDoors\n70\n0\n62\n4\n"
     "6\nContinuous\n"
     "0\nENDTAB\n"
     "0\nTABLE\n2\nSTYLE\n5\n3\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
     "0\nSTYLE\n5\n11\n330\n3\n100\nAcDbSymbolTableRecord\n100\nAcDbTextStyleTableRecord\n2\nStandard\n70\n0\n"
     "40\n0.0\n41\n1.0\n50\n0.0\n71\n0\n42\n2.5\n3\ntxt\n4\n\n"
     "0\nENDTAB\n"
-    "0\nTABLE\n2\nAPPID\n5\n9\n330\n0\n100\nAcDbSymbolTable\n70\n1\n"
+    "0\nTABLE\n2\nAPPID\n5\n9\n330\n0\n100\nAcDbSymbolTable\n70\n3\n"
     "0\nAPPID\n5\n12\n330\n9\n100\nAcDbSymbolTableRecord\n100\nAcDbRegAppTableRecord\n2\nACAD\n70\n0\n"
+    "0\nAPPID\n5\n11A\n330\n9\n100\nAcDbSymbolTableRecord\n100\nAcDbRegAppTableRecord\n2\nAcDbDynamicBlockGUID\n"
+    "70\n0\n"
+    "0\nAPPID\n5\n11B\n330\n9\n100\nAcDbSymbolTableRecord\n100\nAcDbRegAppTableRecord\n2\nAcDbBlockRepBTag\n70\n0\n"
     "0\nENDTAB\n"
-    "0\nTABLE\n2\nBLOCK_RECORD\n5\n1\n330\n0\n100\nAcDbSymbolTable\n70\n2\n"
+    "0\nTABLE\n2\nBLOCK_RECORD\n5\n1\n330\n0\n100\nAcDbSymbolTable\n70\n4\n"
     "0\nBLOCK_RECORD\n5\n1F\n330\n1\n100\nAcDbSymbolTableRecord\n100\nAcDbBlockTableRecord\n2\n*Model_Space\n"
     "340\n0\n"
     "0\nBLOCK_RECORD\n5\n1B\n330\n1\n100\nAcDbSymbolTableRecord\n100\nAcDbBlockTableRecord\n2\n*Paper_Space\n"
     "340\n0\n"
+    // A dynamic door and the variant a door with another leaf width inserts.
+    "0\nBLOCK_RECORD\n5\n110\n330\n1\n100\nAcDbSymbolTableRecord\n100\nAcDbBlockTableRecord\n2\nDoor\n340\n0\n"
+    "1001\nAcDbDynamicBlockGUID\n1000\n{6F1D5A2C-0B7E-4C35-9C1E-2D3B4A5F6E70}\n"
+    "0\nBLOCK_RECORD\n5\n111\n330\n1\n100\nAcDbSymbolTableRecord\n100\nAcDbBlockTableRecord\n2\n*U2\n340\n0\n"
+    "1001\nAcDbBlockRepBTag\n1070\n1\n1005\n110\n"
     "0\nENDTAB\n"
     "0\nENDSEC\n"
     "0\nSECTION\n2\nBLOCKS\n"
@@ -92,8 +107,62 @@ constexpr std::string_view kSkeleton =
     "0\nBLOCK\n5\n1C\n330\n1B\n100\nAcDbEntity\n67\n1\n8\n0\n100\nAcDbBlockBegin\n2\n*Paper_Space\n70\n0\n"
     "10\n0.0\n20\n0.0\n30\n0.0\n3\n*Paper_Space\n1\n\n"
     "0\nENDBLK\n5\n1D\n330\n1B\n100\nAcDbEntity\n67\n1\n8\n0\n100\nAcDbBlockEnd\n"
+    "0\nBLOCK\n5\n112\n330\n110\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockBegin\n2\nDoor\n70\n2\n"
+    "10\n0.0\n20\n0.0\n30\n0.0\n3\nDoor\n1\n\n"
+    "0\nLINE\n5\n114\n330\n110\n100\nAcDbEntity\n8\n0\n100\nAcDbLine\n10\n0.0\n20\n0.0\n30\n0.0\n"
+    "11\n0.9\n21\n0.0\n31\n0.0\n"
+    "0\nATTDEF\n5\n115\n330\n110\n100\nAcDbEntity\n8\n0\n100\nAcDbText\n10\n0.0\n20\n0.2\n30\n0.0\n40\n0.2\n"
+    "1\n900\n100\nAcDbAttributeDefinition\n280\n0\n3\nLeaf width\n2\nWIDTH\n70\n0\n"
+    "0\nENDBLK\n5\n113\n330\n110\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockEnd\n"
+    "0\nBLOCK\n5\n116\n330\n111\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockBegin\n2\n*U2\n70\n3\n"
+    "10\n0.0\n20\n0.0\n30\n0.0\n3\n*U2\n1\n\n"
+    "0\nLINE\n5\n118\n330\n111\n100\nAcDbEntity\n8\n0\n100\nAcDbLine\n10\n0.0\n20\n0.0\n30\n0.0\n"
+    "11\n1.0\n21\n0.0\n31\n0.0\n"
+    "0\nATTDEF\n5\n119\n330\n111\n100\nAcDbEntity\n8\n0\n100\nAcDbText\n10\n0.0\n20\n0.2\n30\n0.0\n40\n0.2\n"
+    "1\n1000\n100\nAcDbAttributeDefinition\n280\n0\n3\nLeaf width\n2\nWIDTH\n70\n0\n"
+    "0\nENDBLK\n5\n117\n330\n111\n100\nAcDbEntity\n8\n0\n100\nAcDbBlockEnd\n"
     "0\nENDSEC\n"
-    "0\nSECTION\n2\nENTITIES\n0\nENDSEC\n"
+    "0\nSECTION\n2\nENTITIES\n"
+    // Rooms: a 6 x 4 room, a 5 x 4 room whose east wall bows out in a half circle, and a
+    // hatched 8 x 5 courtyard around a 2 x 2 light well.
+    "0\nLWPOLYLINE\n5\n120\n330\n1F\n100\nAcDbEntity\n8\nRooms\n100\nAcDbPolyline\n90\n4\n70\n1\n43\n0.0\n"
+    "10\n200.0\n20\n0.0\n10\n206.0\n20\n0.0\n10\n206.0\n20\n-4.0\n10\n200.0\n20\n-4.0\n"
+    "0\nLWPOLYLINE\n5\n121\n330\n1F\n100\nAcDbEntity\n8\nRooms\n100\nAcDbPolyline\n90\n4\n70\n1\n43\n0.0\n"
+    "10\n210.0\n20\n0.0\n10\n215.0\n20\n0.0\n42\n-1.0\n10\n215.0\n20\n-4.0\n10\n210.0\n20\n-4.0\n"
+    "0\nHATCH\n5\n122\n330\n1F\n100\nAcDbEntity\n8\nRooms\n100\nAcDbHatch\n10\n0.0\n20\n0.0\n30\n0.0\n"
+    "210\n0.0\n220\n0.0\n230\n1.0\n2\nSOLID\n70\n1\n71\n0\n91\n2\n"
+    "92\n19\n72\n0\n73\n1\n93\n4\n10\n220.0\n20\n0.0\n10\n228.0\n20\n0.0\n10\n228.0\n20\n-5.0\n"
+    "10\n220.0\n20\n-5.0\n97\n0\n"
+    "92\n2\n72\n0\n73\n1\n93\n4\n10\n223.0\n20\n-1.5\n10\n225.0\n20\n-1.5\n10\n225.0\n20\n-3.5\n"
+    "10\n223.0\n20\n-3.5\n97\n0\n"
+    "75\n0\n76\n1\n98\n0\n"
+    // Walls: a straight one and one with a half-round bay.
+    "0\nLINE\n5\n123\n330\n1F\n100\nAcDbEntity\n8\nWalls\n100\nAcDbLine\n10\n200.0\n20\n2.0\n30\n0.0\n"
+    "11\n230.0\n21\n2.0\n31\n0.0\n"
+    "0\nLWPOLYLINE\n5\n124\n330\n1F\n100\nAcDbEntity\n8\nWalls\n100\nAcDbPolyline\n90\n4\n70\n0\n43\n0.0\n"
+    "10\n200.0\n20\n-6.0\n10\n210.0\n20\n-6.0\n42\n1.0\n10\n214.0\n20\n-6.0\n10\n230.0\n20\n-6.0\n"
+    // Doors with their leaf widths; the last one is the dynamic door made wider.
+    "0\nINSERT\n5\n125\n330\n1F\n100\nAcDbEntity\n8\nDoors\n100\nAcDbBlockReference\n66\n1\n2\nDoor\n"
+    "10\n202.0\n20\n0.0\n30\n0.0\n"
+    "0\nATTRIB\n5\n126\n330\n125\n100\nAcDbEntity\n8\nDoors\n100\nAcDbText\n10\n202.0\n20\n0.2\n30\n0.0\n"
+    "40\n0.2\n1\n900\n100\nAcDbAttribute\n280\n0\n2\nWIDTH\n70\n0\n"
+    "0\nSEQEND\n5\n127\n330\n125\n100\nAcDbEntity\n8\nDoors\n"
+    "0\nINSERT\n5\n128\n330\n1F\n100\nAcDbEntity\n8\nDoors\n100\nAcDbBlockReference\n66\n1\n2\nDoor\n"
+    "10\n212.0\n20\n0.0\n30\n0.0\n"
+    "0\nATTRIB\n5\n129\n330\n128\n100\nAcDbEntity\n8\nDoors\n100\nAcDbText\n10\n212.0\n20\n0.2\n30\n0.0\n"
+    "40\n0.2\n1\n900\n100\nAcDbAttribute\n280\n0\n2\nWIDTH\n70\n0\n"
+    "0\nSEQEND\n5\n12A\n330\n128\n100\nAcDbEntity\n8\nDoors\n"
+    "0\nINSERT\n5\n12B\n330\n1F\n100\nAcDbEntity\n8\nDoors\n100\nAcDbBlockReference\n66\n1\n2\nDoor\n"
+    "10\n222.0\n20\n0.0\n30\n0.0\n"
+    "0\nATTRIB\n5\n12C\n330\n12B\n100\nAcDbEntity\n8\nDoors\n100\nAcDbText\n10\n222.0\n20\n0.2\n30\n0.0\n"
+    "40\n0.2\n1\n800\n100\nAcDbAttribute\n280\n0\n2\nWIDTH\n70\n0\n"
+    "0\nSEQEND\n5\n12D\n330\n12B\n100\nAcDbEntity\n8\nDoors\n"
+    "0\nINSERT\n5\n12E\n330\n1F\n100\nAcDbEntity\n8\nDoors\n100\nAcDbBlockReference\n66\n1\n2\n*U2\n"
+    "10\n226.0\n20\n0.0\n30\n0.0\n"
+    "0\nATTRIB\n5\n12F\n330\n12E\n100\nAcDbEntity\n8\nDoors\n100\nAcDbText\n10\n226.0\n20\n0.2\n30\n0.0\n"
+    "40\n0.2\n1\n1000\n100\nAcDbAttribute\n280\n0\n2\nWIDTH\n70\n0\n"
+    "0\nSEQEND\n5\n130\n330\n12E\n100\nAcDbEntity\n8\nDoors\n"
+    "0\nENDSEC\n"
     "0\nSECTION\n2\nOBJECTS\n"
     "0\nDICTIONARY\n5\nC\n330\n0\n100\nAcDbDictionary\n281\n1\n"
     "0\nENDSEC\n"
@@ -178,6 +247,25 @@ int makeExample(const fs::path& out, bool force) {
   headless::attachField(
       db, carried,
       L"Carried to the cover sheet: %<\\TableCell " + TableCellReferenceText(tableHandle, 6, 4) + L">% EUR");
+
+  // Under the plan: the floor area of the rooms (the pit on layer 0 left out), the length of the
+  // walls and the doors at least 900 wide, the dynamic door's wider variant among them.
+  const struct {
+    double y;
+    std::wstring text;
+  } measures[] = {
+      {-12.0, L"Floor area: %<\\AcArea Object(<*MSPObjects*>) \\objtype \"82\" \\layer \"Rooms\" \\f \"" +
+                  std::wstring(kTwoDecimals) + L"\">% m2"},
+      {-16.0, L"Wall length: %<\\AcLength Object(<*MSPObjects*>) \\objtype \"51\" \\layer \"Walls\" \\f \"" +
+                  std::wstring(kTwoDecimals) + L"\">% m"},
+      {-20.0, L"Doors 900 or wider: %<\\AcBlockCount \"Door\" \\layer \"Doors\" \\op \">=\" \\tag \"WIDTH\" "
+              L"\\value \"900\">%"},
+  };
+  for (const auto& measure : measures) {
+    const host::AcDbObjectId label =
+        db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{200.0, measure.y, 0.0}, 1.0, L""));
+    headless::attachField(db, label, measure.text);
+  }
 
   const dxf::Status saved = drawing.save(saveOptions("demo", force));
   if (!saved) {

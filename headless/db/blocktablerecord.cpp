@@ -72,6 +72,12 @@ void BlockTableRecord::removeReference(host::AcDbObjectId reference) {
   references_.erase(std::remove(references_.begin(), references_.end(), reference), references_.end());
 }
 
+bool BlockTableRecord::isLayout() const {
+  if (!layout_.isNull()) return true;
+  const std::wstring& own = name();
+  return core::equalsNoCase(own, L"*Model_Space") || core::startsWithNoCase(own, L"*Paper_Space");
+}
+
 host::Acad::ErrorStatus BlockTableRecord::getBlockReferenceIds(std::vector<host::AcDbObjectId>& ids,
                                                                bool directOnly) const {
   ids = references_;

@@ -30,7 +30,9 @@ class BlockTableRecord : public SymbolTableRecordImpl<host::AcDbBlockTableRecord
 
   int flags() const noexcept { return flags_; }
   void setFlags(int flags);
-  bool isLayout() const override { return !layout_.isNull(); }
+  // The space of a layout. Model and paper space are spaces even in a drawing written without
+  // layout objects, as the host makes those objects when it opens one.
+  bool isLayout() const override;
   host::AcDbObjectId getLayoutId() const override { return layout_; }
   void setLayoutId(host::AcDbObjectId layout);
   bool isAnonymous() const override { return (flags_ & kAnonymous) != 0; }

@@ -21,14 +21,19 @@ using corvane::testing::runCorvane;
 fs::path example() { return fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf"; }
 
 // The demo's listing as place -> value: a block starts with "<place> (field H)", its value
-// line is "  value: ...". Table cells are named by their cell ("D2"), texts by their kind.
+// line is "  value: ...". Table cells are named by their cell ("D2"), texts by their kind, the
+// second and later of a kind with their number ("text 2").
 std::map<std::string, std::string> valuesByPlace(const std::string& listing) {
   std::map<std::string, std::string> values;
   std::istringstream in(listing);
   std::string line, place;
   while (std::getline(in, line)) {
     if (line.empty() || line[0] == ' ') {
-      if (!place.empty() && line.rfind("  value: ", 0) == 0) values[place] = line.substr(9);
+      if (!place.empty() && line.rfind("  value: ", 0) == 0) {
+        std::string key = place;
+        for (int n = 2; values.count(key) != 0; ++n) key = place + " " + std::to_string(n);
+        values[key] = line.substr(9);
+      }
       continue;
     }
     const auto field = line.find(" (field ");
@@ -79,6 +84,11 @@ TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
       {"D10", "TOTAL 5467.05 EUR"},  // the label upper-cased, the total read as the number it is
       {"text", "Drawing units: metres"},
       {"multiline text", "Carried to the cover sheet: 5467.05 EUR"},  // cell D6 of the table
+      // Rooms 6 x 4, 5 x 4 with a half circle of radius 2 added, 8 x 5 less a 2 x 2 well.
+      {"text 2", "Floor area: 86.28 m2"},  // 24 + 20 + 2 pi + 36 = 86.2832
+      // Walls 30 straight, and 10 + a half circle of radius 2 + 16.
+      {"text 3", "Wall length: 62.28 m"},  // 56 + 2 pi = 62.2832
+      {"text 4", "Doors 900 or wider: 3"},  // 900, 900 and the variant's 1000, not the 800
   };
   const auto values = valuesByPlace(run.out);
   EXPECT_EQ(values.size(), std::size(cases)) << run.out;
@@ -89,8 +99,8 @@ TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
     EXPECT_EQ(found->second, c.value);
   }
 
-  // Each of the 12 texts and cells holds its own text field around one field of ours: 24 in all.
-  const std::string count = "Evaluated 24 of 24 fields of " + drawing.string() + " in one batch, 0 ended in an error.\n";
+  // Each of the 15 texts and cells holds its own text field around one field of ours: 30 in all.
+  const std::string count = "Evaluated 30 of 30 fields of " + drawing.string() + " in one batch, 0 ended in an error.\n";
   EXPECT_EQ(run.out.rfind(count, 0), 0u) << run.out;
   std::istringstream lines(run.out);
   int parts = 0;
@@ -99,7 +109,7 @@ TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
     ++parts;
     EXPECT_NE(line.find(": status 2, "), std::string::npos) << line;
   }
-  EXPECT_EQ(parts, 12);
+  EXPECT_EQ(parts, 15);
 
   const auto updated = folder / "quantities-updated.dxf";
   EXPECT_NE(run.out.find("\nSaved " + updated.string() + "\n"), std::string::npos) << run.out;
@@ -177,7 +187,10 @@ TEST(Demo, TheUpdatedDrawingReadsBackWithItsNewTexts) {
       "row Budget|6000.00||*within budget\n"
       "row Summary|||*TOTAL 5467.05 EUR\n"
       "text Drawing units: metres\n"
-      "mtext Carried to the cover sheet: 5467.05 EUR\n";
+      "mtext Carried to the cover sheet: 5467.05 EUR\n"
+      "text Floor area: 86.28 m2\n"
+      "text Wall length: 62.28 m\n"
+      "text Doors 900 or wider: 3\n";
   const CommandRun after =
       corvane::testing::runPython(kReadScript, {(folder / "quantities-updated.dxf").string()}, folder);
   EXPECT_EQ(after.exitCode, 0) << after.err;

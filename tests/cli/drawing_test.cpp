@@ -330,7 +330,7 @@ TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
   const std::string before = corvane::testing::readWhole(broken);
   const auto clean = fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf";
   const std::string out = (folder / "out.dxf").string();
-  const std::string text = "Evaluated 29 of 32 fields, 3 ended in an error; saved " + out + "\n" + handles[0] +
+  const std::string text = "Evaluated 35 of 38 fields, 3 ended in an error; saved " + out + "\n" + handles[0] +
                            "\tAcObjProp\t16\tNo object reference\n" + handles[1] +
                            "\tAcObjProp\t64\tThe object does not exist\n" + handles[2] +
                            "\tNoSuchEvaluator\t4\t####\n";
@@ -338,7 +338,7 @@ TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
     return "{\"handle\": \"" + handle + "\", \"evaluator\": \"" + evaluator + "\", \"status\": " +
            std::to_string(status) + ", \"message\": \"" + message + "\", \"value\": \"####\"}";
   };
-  const std::string json = "{\"found\": 32, \"evaluated\": 29, \"failed\": 3, \"errors\": [" +
+  const std::string json = "{\"found\": 38, \"evaluated\": 35, \"failed\": 3, \"errors\": [" +
                            error(handles[0], "AcObjProp", 16, "No object reference") + ", " +
                            error(handles[1], "AcObjProp", 64, "The object does not exist") + ", " +
                            error(handles[2], "NoSuchEvaluator", 4, "") + "], \"saved\": \"" + out + "\"}\n";
@@ -352,9 +352,9 @@ TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
       {{"update", "--strict", broken.string(), "-o", out}, 3, text},
       {{"update", "--json", "--strict", broken.string(), "-o", out}, 3, json},
       {{"update", "--strict", clean.string(), "-o", out}, 0,
-       "Evaluated 24 of 24 fields, 0 ended in an error; saved " + out + "\n"},
+       "Evaluated 30 of 30 fields, 0 ended in an error; saved " + out + "\n"},
       {{"update", "--json", clean.string(), "-o", out}, 0,
-       "{\"found\": 24, \"evaluated\": 24, \"failed\": 0, \"errors\": [], \"saved\": \"" + out + "\"}\n"},
+       "{\"found\": 30, \"evaluated\": 30, \"failed\": 0, \"errors\": [], \"saved\": \"" + out + "\"}\n"},
   };
   for (const auto& c : cases) {
     std::string line;
