@@ -394,7 +394,9 @@ MadeObject ObjectReader::makeEntity(RecordId id, const RecordHeader& header, std
     return finish(std::move(entity));
   }
   if (type == "INSERT") {
-    const Values insert = subclass(doc_, tags, header, "AcDbBlockReference");
+    // An insertion in rows and columns keeps its data under a subclass of its own.
+    const bool grid = findSubclass(doc_, tags, "AcDbMInsertBlock", header.bodyBegin) != kNoIndex;
+    const Values insert = subclass(doc_, tags, header, grid ? "AcDbMInsertBlock" : "AcDbBlockReference");
     host::AcDbObjectId block;
     if (const auto found = blocks_.find(core::toUpper(insert.text(2))); found != blocks_.end()) block = found->second;
     auto entity = std::make_unique<headless::BlockReference>(
