@@ -31,6 +31,8 @@ class AcDbDynBlockReferenceProperty {
 
 // An insertion of a block (INSERT), with the attributes it owns.
 class AcDbBlockReference : public AcDbEntity {
+  CORVANE_RX_DECLARE(AcDbBlockReference, AcDbEntity::desc())
+
  public:
   virtual AcDbObjectId blockTableRecord() const = 0;
   virtual AcGePoint3d position() const = 0;

@@ -20,8 +20,9 @@ class AcDbBlockTableRecord : public AcDbSymbolTableRecord {
   virtual bool hasAttributeDefinitions() const = 0;
   // The base point: the block's point that lands on a reference's position.
   virtual AcGePoint3d origin() const = 0;
-  // The entities in drawing order, erased ones left out.
-  virtual AcDbBlockTableRecordIterator newIterator() const = 0;
+  // The entities in drawing order, erased ones left out unless `skipErased` is false (a walk
+  // that opens every entity finds the erased ones refuse to open, and saves a pass).
+  virtual AcDbBlockTableRecordIterator newIterator(bool skipErased = true) const = 0;
   // The references to this block; without directOnly also those that reach it through other
   // blocks: the references of every block that holds a reference to it, and so on up.
   // Erased references are listed too; callers check.

@@ -6,6 +6,8 @@
 namespace corvane::host {
 
 class AcDbCurve : public AcDbEntity {
+  CORVANE_RX_DECLARE(AcDbCurve, AcDbEntity::desc())
+
  public:
   virtual bool isClosed() const = 0;
   virtual Acad::ErrorStatus getStartParam(double& param) const = 0;

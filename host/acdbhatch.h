@@ -7,6 +7,8 @@
 namespace corvane::host {
 
 class AcDbHatch : public AcDbEntity {
+  CORVANE_RX_DECLARE(AcDbHatch, AcDbEntity::desc())
+
  public:
   // The filled area: outer boundaries less their islands, as the hatch style decides.
   virtual Acad::ErrorStatus getArea(double& area) const = 0;

@@ -8,6 +8,8 @@
 namespace corvane::host {
 
 class AcDbMText : public AcDbEntity {
+  CORVANE_RX_DECLARE(AcDbMText, AcDbEntity::desc())
+
  public:
   // The text with its formatting codes ("{\fArial;Big}\PSmall").
   virtual std::wstring contents() const = 0;

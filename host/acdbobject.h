@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "host/acdbextents.h"
+#include "host/acrxclass.h"
 #include "host/errorstatus.h"
 #include "host/objectid.h"
 #include "host/resbuf.h"
@@ -26,8 +27,14 @@ enum Visibility : int { kVisible = 0, kInvisible = 1 };
 }
 
 class AcDbObject {
+  CORVANE_RX_DECLARE(AcDbObject, nullptr)
+
  public:
   virtual ~AcDbObject() = default;
+
+  // The object's own class; isKindOf() is true for it and for every class it derives from.
+  virtual const AcRxClass* isA() const noexcept { return desc(); }
+  bool isKindOf(const AcRxClass* kind) const noexcept { return isA()->isDerivedFrom(kind); }
 
   virtual AcDbObjectId objectId() const = 0;
   virtual AcDbObjectId ownerId() const = 0;
@@ -56,6 +63,8 @@ class AcDbObject {
 };
 
 class AcDbEntity : public AcDbObject {
+  CORVANE_RX_DECLARE(AcDbEntity, AcDbObject::desc())
+
  public:
   virtual std::wstring layer() const = 0;
   virtual bool visible() const = 0;
@@ -120,7 +129,14 @@ AcDbObjectPointer<T>::AcDbObjectPointer(AcDbHostApplicationServices& services, A
   if constexpr (std::is_same_v<T, AcDbObject>) {
     object_ = raw;
   } else {
-    object_ = dynamic_cast<T*>(raw);
+    // A class with a descriptor of its own is found by it; others, and objects that do not
+    // describe themselves, by a cast.
+    if constexpr (requires { typename T::RxSelf; }) {
+      if constexpr (std::is_same_v<typename T::RxSelf, T>) {
+        if (raw->isKindOf(T::desc())) object_ = static_cast<T*>(raw);
+      }
+    }
+    if (!object_) object_ = dynamic_cast<T*>(raw);
     if (!object_) {
       raw->close();
       status_ = Acad::eNotThatKindOfClass;

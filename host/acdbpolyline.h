@@ -9,6 +9,8 @@
 namespace corvane::host {
 
 class AcDbPolyline : public AcDbCurve {
+  CORVANE_RX_DECLARE(AcDbPolyline, AcDbCurve::desc())
+
  public:
   // The host's numbering.
   enum SegType : int { kLine = 0, kArc = 1, kCoincident = 2, kPoint = 3, kEmpty = 4 };

@@ -9,6 +9,8 @@ namespace corvane::host {
 
 // A single-line text; attributes and attribute definitions are texts too.
 class AcDbText : public AcDbEntity {
+  CORVANE_RX_DECLARE(AcDbText, AcDbEntity::desc())
+
  public:
   // The text as stored, "%%d"-style codes included.
   virtual std::wstring textString() const = 0;

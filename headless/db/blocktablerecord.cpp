@@ -48,7 +48,8 @@ bool BlockTableRecord::hasAttributeDefinitions() const {
   });
 }
 
-host::AcDbBlockTableRecordIterator BlockTableRecord::newIterator() const {
+host::AcDbBlockTableRecordIterator BlockTableRecord::newIterator(bool skipErased) const {
+  if (!skipErased) return host::AcDbBlockTableRecordIterator(entities_);
   std::vector<host::AcDbObjectId> live;
   live.reserve(entities_.size());
   for (const host::AcDbObjectId id : entities_) {

@@ -57,6 +57,7 @@ class HeadlessObject {
 template <typename Interface>
 class ObjectImpl : public Interface, public HeadlessObject {
  public:
+  const host::AcRxClass* isA() const noexcept override { return Interface::desc(); }
   host::AcDbObjectId objectId() const override { return record_.id; }
   host::AcDbObjectId ownerId() const override { return record_.owner; }
   host::AcDbHandle handle() const override { return record_.handle; }

@@ -92,7 +92,7 @@ double sumSpaces(host::AcDbDatabase& db, AcDbObjectId ownerId, const ObjectSet& 
     } else if (scope == SpaceScope::kOwnerSpace && !ownedBy(services, ownerId, recordId)) {
       continue;
     }
-    for (auto entities = record->newIterator(); !entities.done(); entities.step()) {
+    for (auto entities = record->newIterator(false); !entities.done(); entities.step()) {
       AcDbObjectPointer<host::AcDbEntity> entity(services, entities.objectId(), AcDb::kForRead);
       if (entity) sum += measureEntity(*entity.object(), set, measure);
     }
