@@ -247,9 +247,7 @@ TEST(DrawingSave, UpdatedDateFieldsKeepTextValueAndCheckSumInStep) {
     ASSERT_NE(key, tags.end());
     const auto sum = std::find_if(key, tags.end(), [](const auto& tag) { return tag.first == 140; });
     ASSERT_NE(sum, tags.end());
-    double checksum = 0;
-    for (std::size_t i = 0; i < textValue.size(); ++i) checksum += static_cast<double>((i + 1) * static_cast<unsigned char>(textValue[i]));
-    EXPECT_EQ(std::stod(sum->second), checksum);
+    EXPECT_EQ(std::stod(sum->second), headless::fieldTextChecksum(core::fromUtf8(textValue)));
     // Each value block ends where it should.
     EXPECT_EQ(std::count(tags.begin(), tags.end(), std::pair<int, std::string>{304, "ACVALUE_END"}), c.valueBlocks);
   }
