@@ -46,7 +46,8 @@ class AcEdPrompts {
   virtual int entSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePoint3d& picked) = 0;
   // A selection set. Mode "X" takes every entity of the working drawing's layouts that passes
   // the filter; an empty mode asks the user. The filter lists group codes (0 the entity type,
-  // 8 the layer) with wildcard values; null or empty passes everything.
+  // 8 the layer) with wildcard values, combined by the logical operators of group code -4
+  // ("<or" ... "or>", "<and", "<not", "<xor"); null or empty passes everything.
   virtual int ssGet(std::wstring_view mode, const ResBufList* filter, std::vector<AcDbObjectId>& selection) = 0;
   virtual int getKword(std::wstring_view prompt, std::wstring& keyword) = 0;
   // A text; without `allowSpaces` it ends at the first blank as the host's does.

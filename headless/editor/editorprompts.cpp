@@ -8,7 +8,6 @@
 #include "core/textutil.h"
 #include "headless/db/blocktablerecord.h"
 #include "headless/db/database.h"
-#include "headless/editor/wcmatch.h"
 #include "headless/hostapplication.h"
 
 namespace corvane::headless {
@@ -227,33 +226,27 @@ int EditorPrompts::entSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePo
   }
 }
 
-bool EditorPrompts::passes(AcDbObjectId id, const ResBufList* filter) const {
+bool EditorPrompts::passes(AcDbObjectId id, const SelectionFilter* filter) const {
   if (!filter) return true;
   const auto* db = dynamic_cast<const Database*>(host_.workingDatabase());
   const auto* entity = db ? db->get<AcDbEntity>(id) : nullptr;
-  if (!entity) return false;
-  for (const auto& rb : *filter) {
-    const auto* text = std::get_if<std::wstring>(&rb.value);
-    if (!text) return false;
-    if (rb.restype == 0 && !wcMatch(entity->dxfName(), *text)) return false;
-    if (rb.restype == 8 && !wcMatch(entity->layer(), *text)) return false;
-  }
-  return true;
+  return entity && filter->passes(*entity);
 }
 
 int EditorPrompts::ssGet(std::wstring_view mode, const ResBufList* filter, std::vector<AcDbObjectId>& selection) {
   take();
+  std::optional<SelectionFilter> parsed;
   if (filter) {
-    for (const auto& rb : *filter) {
-      if (rb.restype != 0 && rb.restype != 8) {
-        print_(core::format(L"\nSelection filters on group code %d are not available in this host.", rb.restype));
-        return RTERROR;
-      }
+    std::wstring error;
+    parsed = SelectionFilter::parse(*filter, error);
+    if (!parsed) {
+      print_(L"\n" + error);
+      return RTERROR;
     }
   }
   std::vector<AcDbObjectId> chosen;
   const auto add = [&](AcDbObjectId id) {
-    if (!passes(id, filter)) return false;
+    if (!passes(id, parsed ? &*parsed : nullptr)) return false;
     for (const auto existing : chosen) {
       if (existing == id) return false;
     }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "headless/editor/script.h"
+#include "headless/editor/selectionfilter.h"
 #include "host/acdbobject.h"
 #include "host/acedprompts.h"
 
@@ -62,7 +63,7 @@ class EditorPrompts : public host::AcEdPrompts {
   int pointPrompt(const host::AcGePoint3d* base, std::wstring_view prompt, host::AcGePoint3d& point);
   // An entity named by an answer: "(handent "H")" or "L"; null id when the answer names none.
   std::optional<host::AcDbObjectId> pickedEntity(std::wstring_view answer) const;
-  bool passes(host::AcDbObjectId id, const host::ResBufList* filter) const;
+  bool passes(host::AcDbObjectId id, const SelectionFilter* filter) const;
 
   Script& script_;
   HostApplication& host_;

@@ -1,0 +1,17 @@
+#include "plugin/measure/asdklengthoptiondialog.h"
+
+#include "plugin/measure/formatpieces.h"
+
+namespace corvane {
+
+AsdkLengthOptionDialog::AsdkLengthOptionDialog(DialogHost& host, CRegistry& registry)
+    : ObjectSetOptionDialog(host, registry,
+                            {L"AcLength",
+                             L"AcLength Data",
+                             settings::kLengthField,
+                             kLengthTypes,
+                             kLengthTypes,
+                             {L"ARC", L"CIRCLE", L"LINE", L"LWPOLYLINE"},
+                             &lengthUnitsPiece}) {}
+
+}  // namespace corvane
