@@ -26,6 +26,26 @@ host::AcFdFieldEngine* HostApplication::fieldEngine() { return engine_.get(); }
 
 host::AcDbDatabase* HostApplication::database(host::AcDbObjectId id) const { return objects_.database(id); }
 
+void HostApplication::willOpen(host::AcDbObjectId id) const noexcept {
+  // The open reads the object's record and the caller its first fields: those are asked for
+  // now. What the object keeps apart is asked for once the object itself has arrived, four
+  // and eight hints later, one link of the chain at a time.
+  if (const HeadlessObject* headless = objects_.lookupHeadless(id)) {
+    __builtin_prefetch(&headless->record());
+    __builtin_prefetch(objects_.lookup(id));
+  }
+  const std::size_t n = coming_.size();
+  const auto stage = [&](std::size_t back, int step) {
+    if (const HeadlessObject* earlier = objects_.lookupHeadless(coming_[(comingAt_ + n - back) % n])) {
+      earlier->prefetchContents(step);
+    }
+  };
+  stage(4, 1);
+  stage(8, 2);
+  coming_[comingAt_] = id;
+  comingAt_ = (comingAt_ + 1) % n;
+}
+
 Acad::ErrorStatus HostApplication::openObject(host::AcDbObject*& object, host::AcDbObjectId id,
                                               host::AcDb::OpenMode mode, bool openErased) {
   object = nullptr;

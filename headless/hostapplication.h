@@ -4,6 +4,7 @@
 // line.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <string>
@@ -35,6 +36,7 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   bool isErased(host::AcDbObjectId id) const override { return objects_.isErased(id); }
   host::AcDbHandle handle(host::AcDbObjectId id) const override { return objects_.handle(id); }
   host::AcDbDatabase* database(host::AcDbObjectId id) const override;
+  void willOpen(host::AcDbObjectId id) const noexcept override;
   host::Acad::ErrorStatus openObject(host::AcDbObject*& object, host::AcDbObjectId id, host::AcDb::OpenMode mode,
                                      bool openErased = false) override;
   FieldHolder newField() override;
@@ -61,6 +63,10 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
 
  private:
   ObjectTable objects_;
+  // The last ids a walk said it will open, newest last: their contents are asked for in
+  // stages as the walk comes nearer (see willOpen).
+  mutable std::array<host::AcDbObjectId, 16> coming_{};
+  mutable std::size_t comingAt_ = 0;
   Database* working_ = nullptr;
   std::unique_ptr<FieldEngine> engine_;
   std::function<void(std::wstring_view)> output_;

@@ -67,6 +67,8 @@ class AcDbEntity : public AcDbObject {
 
  public:
   virtual std::wstring layer() const = 0;
+  // The layer's name without a copy, valid while the entity is open.
+  virtual std::wstring_view layerName() const = 0;
   virtual bool visible() const = 0;
   virtual AcDbObjectId blockId() const = 0;  // the block table record that holds the entity
   AcDb::Visibility visibility() const { return visible() ? AcDb::kVisible : AcDb::kInvisible; }

@@ -24,6 +24,10 @@ class AcDbObjectIterator {
   // The current id; null once the walk is done.
   AcDbObjectId objectId() const noexcept { return done() ? AcDbObjectId() : ids_[next_]; }
   void start() noexcept { next_ = 0; }
+  // The id `ahead` places after the current one; null past the end.
+  AcDbObjectId peek(std::size_t ahead) const noexcept {
+    return next_ + ahead < ids_.size() ? ids_[next_ + ahead] : AcDbObjectId();
+  }
 
  private:
   std::vector<AcDbObjectId> ids_;

@@ -38,6 +38,9 @@ class AcDbHostApplicationServices {
   virtual AcDbDatabase* database(AcDbObjectId id) const = 0;
   virtual Acad::ErrorStatus openObject(AcDbObject*& object, AcDbObjectId id, AcDb::OpenMode mode,
                                        bool openErased = false) = 0;
+  // A hint that the object is about to be opened, so a walk over many objects can have the
+  // next ones on their way from memory while it works on the current one. It opens nothing.
+  virtual void willOpen(AcDbObjectId /*id*/) const noexcept {}
 
   // A new field that belongs to no drawing (the host's `new AcDbField`), open for write; it is
   // deleted with the holder. It evaluates against the database given to evaluate().

@@ -14,7 +14,8 @@ namespace corvane::headless {
 template <typename Interface>
 class EntityImpl : public ObjectImpl<Interface> {
  public:
-  std::wstring layer() const override { return layer_ ? *layer_ : std::wstring(L"0"); }
+  std::wstring layer() const override { return std::wstring(layerName()); }
+  std::wstring_view layerName() const override { return layer_ ? std::wstring_view(*layer_) : std::wstring_view(L"0"); }
   void setLayer(std::wstring layer) { layer_ = std::make_shared<const std::wstring>(std::move(layer)); }
   // Entities read from a file share one copy of each layer's name.
   void setLayer(std::shared_ptr<const std::wstring> layer) { layer_ = std::move(layer); }

@@ -121,11 +121,12 @@ double chainLength(const std::vector<AcGePoint2d>& points) noexcept {
   return sum;
 }
 
+void appendPoint(std::vector<AcGePoint2d>& chain, const AcGePoint2d& p) {
+  if (chain.empty() || !(chain.back() == p)) chain.push_back(p);
+}
+
 void appendChain(std::vector<AcGePoint2d>& chain, const std::vector<AcGePoint2d>& part) {
-  for (const AcGePoint2d& p : part) {
-    if (!chain.empty() && chain.back() == p) continue;
-    chain.push_back(p);
-  }
+  for (const AcGePoint2d& p : part) appendPoint(chain, p);
 }
 
 bool usableSpline(const SplineEdge& s) noexcept {
@@ -267,10 +268,11 @@ std::optional<BulgeArc> bulgeArc(const AcGePoint2d& from, const AcGePoint2d& to,
   const double sweep = 4.0 * std::atan(bulge);
   const AcGePoint2d middle{(from.x + to.x) / 2, (from.y + to.y) / 2};
   const AcGeVector2d left{-(to.y - from.y) / chord, (to.x - from.x) / chord};
-  const double offset = chord / 2 / std::tan(sweep / 2);
+  // With b = tan(sweep / 4): tan(sweep / 2) = 2b / (1 - b^2) and sin(sweep / 2) = 2b / (1 + b^2).
+  const double offset = chord * (1.0 - bulge * bulge) / (4.0 * bulge);
   BulgeArc arc;
   arc.center = {middle.x + left.x * offset, middle.y + left.y * offset};
-  arc.radius = chord / (2 * std::abs(std::sin(sweep / 2)));
+  arc.radius = chord * (1.0 + bulge * bulge) / (4.0 * std::abs(bulge));
   arc.startAngle = std::atan2(from.y - arc.center.y, from.x - arc.center.x);
   arc.sweep = sweep;
   return arc;
@@ -283,9 +285,16 @@ double segmentLength(const AcGePoint2d& from, const AcGePoint2d& to, double bulg
 
 double segmentAreaTerm(const AcGePoint2d& from, const AcGePoint2d& to, double bulge) noexcept {
   const double chordTerm = 0.5 * cross(from, to);
-  const auto arc = bulgeArc(from, to, bulge);
-  if (!arc) return chordTerm;
-  const double segment = circularSegmentArea(arc->radius, std::abs(arc->sweep));
+  const double dx = to.x - from.x, dy = to.y - from.y;
+  const double chordSquared = dx * dx + dy * dy;
+  if (bulge == 0.0 || chordSquared == 0.0) return chordTerm;
+  // The circular segment between chord and arc, from the bulge alone: with b = tan(sweep / 4),
+  // sin(sweep / 2) = 2b / (1 + b^2) gives the radius, and sin(sweep) = 4b (1 - b^2) / (1 + b^2)^2.
+  const double b = std::abs(bulge);
+  const double onePlus = 1.0 + b * b;
+  const double sweep = 4.0 * std::atan(b);
+  const double radiusSquared = chordSquared * onePlus * onePlus / (16.0 * b * b);
+  const double segment = radiusSquared / 2 * (sweep - 4.0 * b * (1.0 - b * b) / (onePlus * onePlus));
   return chordTerm + (bulge > 0 ? segment : -segment);
 }
 
@@ -396,7 +405,8 @@ std::vector<AcGePoint2d> flatten(const Loop& loop) {
                              arc->startAngle + arc->sweep};
         appendChain(chain, e.points());
       } else {
-        appendChain(chain, {v.point, next.point});
+        appendPoint(chain, v.point);
+        appendPoint(chain, next.point);
       }
     }
   } else {
@@ -420,9 +430,62 @@ bool insidePolygon(const std::vector<AcGePoint2d>& polygon, const AcGePoint2d& p
 }
 
 std::vector<int> loopDepths(const std::vector<Loop>& loops) {
+  std::vector<const Loop*> pointers;
+  pointers.reserve(loops.size());
+  for (const Loop& loop : loops) pointers.push_back(&loop);
+  return loopDepths(pointers);
+}
+
+namespace {
+
+bool isStraight(const Loop& loop) noexcept {
+  if (!loop.isPolyline) return false;
+  for (const Vertex& v : loop.vertices) {
+    if (v.bulge != 0.0) return false;
+  }
+  return true;
+}
+
+// The depths of loops that are all straight: their vertices are the polygons.
+std::vector<int> straightLoopDepths(std::span<const Loop* const> loops) {
+  const auto inside = [](const std::vector<Vertex>& polygon, const AcGePoint2d& point) {
+    bool in = false;
+    const std::size_t n = polygon.size();
+    for (std::size_t i = 0, j = n - 1; i < n; j = i++) {
+      const AcGePoint2d& a = polygon[i].point;
+      const AcGePoint2d& b = polygon[j].point;
+      if ((a.y > point.y) != (b.y > point.y) && point.x < a.x + (point.y - a.y) * (b.x - a.x) / (b.y - a.y)) in = !in;
+    }
+    return in;
+  };
+  std::vector<int> depths(loops.size(), 0);
+  for (std::size_t i = 0; i < loops.size(); ++i) {
+    const std::vector<Vertex>& own = loops[i]->vertices;
+    if (own.empty()) continue;
+    AcGePoint2d probe = own.front().point;
+    for (std::size_t k = 1; k < own.size(); ++k) {
+      if (!(own[k].point == own[k - 1].point)) {
+        probe = {(own[k].point.x + own[k - 1].point.x) / 2, (own[k].point.y + own[k - 1].point.y) / 2};
+        break;
+      }
+    }
+    for (std::size_t j = 0; j < loops.size(); ++j) {
+      if (j != i && loops[j]->vertices.size() >= 3 && inside(loops[j]->vertices, probe)) ++depths[i];
+    }
+  }
+  return depths;
+}
+
+}  // namespace
+
+std::vector<int> loopDepths(std::span<const Loop* const> loops) {
+  if (loops.size() < 2) return std::vector<int>(loops.size(), 0);
+  if (std::all_of(loops.begin(), loops.end(), [](const Loop* loop) { return isStraight(*loop); })) {
+    return straightLoopDepths(loops);
+  }
   std::vector<std::vector<AcGePoint2d>> chains;
   chains.reserve(loops.size());
-  for (const Loop& loop : loops) chains.push_back(flatten(loop));
+  for (const Loop* loop : loops) chains.push_back(flatten(*loop));
   // A box around each chain spares the point test for loops that cannot hold the point.
   std::vector<std::array<double, 4>> boxes;
   boxes.reserve(chains.size());
@@ -459,12 +522,19 @@ std::vector<int> loopDepths(const std::vector<Loop>& loops) {
 }
 
 double hatchArea(const std::vector<Loop>& loops, HatchStyle style) {
+  std::vector<const Loop*> pointers;
+  pointers.reserve(loops.size());
+  for (const Loop& loop : loops) pointers.push_back(&loop);
+  return hatchArea(pointers, style);
+}
+
+double hatchArea(std::span<const Loop* const> loops, HatchStyle style) {
   const std::vector<int> depths = loopDepths(loops);
   const int deepest = style == HatchStyle::kIgnore ? 0 : style == HatchStyle::kOuter ? 1 : -1;
   double total = 0.0;
   for (std::size_t i = 0; i < loops.size(); ++i) {
     if (deepest >= 0 && depths[i] > deepest) continue;
-    const double area = std::abs(loopSignedArea(loops[i]));
+    const double area = std::abs(loopSignedArea(*loops[i]));
     total += depths[i] % 2 == 0 ? area : -area;
   }
   return std::max(0.0, total);

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 #include <variant>
+#include <span>
 #include <vector>
 
 #include "host/acdbextents.h"
@@ -155,9 +156,11 @@ enum class HatchStyle : int { kNormal = 0, kOuter = 1, kIgnore = 2 };
 
 // Each loop's depth: how many of the other loops enclose it (tested at a point on it).
 std::vector<int> loopDepths(const std::vector<Loop>& loops);
+std::vector<int> loopDepths(std::span<const Loop* const> loops);
 // The filled area: loops of even depth add their area and loops of odd depth take theirs away,
 // within the depths the style fills.
 double hatchArea(const std::vector<Loop>& loops, HatchStyle style);
+double hatchArea(std::span<const Loop* const> loops, HatchStyle style);
 
 // Even-odd test of a point against a closed chain of points.
 bool insidePolygon(const std::vector<AcGePoint2d>& polygon, const AcGePoint2d& point) noexcept;

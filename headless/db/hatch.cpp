@@ -1,6 +1,9 @@
 #include "headless/db/hatch.h"
 
+#include <array>
 #include <cstdint>
+#include <span>
+#include <vector>
 
 namespace corvane::headless {
 
@@ -40,9 +43,18 @@ void Hatch::setNormal(host::AcGeVector3d normal) {
 }
 
 host::Acad::ErrorStatus Hatch::getArea(double& area) const {
-  std::vector<geometry::Loop> paths;
-  paths.reserve(loops_.size());
-  for (const HatchLoop& loop : loops_) paths.push_back(loop.path);
+  // Most hatches have one or two loops: their paths are looked at where they are.
+  constexpr std::size_t kFew = 8;
+  std::array<const geometry::Loop*, kFew> few{};
+  std::vector<const geometry::Loop*> many;
+  std::span<const geometry::Loop*> paths;
+  if (loops_.size() <= kFew) {
+    for (std::size_t i = 0; i < loops_.size(); ++i) few[i] = &loops_[i].path;
+    paths = std::span<const geometry::Loop*>(few.data(), loops_.size());
+  } else {
+    for (const HatchLoop& loop : loops_) many.push_back(&loop.path);
+    paths = many;
+  }
   area = geometry::hatchArea(paths, style_);
   return host::Acad::eOk;
 }

@@ -39,6 +39,13 @@ class Hatch : public ShapeEntity<host::AcDbHatch> {
   bool isSolidFill() const override { return solidFill_; }
   void setSolidFill(bool solid);
   const std::vector<HatchLoop>& loops() const noexcept { return loops_; }
+  void prefetchContents(int stage) const noexcept override {
+    if (loops_.empty()) return;
+    if (stage == 1) __builtin_prefetch(loops_.data());
+    for (std::size_t i = 0; stage == 2 && i < loops_.size() && i < 2; ++i) {
+      if (!loops_[i].path.vertices.empty()) __builtin_prefetch(loops_[i].path.vertices.data());
+    }
+  }
   void setLoops(std::vector<HatchLoop> loops);
   void appendLoop(HatchLoop loop);
   Style style() const noexcept { return style_; }

@@ -47,6 +47,9 @@ class HeadlessObject {
   // A named property as object-property fields read it ("Area", "Layer", ...), compared
   // without regard to case; nullopt when the object has no such property.
   virtual std::optional<host::AcValue> property(std::wstring_view name) const;
+  // Asks memory for what the object keeps apart from itself (vertices, loops), one step of
+  // the chain per stage (1, 2): a walk that stages its requests ahead finds them waiting.
+  virtual void prefetchContents(int /*stage*/) const noexcept {}
   ObjectRecord& record() noexcept { return record_; }
   const ObjectRecord& record() const noexcept { return record_; }
 

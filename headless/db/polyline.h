@@ -20,6 +20,9 @@ class Polyline : public CurveEntity<host::AcDbPolyline> {
   std::wstring className() const override { return L"AcDbPolyline"; }
 
   const std::vector<Vertex>& vertices() const noexcept { return vertices_; }
+  void prefetchContents(int stage) const noexcept override {
+    if (stage == 1 && !vertices_.empty()) __builtin_prefetch(vertices_.data());
+  }
   void setVertices(std::vector<Vertex> vertices);
   void addVertex(Vertex vertex);
   void setClosed(bool closed);

@@ -185,7 +185,7 @@ class BlockCounter {
       host::AcDbExtents extents;
       if (reference->getGeomExtents(extents) != host::Acad::eOk || !inside(extents, *query_.window)) return 0;
     }
-    if (!query_.layers.empty() && !listed(query_.layers, reference->layer())) return 0;
+    if (!query_.layers.empty() && !listed(query_.layers, reference->layerName())) return 0;
     if (!namePasses(*reference.object(), named, blockName)) return 0;
     if (!conditionsHold(*reference.object())) return 0;
     if (where.isLayout) return 1;

@@ -58,7 +58,7 @@ bool ownedBy(host::AcDbHostApplicationServices& services, AcDbObjectId from, AcD
 }
 
 double measureEntity(const host::AcDbEntity& entity, const ObjectSet& set, EntityMeasure measure) {
-  if (!set.layers.empty() && !layerPasses(set.layers, entity.layer())) return 0.0;
+  if (!set.layers.empty() && !layerPasses(set.layers, entity.layerName())) return 0.0;
   return measure(entity, set.typeMask);
 }
 
@@ -92,7 +92,9 @@ double sumSpaces(host::AcDbDatabase& db, AcDbObjectId ownerId, const ObjectSet& 
     } else if (scope == SpaceScope::kOwnerSpace && !ownedBy(services, ownerId, recordId)) {
       continue;
     }
+    constexpr std::size_t kAhead = 12;  // objects asked for ahead of the one being measured
     for (auto entities = record->newIterator(false); !entities.done(); entities.step()) {
+      services.willOpen(entities.peek(kAhead));
       AcDbObjectPointer<host::AcDbEntity> entity(services, entities.objectId(), AcDb::kForRead);
       if (entity) sum += measureEntity(*entity.object(), set, measure);
     }
