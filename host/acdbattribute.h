@@ -8,6 +8,8 @@ namespace corvane::host {
 
 // The value of one attribute of a block reference, owned by the reference.
 class AcDbAttribute : public AcDbText {
+  CORVANE_RX_DECLARE(AcDbAttribute, AcDbText::desc())
+
  public:
   virtual std::wstring tag() const = 0;
   virtual bool isInvisible() const = 0;

@@ -97,6 +97,7 @@ class BlockCounter {
   BlockCounter(host::AcDbDatabase& db, const BlockCountQuery& query)
       : services_(db.services()), db_(db), query_(query) {
     if (!query.space.empty()) space_ = host::AcDbHandle::fromText(query.space);
+    for (const BlockCondition& condition : query.conditions) filterNumbers_.push_back(core::wtof(condition.value));
   }
 
   long count() {
@@ -113,7 +114,11 @@ class BlockCounter {
       std::vector<AcDbObjectId> references;
       record->getBlockReferenceIds(references, true);
       record.close();
-      for (const AcDbObjectId reference : references) total += countReference(reference, named, name);
+      constexpr std::size_t kAhead = 12;  // insertions asked for ahead of the one being counted
+      for (std::size_t i = 0; i < references.size(); ++i) {
+        if (i + kAhead < references.size()) services_.willOpen(references[i + kAhead]);
+        total += countReference(references[i], named, name);
+      }
     }
     return total;
   }
@@ -148,17 +153,17 @@ class BlockCounter {
   }
 
   bool conditionsHold(const host::AcDbBlockReference& reference) {
-    for (const BlockCondition& condition : query_.conditions) {
-      if (!conditionHolds(reference, condition)) return false;
+    for (std::size_t i = 0; i < query_.conditions.size(); ++i) {
+      if (!conditionHolds(reference, query_.conditions[i], filterNumbers_[i])) return false;
     }
     return true;
   }
 
-  bool conditionHolds(const host::AcDbBlockReference& reference, const BlockCondition& condition) {
+  bool conditionHolds(const host::AcDbBlockReference& reference, const BlockCondition& condition, double filter) {
     for (auto attributes = reference.attributeIterator(); !attributes.done(); attributes.step()) {
       AcDbObjectPointer<host::AcDbAttribute> attribute(services_, attributes.objectId(), AcDb::kForRead);
       if (attribute && core::equalsNoCase(attribute->tag(), condition.tag) &&
-          corvane::conditionHolds(condition, attribute->textString())) {
+          corvane::conditionHolds(condition, attribute->textString(), filter)) {
         return true;
       }
     }
@@ -167,7 +172,7 @@ class BlockCounter {
     if (reference.getBlockProperties(properties) != host::Acad::eOk) return false;
     for (const auto& property : properties) {
       if (core::equalsNoCase(property.propertyName(), condition.tag) &&
-          corvane::conditionHolds(condition, valueText(property.value()))) {
+          corvane::conditionHolds(condition, valueText(property.value()), filter)) {
         return true;
       }
     }
@@ -229,6 +234,7 @@ class BlockCounter {
   host::AcDbDatabase& db_;
   const BlockCountQuery& query_;
   std::optional<host::AcDbHandle> space_;
+  std::vector<double> filterNumbers_;  // each condition's value read as a number, once
   std::unordered_map<std::uint64_t, Owner> owners_;
   std::unordered_map<std::uint64_t, bool> definitions_;
   std::unordered_map<std::uint64_t, long> placements_;
@@ -237,9 +243,13 @@ class BlockCounter {
 }  // namespace
 
 bool conditionHolds(const BlockCondition& condition, std::wstring_view a) {
+  return conditionHolds(condition, a, core::wtof(condition.value));
+}
+
+bool conditionHolds(const BlockCondition& condition, std::wstring_view a, double filter) {
   const std::wstring& op = condition.op;
   if (op == L">=" || op == L"<=" || op == L">" || op == L"<") {
-    const double attribute = core::wtof(a), filter = core::wtof(condition.value);
+    const double attribute = core::wtof(a);
     if (op == L">=") return filter - attribute < kEqualPoint;
     if (op == L"<=") return attribute - filter < kEqualPoint;
     if (op == L">") return attribute - filter > kEqualPoint;

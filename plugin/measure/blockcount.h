@@ -30,6 +30,8 @@ struct BlockCondition {
 
 // True when the attribute text `a` meets the condition's operator and value.
 bool conditionHolds(const BlockCondition& condition, std::wstring_view a);
+// The same with the condition's value already read as a number.
+bool conditionHolds(const BlockCondition& condition, std::wstring_view a, double filter);
 
 struct BlockCountQuery {
   std::vector<std::wstring> blocks;  // exact names
