@@ -32,6 +32,14 @@ struct AdditionalFormat {
   // "%ps[...]", "%ct8[...]", "%ds", "%th" and "%zs", each only when it changes something;
   // empty when nothing does.
   std::wstring build(int hostVersion) const;
+  // What an option page takes back from the "Additional Format" dialog: factor, prefix,
+  // suffix and zero suppression (the separators stay as they were).
+  void takeChosen(const AdditionalFormat& chosen) {
+    conversionFactor = chosen.conversionFactor;
+    prefix = chosen.prefix;
+    suffix = chosen.suffix;
+    zeros = chosen.zeros;
+  }
   bool operator==(const AdditionalFormat&) const = default;
 };
 

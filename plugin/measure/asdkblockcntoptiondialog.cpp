@@ -145,11 +145,7 @@ bool AsdkBlockCntOptionDialog::onAdditionalFormat(const ShowModal<CAdditionalFor
                                  {L"", L"", -1, CAdditionalFormatDialog::kInteger, host::AcValue(whole), additional});
   dialog.onInitDialog();
   if (!show(dialog)) return false;
-  const AdditionalFormat& chosen = dialog.result();
-  additional.conversionFactor = chosen.conversionFactor;
-  additional.prefix = chosen.prefix;
-  additional.suffix = chosen.suffix;
-  additional.zeros = chosen.zeros;
+  additional.takeChosen(dialog.result());
   return true;
 }
 

@@ -1,5 +1,6 @@
 #include "plugin/measure/measurefield.h"
 
+#include "core/printf.h"
 #include "host/acdbdatabase.h"
 #include "host/hostservices.h"
 #include "plugin/fields/asdkfieldevaluator.h"
@@ -8,21 +9,35 @@ namespace corvane {
 
 using host::AcDbField;
 
-int evaluateObjectSetField(AcDbField* field, const wchar_t* dataKey, EntityMeasure measure,
-                           host::AcFdFieldValue& value, std::wstring& message) {
+int readObjectSetRecord(const AcDbField& field, const wchar_t* dataKey, ObjectSet& set, std::wstring& message) {
   host::AcValue record;
-  if (field->getData(dataKey, record) != host::Acad::eOk) return AcDbField::kOtherError;
+  if (field.getData(dataKey, record) != host::Acad::eOk) {
+    message = core::format(L"The field has no \"%s\" record.", dataKey);
+    return AcDbField::kOtherError;
+  }
   std::wstring stored;
-  if (!record.get(stored)) return AcDbField::kInvalidCode;
+  if (!record.get(stored)) {
+    message = core::format(L"The \"%s\" record of the field is not a text.", dataKey);
+    return AcDbField::kInvalidCode;
+  }
   const std::wstring_view text = fieldArguments(stored);
   if (!hasObjectSetPrefix(text)) {
     message = L"The object set does not begin with \"Object(\".";
     return AcDbField::kInvalidCode;
   }
-  const ObjectSet set = parseObjectSet(text);
+  set = parseObjectSet(text);
   if (!set.error.empty()) {
     message = set.error;
     return AcDbField::kInvalidCode;
+  }
+  return AcDbField::kSuccess;
+}
+
+int evaluateObjectSetField(AcDbField* field, const wchar_t* dataKey, EntityMeasure measure,
+                           host::AcFdFieldValue& value, std::wstring& message) {
+  ObjectSet set;
+  if (const int status = readObjectSetRecord(*field, dataKey, set, message); status != AcDbField::kSuccess) {
+    return status;
   }
   // The set is always taken from the drawing being worked on.
   host::AcDbDatabase* db = field->database();

@@ -10,6 +10,7 @@
 #include "plugin/measure/fieldoptions.h"
 #include "plugin/measure/formatlists.h"
 #include "plugin/measure/formatpieces.h"
+#include "plugin/measure/measurefield.h"
 #include "plugin/measure/parsedformat.h"
 
 namespace corvane {
@@ -53,25 +54,9 @@ double realValue(const host::AcValue& value) {
 
 int ObjectSetOptionDialog::setFieldToEdit(const AcDbField& field) {
   onInitDialog();
-  host::AcValue record;
-  if (field.getData(kind_.dataKey, record) != host::Acad::eOk) {
-    message_ = core::format(L"The field has no \"%s\" record.", kind_.dataKey);
-    return AcDbField::kOtherError;
-  }
-  std::wstring stored;
-  if (!record.get(stored)) {
-    message_ = core::format(L"The \"%s\" record of the field is not a text.", kind_.dataKey);
-    return AcDbField::kInvalidCode;
-  }
-  const std::wstring_view text = fieldArguments(stored);
-  if (!hasObjectSetPrefix(text)) {
-    message_ = L"The object set does not begin with \"Object(\".";
-    return AcDbField::kInvalidCode;
-  }
-  const ObjectSet set = parseObjectSet(text);
-  if (!set.error.empty()) {
-    message_ = set.error;
-    return AcDbField::kInvalidCode;
+  ObjectSet set;
+  if (const int status = readObjectSetRecord(field, kind_.dataKey, set, message_); status != AcDbField::kSuccess) {
+    return status;
   }
 
   selectFormat(field.getFormat());
@@ -194,11 +179,7 @@ bool ObjectSetOptionDialog::onAdditionalFormat(const ShowModal<CAdditionalFormat
               unitsItem.value_or(kUnitsCurrent), CAdditionalFormatDialog::kReal, host::AcValue(value_), additional});
   dialog.onInitDialog();
   if (!show(dialog)) return false;
-  const AdditionalFormat& chosen = dialog.result();
-  additional.conversionFactor = chosen.conversionFactor;
-  additional.prefix = chosen.prefix;
-  additional.suffix = chosen.suffix;
-  additional.zeros = chosen.zeros;
+  additional.takeChosen(dialog.result());
   previewText_ = host_.formatValue(host::AcValue(value_), formatString());
   return true;
 }
