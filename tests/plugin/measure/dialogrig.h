@@ -41,6 +41,11 @@ struct DialogRig : TestDrawing {
     return db.appendEntity(std::move(entity));
   }
   void answer(std::wstring_view lines) { script.append(lines); }
+  // The text of the one message box shown so far, or how many there were.
+  std::wstring box() const {
+    const auto& boxes = ui.boxes();
+    return boxes.size() == 1 ? boxes[0].text : std::to_wstring(boxes.size()) + L" boxes";
+  }
 };
 
 }  // namespace corvane::testing
