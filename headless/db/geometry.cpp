@@ -1,6 +1,7 @@
 #include "headless/db/geometry.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace corvane::headless::geometry {
@@ -309,12 +310,11 @@ double polylineSignedArea(const std::vector<Vertex>& vertices, bool closed) noex
   const std::size_t n = vertices.size();
   if (n < 2) return 0.0;
   double sum = 0.0;
-  for (std::size_t i = 0; i < n; ++i) {
-    const std::size_t next = (i + 1) % n;
-    const double bulge = (next == 0 && !closed) ? 0.0 : vertices[i].bulge;
-    sum += segmentAreaTerm(vertices[i].point, vertices[next].point, bulge);
+  for (std::size_t i = 0; i + 1 < n; ++i) {
+    sum += segmentAreaTerm(vertices[i].point, vertices[i + 1].point, vertices[i].bulge);
   }
-  return sum;
+  // The closing segment: bulged only when the polyline is closed.
+  return sum + segmentAreaTerm(vertices[n - 1].point, vertices[0].point, closed ? vertices[n - 1].bulge : 0.0);
 }
 
 double polylineArea(const std::vector<Vertex>& vertices, bool closed) noexcept {
@@ -446,8 +446,8 @@ bool isStraight(const Loop& loop) noexcept {
   return true;
 }
 
-// The depths of loops that are all straight: their vertices are the polygons.
-std::vector<int> straightLoopDepths(std::span<const Loop* const> loops) {
+// The depths of loops that are all straight, into `depths`: their vertices are the polygons.
+void straightLoopDepths(std::span<const Loop* const> loops, std::span<int> depths) {
   const auto inside = [](const std::vector<Vertex>& polygon, const AcGePoint2d& point) {
     bool in = false;
     const std::size_t n = polygon.size();
@@ -458,7 +458,7 @@ std::vector<int> straightLoopDepths(std::span<const Loop* const> loops) {
     }
     return in;
   };
-  std::vector<int> depths(loops.size(), 0);
+  std::fill(depths.begin(), depths.end(), 0);
   for (std::size_t i = 0; i < loops.size(); ++i) {
     const std::vector<Vertex>& own = loops[i]->vertices;
     if (own.empty()) continue;
@@ -473,15 +473,20 @@ std::vector<int> straightLoopDepths(std::span<const Loop* const> loops) {
       if (j != i && loops[j]->vertices.size() >= 3 && inside(loops[j]->vertices, probe)) ++depths[i];
     }
   }
-  return depths;
+}
+
+bool allStraight(std::span<const Loop* const> loops) noexcept {
+  return std::all_of(loops.begin(), loops.end(), [](const Loop* loop) { return isStraight(*loop); });
 }
 
 }  // namespace
 
 std::vector<int> loopDepths(std::span<const Loop* const> loops) {
   if (loops.size() < 2) return std::vector<int>(loops.size(), 0);
-  if (std::all_of(loops.begin(), loops.end(), [](const Loop* loop) { return isStraight(*loop); })) {
-    return straightLoopDepths(loops);
+  if (allStraight(loops)) {
+    std::vector<int> depths(loops.size(), 0);
+    straightLoopDepths(loops, depths);
+    return depths;
   }
   std::vector<std::vector<AcGePoint2d>> chains;
   chains.reserve(loops.size());
@@ -529,7 +534,20 @@ double hatchArea(const std::vector<Loop>& loops, HatchStyle style) {
 }
 
 double hatchArea(std::span<const Loop* const> loops, HatchStyle style) {
-  const std::vector<int> depths = loopDepths(loops);
+  // A few straight loops, the common hatch, are ranked without building anything.
+  constexpr std::size_t kFew = 8;
+  std::array<int, kFew> few{};
+  std::vector<int> many;
+  std::span<const int> depths;
+  if (loops.size() < 2) {
+    depths = std::span<const int>(few.data(), loops.size());
+  } else if (loops.size() <= kFew && allStraight(loops)) {
+    straightLoopDepths(loops, std::span<int>(few.data(), loops.size()));
+    depths = std::span<const int>(few.data(), loops.size());
+  } else {
+    many = loopDepths(loops);
+    depths = many;
+  }
   const int deepest = style == HatchStyle::kIgnore ? 0 : style == HatchStyle::kOuter ? 1 : -1;
   double total = 0.0;
   for (std::size_t i = 0; i < loops.size(); ++i) {

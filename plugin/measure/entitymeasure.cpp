@@ -45,24 +45,25 @@ double polylineLength(const host::AcDbPolyline& polyline) {
 // The entity as a T when it is a kind of T, by its class descriptor (the walks meet a million
 // entities, and a descriptor test is a few pointer steps where a cast searches type names).
 template <typename T>
-const T* kindOf(const host::AcDbEntity& entity) noexcept {
-  return entity.isKindOf(T::desc()) ? static_cast<const T*>(&entity) : nullptr;
+const T* kindOf(const host::AcDbEntity& entity, const host::AcRxClass* own) noexcept {
+  return own->isDerivedFrom(T::desc()) ? static_cast<const T*>(&entity) : nullptr;
 }
 
 }  // namespace
 
 double entityArea(const host::AcDbEntity& entity, int typeMask) {
+  const host::AcRxClass* own = entity.isA();
   if (takes(typeMask, kArcType)) {
-    if (const auto* arc = kindOf<host::AcDbArc>(entity)) return curveArea(*arc);
+    if (const auto* arc = kindOf<host::AcDbArc>(entity, own)) return curveArea(*arc);
   }
   if (takes(typeMask, kCircleType)) {
-    if (const auto* circle = kindOf<host::AcDbCircle>(entity)) return curveArea(*circle);
+    if (const auto* circle = kindOf<host::AcDbCircle>(entity, own)) return curveArea(*circle);
   }
   if (takes(typeMask, kPolylineType)) {
-    if (const auto* polyline = kindOf<host::AcDbPolyline>(entity)) return curveArea(*polyline);
+    if (const auto* polyline = kindOf<host::AcDbPolyline>(entity, own)) return curveArea(*polyline);
   }
   if (takes(typeMask, kHatchType)) {
-    if (const auto* hatch = kindOf<host::AcDbHatch>(entity)) {
+    if (const auto* hatch = kindOf<host::AcDbHatch>(entity, own)) {
       double area = 0.0;
       return hatch->getArea(area) == host::Acad::eOk ? area : 0.0;
     }
@@ -71,21 +72,22 @@ double entityArea(const host::AcDbEntity& entity, int typeMask) {
 }
 
 double entityLength(const host::AcDbEntity& entity, int typeMask) {
+  const host::AcRxClass* own = entity.isA();
   if (takes(typeMask, kArcType)) {
-    if (const auto* arc = kindOf<host::AcDbArc>(entity)) {
+    if (const auto* arc = kindOf<host::AcDbArc>(entity, own)) {
       double sweep = arc->endAngle() - arc->startAngle();
       if (!(sweep > kWrapThreshold)) sweep += kFullTurn;
       return arc->radius() * sweep;
     }
   }
   if (takes(typeMask, kCircleType)) {
-    if (const auto* circle = kindOf<host::AcDbCircle>(entity)) return circle->radius() * kFullTurn;
+    if (const auto* circle = kindOf<host::AcDbCircle>(entity, own)) return circle->radius() * kFullTurn;
   }
   if (takes(typeMask, kPolylineType)) {
-    if (const auto* polyline = kindOf<host::AcDbPolyline>(entity)) return polylineLength(*polyline);
+    if (const auto* polyline = kindOf<host::AcDbPolyline>(entity, own)) return polylineLength(*polyline);
   }
   if (takes(typeMask, kLineType)) {
-    if (const auto* line = kindOf<host::AcDbLine>(entity)) return line->startPoint().distanceTo(line->endPoint());
+    if (const auto* line = kindOf<host::AcDbLine>(entity, own)) return line->startPoint().distanceTo(line->endPoint());
   }
   return 0.0;
 }
