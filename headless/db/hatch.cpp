@@ -1,6 +1,8 @@
 #include "headless/db/hatch.h"
 
 #include <array>
+#include <cmath>
+#include <limits>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -19,16 +21,21 @@ void Hatch::setSolidFill(bool solid) {
 
 void Hatch::setLoops(std::vector<HatchLoop> loops) {
   loops_ = std::move(loops);
+  area_ = std::numeric_limits<double>::quiet_NaN();
   record_.modified = true;
 }
 
 void Hatch::appendLoop(HatchLoop loop) {
   loops_.push_back(std::move(loop));
+  area_ = std::numeric_limits<double>::quiet_NaN();
   record_.modified = true;
 }
 
 void Hatch::setStyle(Style style) {
-  if (style_ != style) record_.modified = true;
+  if (style_ != style) {
+    record_.modified = true;
+    area_ = std::numeric_limits<double>::quiet_NaN();
+  }
   style_ = style;
 }
 
@@ -43,6 +50,10 @@ void Hatch::setNormal(host::AcGeVector3d normal) {
 }
 
 host::Acad::ErrorStatus Hatch::getArea(double& area) const {
+  if (!std::isnan(area_)) {
+    area = area_;
+    return host::Acad::eOk;
+  }
   // Most hatches have one or two loops: their paths are looked at where they are.
   constexpr std::size_t kFew = 8;
   std::array<const geometry::Loop*, kFew> few{};
@@ -55,7 +66,7 @@ host::Acad::ErrorStatus Hatch::getArea(double& area) const {
     for (const HatchLoop& loop : loops_) many.push_back(&loop.path);
     paths = many;
   }
-  area = geometry::hatchArea(paths, style_);
+  area = area_ = geometry::hatchArea(paths, style_);
   return host::Acad::eOk;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,8 @@ class Hatch : public ShapeEntity<host::AcDbHatch> {
   bool solidFill_ = true;
   std::vector<HatchLoop> loops_;
   Style style_ = Style::kNormal;
+  // The filled area once worked out; NaN until then and after the loops or style change.
+  mutable double area_ = std::numeric_limits<double>::quiet_NaN();
   double elevation_ = 0.0;
   host::AcGeVector3d normal_{0, 0, 1};
 };

@@ -11,15 +11,20 @@ using host::Acad;
 void Polyline::setVertices(std::vector<Vertex> vertices) {
   if (vertices_ != vertices) record_.modified = true;
   vertices_ = std::move(vertices);
+  area_ = std::numeric_limits<double>::quiet_NaN();
 }
 
 void Polyline::addVertex(Vertex vertex) {
   vertices_.push_back(vertex);
+  area_ = std::numeric_limits<double>::quiet_NaN();
   record_.modified = true;
 }
 
 void Polyline::setClosed(bool closed) {
-  if (closed_ != closed) record_.modified = true;
+  if (closed_ != closed) {
+    record_.modified = true;
+    area_ = std::numeric_limits<double>::quiet_NaN();
+  }
   closed_ = closed;
 }
 
@@ -99,7 +104,8 @@ double Polyline::distanceAt(double param) const noexcept {
 }
 
 Acad::ErrorStatus Polyline::getArea(double& area) const {
-  area = geometry::polylineArea(vertices_, closed_);
+  if (std::isnan(area_)) area_ = geometry::polylineArea(vertices_, closed_);
+  area = area_;
   return Acad::eOk;
 }
 

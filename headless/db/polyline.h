@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <vector>
 
 #include "headless/db/geometry.h"
@@ -57,6 +58,8 @@ class Polyline : public CurveEntity<host::AcDbPolyline> {
   std::size_t segmentCount() const noexcept;
 
   std::vector<Vertex> vertices_;
+  // The area once worked out; NaN until then and after the vertices or closing change.
+  mutable double area_ = std::numeric_limits<double>::quiet_NaN();
   bool closed_ = false;
   double elevation_ = 0.0;
   double constantWidth_ = 0.0;

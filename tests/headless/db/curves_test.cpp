@@ -280,6 +280,35 @@ TEST(Curves, HatchAreaThroughThePort) {
   }
 }
 
+// Areas are kept once worked out; every change of the geometry they come from starts afresh.
+TEST(Curves, KeptAreasFollowEveryChange) {
+  Polyline polyline({{{0, 0}}, {{2, 0}}, {{2, 2}}}, false);
+  Hatch hatch(L"SOLID", true, {HatchLoop::polyline({{{0, 0}}, {{4, 0}}, {{4, 4}}, {{0, 4}}})});
+  const auto areaOf = [](const auto& entity) {
+    double area = -1;
+    entity.getArea(area);
+    return area;
+  };
+  EXPECT_DOUBLE_EQ(areaOf(polyline), 2.0);
+  polyline.addVertex({{0, 2}});
+  EXPECT_DOUBLE_EQ(areaOf(polyline), 4.0);
+  polyline.setVertices({{{0, 0}, 1.0}, {{2, 0}}});  // a half circle closed by its chord
+  EXPECT_NEAR(areaOf(polyline), kPiValue / 2, 1e-12);
+  polyline.setClosed(true);  // the closing segment is straight: the same area
+  polyline.setVertices({{{0, 0}}, {{2, 0}, 1.0}});
+  EXPECT_NEAR(areaOf(polyline), kPiValue / 2, 1e-12);
+  polyline.setClosed(false);  // the bulge of the last vertex no longer counts
+  EXPECT_DOUBLE_EQ(areaOf(polyline), 0.0);
+
+  EXPECT_DOUBLE_EQ(areaOf(hatch), 16.0);
+  hatch.appendLoop(HatchLoop::polyline({{{1, 1}}, {{2, 1}}, {{2, 2}}, {{1, 2}}}, 0));
+  EXPECT_DOUBLE_EQ(areaOf(hatch), 15.0);
+  hatch.setStyle(Hatch::Style::kIgnore);
+  EXPECT_DOUBLE_EQ(areaOf(hatch), 16.0);
+  hatch.setLoops({HatchLoop::polyline({{{0, 0}}, {{1, 0}}, {{1, 1}}, {{0, 1}}})});
+  EXPECT_DOUBLE_EQ(areaOf(hatch), 1.0);
+}
+
 TEST(Curves, PropertiesAsFieldsReadThem) {
   TestDrawing d;
   d.addLayer(L"Walls");
