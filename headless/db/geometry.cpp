@@ -251,6 +251,12 @@ void addXY(AcDbExtents& extents, const Transform& transform, const AcGePoint2d& 
 }  // namespace
 
 double normalizeAngle(double angle) noexcept {
+  // Most angles are at most one turn off; for them the remainder is one addition.
+  if (angle >= 0.0 && angle < kTwoPi) return angle;
+  if (angle < 0.0 && angle >= -kTwoPi) {
+    const double r = angle + kTwoPi;
+    return r >= kTwoPi ? 0.0 : r;
+  }
   double r = std::fmod(angle, kTwoPi);
   if (r < 0.0) r += kTwoPi;
   if (r >= kTwoPi) r = 0.0;

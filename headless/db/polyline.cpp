@@ -54,7 +54,7 @@ Polyline::SegType Polyline::segType(unsigned int index) const {
   if (index >= n) return kEmpty;
   if (index >= segmentCount()) return kPoint;
   const Vertex& from = vertices_[index];
-  const Vertex& to = vertices_[(index + 1) % n];
+  const Vertex& to = vertices_[index + 1 == n ? 0 : index + 1];
   if (from.point == to.point) return kCoincident;
   return from.bulge == 0.0 ? kLine : kArc;
 }
@@ -62,7 +62,7 @@ Polyline::SegType Polyline::segType(unsigned int index) const {
 Acad::ErrorStatus Polyline::getLineSegAt(unsigned int index, host::AcGeLineSeg2d& segment) const {
   if (index >= vertices_.size()) return Acad::eInvalidIndex;
   if (segType(index) != kLine) return Acad::eWrongObjectType;
-  segment = host::AcGeLineSeg2d(vertices_[index].point, vertices_[(index + 1) % vertices_.size()].point);
+  segment = host::AcGeLineSeg2d(vertices_[index].point, vertices_[index + 1 == vertices_.size() ? 0 : index + 1].point);
   return Acad::eOk;
 }
 
@@ -70,7 +70,8 @@ Acad::ErrorStatus Polyline::getArcSegAt(unsigned int index, host::AcGeCircArc2d&
   if (index >= vertices_.size()) return Acad::eInvalidIndex;
   if (segType(index) != kArc) return Acad::eWrongObjectType;
   const Vertex& from = vertices_[index];
-  const auto bulged = geometry::bulgeArc(from.point, vertices_[(index + 1) % vertices_.size()].point, from.bulge);
+  const auto bulged =
+      geometry::bulgeArc(from.point, vertices_[index + 1 == vertices_.size() ? 0 : index + 1].point, from.bulge);
   if (!bulged) return Acad::eWrongObjectType;
   arc = geometry::toCircArc(*bulged);
   return Acad::eOk;
