@@ -33,12 +33,12 @@ int leadingInteger(std::wstring_view text) noexcept {
   return static_cast<int>(negative ? -value : value);
 }
 
-std::wstring_view cleanSpecification(std::wstring_view spec) noexcept {
+std::wstring_view cleanObjectList(std::wstring_view objects) noexcept {
   const auto isLetter = [](wchar_t c) { return c == L'O' || c == L'b' || c == L'j' || c == L'e' || c == L'c' || c == L't'; };
-  while (!spec.empty() && isLetter(spec.front())) spec.remove_prefix(1);
-  while (!spec.empty() && (spec.front() == L'(' || spec.front() == L'<')) spec.remove_prefix(1);
-  while (!spec.empty() && (spec.back() == L'>' || spec.back() == L')')) spec.remove_suffix(1);
-  return spec;
+  while (!objects.empty() && isLetter(objects.front())) objects.remove_prefix(1);
+  while (!objects.empty() && (objects.front() == L'(' || objects.front() == L'<')) objects.remove_prefix(1);
+  while (!objects.empty() && (objects.back() == L'>' || objects.back() == L')')) objects.remove_suffix(1);
+  return objects;
 }
 
 // True when the owner chain from `from` reaches `space`. A chain that breaks or runs in a
@@ -105,24 +105,24 @@ double sumSpaces(host::AcDbDatabase& db, AcDbObjectId ownerId, const ObjectSet& 
 }  // namespace
 
 SpaceScope ObjectSet::scope() const noexcept {
-  if (core::equalsNoCase(spec, kModelSpaceSet)) return SpaceScope::kModelSpace;
-  if (core::equalsNoCase(spec, kOwnerSpaceSet)) return SpaceScope::kOwnerSpace;
+  if (core::equalsNoCase(objects, kModelSpaceSet)) return SpaceScope::kModelSpace;
+  if (core::equalsNoCase(objects, kOwnerSpaceSet)) return SpaceScope::kOwnerSpace;
   return SpaceScope::kAllSpaces;
 }
 
-std::vector<std::wstring> ObjectSet::handles() const { return splitList(spec); }
+std::vector<std::wstring> ObjectSet::handles() const { return splitList(objects); }
 
 bool hasObjectSetPrefix(std::wstring_view text) noexcept { return core::startsWithNoCase(text, L"Object("); }
 
 ObjectSet parseObjectSet(std::wstring_view text) {
   ObjectSet set;
-  std::wstring_view spec = text;
+  std::wstring_view objects = text;
   const std::size_t split = text.find(L" \\");
   if (split != std::wstring_view::npos && split > 0) {
-    spec = text.substr(0, split);
+    objects = text.substr(0, split);
     set.options = text.substr(split);
   }
-  set.spec = cleanSpecification(spec);
+  set.objects = cleanObjectList(objects);
 
   const FieldOptions options = readFieldOptions(set.options);
   set.error = options.error.empty() ? unknownOptionError(options, {L"objtype", L"layer"}) : options.error;

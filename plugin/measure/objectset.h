@@ -39,13 +39,13 @@ constexpr int kEveryTypeMask = 18;
 enum class SpaceScope : int { kAllSpaces = 0, kModelSpace = 1, kOwnerSpace = 2 };
 
 struct ObjectSet {
-  std::wstring spec;     // the specification without "Object(<" and ">)"
+  std::wstring objects;  // what stands between "Object(<" and ">)": a set name or handles
   std::wstring options;  // from the blank before the first option, or empty
   int typeMask = 0;      // 0: every type the field measures
   std::vector<std::wstring> layers;  // empty: every layer
   std::wstring error;    // an option text that does not read, or an unknown option
 
-  bool isNamedSet() const noexcept { return spec.find(L'*') != std::wstring::npos; }
+  bool isNamedSet() const noexcept { return objects.find(L'*') != std::wstring::npos; }
   SpaceScope scope() const noexcept;
   // The handles of an explicit list, in order, repeats kept, empty entries left out.
   std::vector<std::wstring> handles() const;
@@ -54,7 +54,7 @@ struct ObjectSet {
 // True when the text begins with "Object(" in any case.
 bool hasObjectSetPrefix(std::wstring_view text) noexcept;
 
-// Splits the text into specification and options and reads the options. The specification is
+// Splits the text into its object list and options and reads the options. The object list is
 // cleaned character by character: the letters of "Object" at its start, then "(" and "<", and
 // ">" and ")" at its end, so "Object(<2F1" reads as "2F1".
 ObjectSet parseObjectSet(std::wstring_view text);
