@@ -421,28 +421,37 @@ std::vector<AcGePoint2d> flatten(const Loop& loop) {
   return chain;
 }
 
-bool insidePolygon(const std::vector<AcGePoint2d>& polygon, const AcGePoint2d& point) noexcept {
+namespace {
+
+// The point-in-polygon test by crossings, over any list of points read through `at`.
+template <typename Points, typename At>
+bool insideRing(const Points& polygon, At at, const AcGePoint2d& point) noexcept {
   bool inside = false;
   const std::size_t n = polygon.size();
   for (std::size_t i = 0, j = n - 1; i < n; j = i++) {
-    const AcGePoint2d& a = polygon[i];
-    const AcGePoint2d& b = polygon[j];
-    if ((a.y > point.y) != (b.y > point.y)) {
-      const double x = a.x + (point.y - a.y) * (b.x - a.x) / (b.y - a.y);
-      if (point.x < x) inside = !inside;
+    const AcGePoint2d& a = at(polygon[i]);
+    const AcGePoint2d& b = at(polygon[j]);
+    if ((a.y > point.y) != (b.y > point.y) && point.x < a.x + (point.y - a.y) * (b.x - a.x) / (b.y - a.y)) {
+      inside = !inside;
     }
   }
   return inside;
 }
 
-std::vector<int> loopDepths(const std::vector<Loop>& loops) {
-  std::vector<const Loop*> pointers;
-  pointers.reserve(loops.size());
-  for (const Loop& loop : loops) pointers.push_back(&loop);
-  return loopDepths(pointers);
+// A point on a loop away from its corners, where loops that touch meet least often: the middle
+// of its first edge that has a length.
+template <typename Points, typename At>
+AcGePoint2d probeOf(const Points& ring, At at) noexcept {
+  for (std::size_t k = 1; k < ring.size(); ++k) {
+    const AcGePoint2d& a = at(ring[k - 1]);
+    const AcGePoint2d& b = at(ring[k]);
+    if (!(a == b)) return {(a.x + b.x) / 2, (a.y + b.y) / 2};
+  }
+  return at(ring.front());
 }
 
-namespace {
+const AcGePoint2d& itself(const AcGePoint2d& p) noexcept { return p; }
+const AcGePoint2d& pointOf(const Vertex& v) noexcept { return v.point; }
 
 bool isStraight(const Loop& loop) noexcept {
   if (!loop.isPolyline) return false;
@@ -452,52 +461,26 @@ bool isStraight(const Loop& loop) noexcept {
   return true;
 }
 
-// The depths of loops that are all straight, into `depths`: their vertices are the polygons.
-void straightLoopDepths(std::span<const Loop* const> loops, std::span<int> depths) {
-  const auto inside = [](const std::vector<Vertex>& polygon, const AcGePoint2d& point) {
-    bool in = false;
-    const std::size_t n = polygon.size();
-    for (std::size_t i = 0, j = n - 1; i < n; j = i++) {
-      const AcGePoint2d& a = polygon[i].point;
-      const AcGePoint2d& b = polygon[j].point;
-      if ((a.y > point.y) != (b.y > point.y) && point.x < a.x + (point.y - a.y) * (b.x - a.x) / (b.y - a.y)) in = !in;
-    }
-    return in;
-  };
+// How many other loops hold each loop, into `depths`. Straight loops are their own polygons;
+// others are flattened first, with a box around each to spare most point tests.
+void rankLoops(std::span<const Loop* const> loops, std::span<int> depths) {
   std::fill(depths.begin(), depths.end(), 0);
-  for (std::size_t i = 0; i < loops.size(); ++i) {
-    const std::vector<Vertex>& own = loops[i]->vertices;
-    if (own.empty()) continue;
-    AcGePoint2d probe = own.front().point;
-    for (std::size_t k = 1; k < own.size(); ++k) {
-      if (!(own[k].point == own[k - 1].point)) {
-        probe = {(own[k].point.x + own[k - 1].point.x) / 2, (own[k].point.y + own[k - 1].point.y) / 2};
-        break;
+  if (loops.size() < 2) return;
+  if (std::all_of(loops.begin(), loops.end(), [](const Loop* loop) { return isStraight(*loop); })) {
+    for (std::size_t i = 0; i < loops.size(); ++i) {
+      const std::vector<Vertex>& own = loops[i]->vertices;
+      if (own.empty()) continue;
+      const AcGePoint2d probe = probeOf(own, pointOf);
+      for (std::size_t j = 0; j < loops.size(); ++j) {
+        const std::vector<Vertex>& other = loops[j]->vertices;
+        if (j != i && other.size() >= 3 && insideRing(other, pointOf, probe)) ++depths[i];
       }
     }
-    for (std::size_t j = 0; j < loops.size(); ++j) {
-      if (j != i && loops[j]->vertices.size() >= 3 && inside(loops[j]->vertices, probe)) ++depths[i];
-    }
-  }
-}
-
-bool allStraight(std::span<const Loop* const> loops) noexcept {
-  return std::all_of(loops.begin(), loops.end(), [](const Loop* loop) { return isStraight(*loop); });
-}
-
-}  // namespace
-
-std::vector<int> loopDepths(std::span<const Loop* const> loops) {
-  if (loops.size() < 2) return std::vector<int>(loops.size(), 0);
-  if (allStraight(loops)) {
-    std::vector<int> depths(loops.size(), 0);
-    straightLoopDepths(loops, depths);
-    return depths;
+    return;
   }
   std::vector<std::vector<AcGePoint2d>> chains;
   chains.reserve(loops.size());
   for (const Loop* loop : loops) chains.push_back(flatten(*loop));
-  // A box around each chain spares the point test for loops that cannot hold the point.
   std::vector<std::array<double, 4>> boxes;
   boxes.reserve(chains.size());
   for (const auto& chain : chains) {
@@ -513,22 +496,33 @@ std::vector<int> loopDepths(std::span<const Loop* const> loops) {
   auto inBox = [](const std::array<double, 4>& box, const AcGePoint2d& p) {
     return p.x >= box[0] && p.x <= box[2] && p.y >= box[1] && p.y <= box[3];
   };
-  std::vector<int> depths(loops.size(), 0);
   for (std::size_t i = 0; i < loops.size(); ++i) {
-    const auto& chain = chains[i];
-    if (chain.empty()) continue;
-    // A point on the loop away from its corners, where loops that touch meet least often.
-    AcGePoint2d probe = chain.front();
-    for (std::size_t k = 1; k < chain.size(); ++k) {
-      if (!(chain[k] == chain[k - 1])) {
-        probe = {(chain[k].x + chain[k - 1].x) / 2, (chain[k].y + chain[k - 1].y) / 2};
-        break;
+    if (chains[i].empty()) continue;
+    const AcGePoint2d probe = probeOf(chains[i], itself);
+    for (std::size_t j = 0; j < loops.size(); ++j) {
+      if (j != i && chains[j].size() >= 3 && inBox(boxes[j], probe) && insideRing(chains[j], itself, probe)) {
+        ++depths[i];
       }
     }
-    for (std::size_t j = 0; j < loops.size(); ++j) {
-      if (j != i && chains[j].size() >= 3 && inBox(boxes[j], probe) && insidePolygon(chains[j], probe)) ++depths[i];
-    }
   }
+}
+
+}  // namespace
+
+bool insidePolygon(const std::vector<AcGePoint2d>& polygon, const AcGePoint2d& point) noexcept {
+  return insideRing(polygon, itself, point);
+}
+
+std::vector<int> loopDepths(const std::vector<Loop>& loops) {
+  std::vector<const Loop*> pointers;
+  pointers.reserve(loops.size());
+  for (const Loop& loop : loops) pointers.push_back(&loop);
+  return loopDepths(pointers);
+}
+
+std::vector<int> loopDepths(std::span<const Loop* const> loops) {
+  std::vector<int> depths(loops.size(), 0);
+  rankLoops(loops, depths);
   return depths;
 }
 
@@ -540,20 +534,12 @@ double hatchArea(const std::vector<Loop>& loops, HatchStyle style) {
 }
 
 double hatchArea(std::span<const Loop* const> loops, HatchStyle style) {
-  // A few straight loops, the common hatch, are ranked without building anything.
+  // The depths of a few loops, the common hatch, stay off the heap.
   constexpr std::size_t kFew = 8;
   std::array<int, kFew> few{};
-  std::vector<int> many;
-  std::span<const int> depths;
-  if (loops.size() < 2) {
-    depths = std::span<const int>(few.data(), loops.size());
-  } else if (loops.size() <= kFew && allStraight(loops)) {
-    straightLoopDepths(loops, std::span<int>(few.data(), loops.size()));
-    depths = std::span<const int>(few.data(), loops.size());
-  } else {
-    many = loopDepths(loops);
-    depths = many;
-  }
+  std::vector<int> many(loops.size() > kFew ? loops.size() : 0);
+  const std::span<int> depths = loops.size() > kFew ? std::span<int>(many) : std::span<int>(few.data(), loops.size());
+  rankLoops(loops, depths);
   const int deepest = style == HatchStyle::kIgnore ? 0 : style == HatchStyle::kOuter ? 1 : -1;
   double total = 0.0;
   for (std::size_t i = 0; i < loops.size(); ++i) {

@@ -74,13 +74,6 @@ std::vector<BlockCondition> readConditions(const FieldOptions& options) {
   return conditions;
 }
 
-bool listed(const std::vector<std::wstring>& names, std::wstring_view name) noexcept {
-  for (const std::wstring& entry : names) {
-    if (entry == name) return true;
-  }
-  return false;
-}
-
 // A dynamic property's value as the text an attribute would hold.
 std::wstring valueText(const host::AcValue& value) {
   std::wstring text;
@@ -109,7 +102,7 @@ class BlockCounter {
       if (!record || record->isLayout() || record->isUnloaded() || record->isFromOverlayReference()) continue;
       std::wstring name;
       record->getName(name);
-      const bool named = listed(query_.blocks, name);
+      const bool named = isListed(query_.blocks, name);
       if (!named && !record->isAnonymous()) continue;
       std::vector<AcDbObjectId> references;
       record->getBlockReferenceIds(references, true);
@@ -142,14 +135,14 @@ class BlockCounter {
   // Whether the block a reference is judged by (its dynamic block for a variant) is listed.
   bool namePasses(const host::AcDbBlockReference& reference, bool named, const std::wstring& blockName) {
     if (named) return true;  // a listed block, or a dynamic block inserted as it is
-    if (!reference.isDynamicBlock()) return listed(query_.blocks, blockName);
+    if (!reference.isDynamicBlock()) return isListed(query_.blocks, blockName);
     const AcDbObjectId definition = reference.dynamicBlockTableRecord();
     auto found = definitions_.find(definition.asOldId());
     if (found != definitions_.end()) return found->second;
     AcDbObjectPointer<host::AcDbBlockTableRecord> record(services_, definition, AcDb::kForRead);
     std::wstring name;
     if (record) record->getName(name);
-    return definitions_.emplace(definition.asOldId(), record && listed(query_.blocks, name)).first->second;
+    return definitions_.emplace(definition.asOldId(), record && isListed(query_.blocks, name)).first->second;
   }
 
   bool conditionsHold(const host::AcDbBlockReference& reference) {
@@ -190,7 +183,7 @@ class BlockCounter {
       host::AcDbExtents extents;
       if (reference->getGeomExtents(extents) != host::Acad::eOk || !inside(extents, *query_.window)) return 0;
     }
-    if (!query_.layers.empty() && !listed(query_.layers, reference->layerName())) return 0;
+    if (!query_.layers.empty() && !isListed(query_.layers, reference->layerName())) return 0;
     if (!namePasses(*reference.object(), named, blockName)) return 0;
     if (!conditionsHold(*reference.object())) return 0;
     if (where.isLayout) return 1;

@@ -84,6 +84,13 @@ std::wstring unknownOptionError(const FieldOptions& options, const std::vector<s
   return {};
 }
 
+bool isListed(const std::vector<std::wstring>& names, std::wstring_view name) noexcept {
+  for (const std::wstring& entry : names) {
+    if (entry == name) return true;
+  }
+  return false;
+}
+
 std::vector<std::wstring> splitList(std::wstring_view text, wchar_t separator) {
   std::vector<std::wstring> entries;
   std::size_t start = 0;

@@ -32,6 +32,9 @@ FieldOptions readFieldOptions(std::wstring_view text);
 // The error for the first option whose name is not one of `known` (ignoring case), or empty.
 std::wstring unknownOptionError(const FieldOptions& options, const std::vector<std::wstring_view>& known);
 
+// Whether the list holds the name exactly (case and all).
+bool isListed(const std::vector<std::wstring>& names, std::wstring_view name) noexcept;
+
 // Splits a list at ";", leaving out empty entries.
 std::vector<std::wstring> splitList(std::wstring_view text, wchar_t separator = L';');
 

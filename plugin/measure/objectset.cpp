@@ -1,5 +1,6 @@
 #include "plugin/measure/objectset.h"
 
+#include "core/crt.h"
 #include "core/textutil.h"
 #include "host/acdbblocktablerecord.h"
 #include "host/acdbdatabase.h"
@@ -18,20 +19,6 @@ namespace {
 constexpr std::wstring_view kModelSpaceName = L"*Model_Space";
 constexpr std::wstring_view kModelSpaceSet = L"*MSPObjects*";
 constexpr std::wstring_view kOwnerSpaceSet = L"*OSPObjects*";
-
-// The leading decimal integer of a text, as the C runtime reads one: no digits give 0.
-int leadingInteger(std::wstring_view text) noexcept {
-  std::size_t at = 0;
-  while (at < text.size() && core::isSpace(text[at])) ++at;
-  bool negative = false;
-  if (at < text.size() && (text[at] == L'+' || text[at] == L'-')) negative = text[at++] == L'-';
-  long long value = 0;
-  for (; at < text.size() && text[at] >= L'0' && text[at] <= L'9'; ++at) {
-    value = value * 10 + (text[at] - L'0');
-    if (value > 0x7FFFFFFF) value = 0x7FFFFFFF;  // saturates as the runtime does
-  }
-  return static_cast<int>(negative ? -value : value);
-}
 
 std::wstring_view cleanObjectList(std::wstring_view objects) noexcept {
   const auto isLetter = [](wchar_t c) { return c == L'O' || c == L'b' || c == L'j' || c == L'e' || c == L'c' || c == L't'; };
@@ -126,7 +113,7 @@ ObjectSet parseObjectSet(std::wstring_view text) {
 
   const FieldOptions options = readFieldOptions(set.options);
   set.error = options.error.empty() ? unknownOptionError(options, {L"objtype", L"layer"}) : options.error;
-  if (const FieldOption* mask = options.find(L"objtype")) set.typeMask = leadingInteger(mask->value);
+  if (const FieldOption* mask = options.find(L"objtype")) set.typeMask = core::leadingInteger(mask->value);
   if (const FieldOption* layers = options.find(L"layer")) set.layers = splitList(layers->value);
   return set;
 }
@@ -167,11 +154,7 @@ std::wstring buildObjectSetText(const ObjectSetChoice& choice) {
 }
 
 bool layerPasses(const std::vector<std::wstring>& layers, std::wstring_view layer) noexcept {
-  if (layers.empty()) return true;
-  for (const std::wstring& name : layers) {
-    if (name == layer) return true;
-  }
-  return false;
+  return layers.empty() || isListed(layers, layer);
 }
 
 double sumObjectSet(host::AcDbDatabase& db, AcDbObjectId ownerId, const ObjectSet& set, EntityMeasure measure) {
