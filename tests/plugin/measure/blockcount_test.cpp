@@ -133,7 +133,6 @@ TEST(BlockCount, BadCodesSayWhy) {
     std::wstring message;
   } const cases[] = {
       {LR"("Door" \nestd)", LR"(Unknown option \nestd.)"},
-      {LR"("Door" \layer "A)", LR"(The value of option \layer has no closing double quote.)"},
       {LR"("Door" \Window(0,0,0:1,1,1)", LR"(The value of option \Window has no closing parenthesis.)"},
       {LR"("Door" nested)", LR"(Expected an option (a backslash and a name) at "nested".)"},
   };
