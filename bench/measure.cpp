@@ -120,6 +120,12 @@ void LengthField(benchmark::State& state) { measureField(state, LR"(%<\AcLength 
 BENCHMARK(AreaField)->Arg(10000)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(AreaFieldByLayer)->Arg(1000000)->Unit(benchmark::kMillisecond);
 BENCHMARK(LengthField)->Arg(1000000)->Unit(benchmark::kMillisecond);
+// The walk alone: every entity opened, its layer compared and nothing measured. What a field
+// over a million entities costs before it adds anything.
+void WalkOnly(benchmark::State& state) {
+  measureField(state, LR"(%<\AcLength Object(<*AllObjects*>) \objtype "82" \layer "Doors">%)");
+}
+BENCHMARK(WalkOnly)->Arg(1000000)->Unit(benchmark::kMillisecond);
 
 // Doors with a WIDTH attribute: most in model space, the rest in units that are placed in
 // model space and in floors.
