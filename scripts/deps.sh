@@ -1,7 +1,8 @@
 # Sourced by the other scripts: makes sure the Debian packages the build needs are there.
 # As root they are installed with apt-get; otherwise the one command to run is printed.
 corvane_packages=(cmake ninja-build g++ clang libclang-rt-14-dev libgtest-dev libgmock-dev
-                  libbenchmark-dev libcli11-dev python3 python3-ezdxf)
+                  libbenchmark-dev libcli11-dev python3 python3-ezdxf
+                  libzip-dev libpugixml-dev libexpat1-dev pkg-config python3-openpyxl libxlsxwriter-dev zip)
 
 corvane_ensure_packages() {
   local missing=() pkg
