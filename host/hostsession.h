@@ -18,6 +18,7 @@ class AcEdMenu;
 class AcEdPrompts;
 class AcEditor;
 class CAcFdUiFieldManager;
+class ExcelAutomation;
 class HostSystem;
 class HostUi;
 class Registry;
@@ -36,6 +37,8 @@ class HostSession {
   virtual Registry& registry() = 0;
   // The field dialog's manager (AcFdUiGetFieldManager), or null when the host has none.
   virtual CAcFdUiFieldManager* fieldManager() = 0;
+  // How Excel is reached, or null when the host reaches no Excel at all.
+  virtual ExcelAutomation* excel() = 0;
 
   // The host program's name: "acad", or "acadlt" on the light edition.
   virtual std::wstring program() const = 0;

@@ -60,6 +60,9 @@ class Session : public host::HostSession, public host::AcEditor {
   host::HostSystem& system() override { return os_; }
   host::Registry& registry() override { return *registry_; }
   host::CAcFdUiFieldManager* fieldManager() override { return &fieldDialogs_; }
+  host::ExcelAutomation* excel() override { return excel_; }
+  // The Excel the session's commands reach (the workbook backend wired in by the program).
+  void setExcel(host::ExcelAutomation* excel) noexcept { excel_ = excel; }
   std::wstring program() const override { return options_.program; }
   int command(const std::vector<std::wstring>& arguments) override;
   int queueExpr(std::wstring_view expression) override;
@@ -122,6 +125,7 @@ class Session : public host::HostSession, public host::AcEditor {
   OsServices os_;
   TerminalUi ui_;
   FieldDialogManager fieldDialogs_;
+  host::ExcelAutomation* excel_ = nullptr;
   std::vector<host::AcEditorReactor*> reactors_;
   std::map<const host::AcDbDatabase*, std::vector<host::AcDbDatabaseReactor*>> databaseReactors_;
   std::vector<host::AcRxArxApp*> apps_;

@@ -103,6 +103,7 @@ class RecordingSession : public host::HostSession,
   host::HostSystem& system() override { return *this; }
   host::Registry& registry() override { return *this; }
   host::CAcFdUiFieldManager* fieldManager() override { return this; }
+  host::ExcelAutomation* excel() override { return nullptr; }
   std::wstring program() const override {
     log_.push_back(L"program");
     return programName;
