@@ -33,13 +33,16 @@ ContentTypes::ContentTypes(const ContentTypes& other) {
 }
 
 ContentTypes& ContentTypes::operator=(const ContentTypes& other) {
-  if (this != &other) doc_.reset(other.doc_);
+  if (this != &other) {
+    doc_.reset(other.doc_);
+    margins_ = other.margins_;
+  }
   return *this;
 }
 
 std::optional<ContentTypes> ContentTypes::parse(std::string_view xml, std::string& error) {
   ContentTypes out;
-  if (!xmlpart::load(out.doc_, xml, kNamespace, kRoot, "[Content_Types].xml", error)) return std::nullopt;
+  if (!xmlpart::load(out.doc_, out.margins_, xml, kNamespace, kRoot, "[Content_Types].xml", error)) return std::nullopt;
   for (const auto& node : out.doc_.document_element().children()) {
     const bool isDefault = xmlpart::isSibling(node, kDefault);
     if (!isDefault && !xmlpart::isSibling(node, kOverride)) continue;
@@ -54,7 +57,7 @@ std::optional<ContentTypes> ContentTypes::parse(std::string_view xml, std::strin
 }
 
 std::string ContentTypes::serialize() const {
-  return xmlpart::save(doc_);
+  return xmlpart::save(doc_, margins_);
 }
 
 pugi::xml_node ContentTypes::findOverride(std::string_view part) const {

@@ -8,6 +8,8 @@
 
 #include <pugixml.hpp>
 
+#include "xlsx/package/xmlpart.h"
+
 namespace corvane::xlsx {
 
 class ContentTypes {
@@ -38,6 +40,7 @@ class ContentTypes {
   pugi::xml_node findDefault(std::string_view extension) const;
 
   pugi::xml_document doc_;
+  xmlpart::Margins margins_;
 };
 
 }  // namespace corvane::xlsx

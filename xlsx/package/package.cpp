@@ -12,6 +12,7 @@
 #include <set>
 
 #include "core/atomicfile.h"
+#include "xlsx/package/zipbuffer.h"
 
 namespace corvane::xlsx {
 
@@ -19,6 +20,7 @@ namespace {
 
 constexpr std::string_view kContentTypes = "[Content_Types].xml";
 constexpr std::size_t kChunk = 64 * 1024;
+constexpr std::string_view kZipStart = "PK\x03\x04";
 constexpr std::string_view kOleSignature = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1";
 
 std::string lower(std::string_view text) {
@@ -154,8 +156,13 @@ std::optional<Package> Package::fromArchive(std::string bytes, const std::string
   if (source) archive->zip = zip_open_from_source(source, ZIP_RDONLY, &zipError);
   if (!archive->zip) {
     const int code = zip_error_code_zip(&zipError);
-    error = code == ZIP_ER_NOZIP ? label + " is not a workbook: it is not a zip archive"
-                                 : label + " is a damaged zip archive: " + describe(&zipError);
+    if (code != ZIP_ER_NOZIP) {
+      error = label + " is a damaged zip archive: " + describe(&zipError);
+    } else if (std::string_view(archive->bytes).starts_with(kZipStart)) {
+      error = label + " is a damaged zip archive: its directory at the end is missing (a file cut short?)";
+    } else {
+      error = label + " is not a workbook: it is not a zip archive";
+    }
     zip_error_fini(&zipError);
     if (source) zip_source_free(source);
     return std::nullopt;
@@ -343,13 +350,11 @@ std::optional<std::string> Package::saveChecked(std::string& error) const {
     }
   }
 
-  // The archive is rewritten into a buffer of its own; libzip copies the entries left alone as
-  // they are stored.
+  // libzip copies the entries left alone as they are stored.
+  ZipBuffer buffer(archive_ ? std::string_view(archive_->bytes) : std::string_view());
   zip_error_t zipError;
   zip_error_init(&zipError);
-  zip_source_t* target = archive_
-                             ? zip_source_buffer_create(archive_->bytes.data(), archive_->bytes.size(), 0, &zipError)
-                             : zip_source_buffer_create(nullptr, 0, 0, &zipError);
+  zip_source_t* target = buffer.source(&zipError);
   zip_t* zip = nullptr;
   if (target) {
     zip_source_keep(target);
@@ -394,23 +399,9 @@ std::optional<std::string> Package::saveChecked(std::string& error) const {
   }
   if (zip_close(zip) != 0) return fail("cannot write the archive");
 
-  std::string out;
-  zip_stat_t st;
-  zip_stat_init(&st);
-  if (zip_source_stat(target, &st) == 0 && (st.valid & ZIP_STAT_SIZE)) out.reserve(st.size);
-  bool ok = zip_source_open(target) == 0;
-  if (ok) {
-    char buffer[kChunk];
-    zip_int64_t got = 0;
-    while ((got = zip_source_read(target, buffer, sizeof buffer)) > 0)
-      out.append(buffer, static_cast<std::size_t>(got));
-    ok = got == 0;
-    zip_source_close(target);
-  }
-  if (!ok) error = "cannot save the workbook: " + describe(zip_source_error(target));
   zip_source_free(target);
-  if (!ok) return std::nullopt;
-  return out;
+  if (!buffer.written()) return archive_ ? archive_->bytes : std::string();  // libzip found nothing to change
+  return buffer.output();
 }
 
 bool Package::saveAs(const std::filesystem::path& path, const std::filesystem::path& backup, std::string& error) const {

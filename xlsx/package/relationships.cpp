@@ -29,13 +29,14 @@ Relationships::Relationships() {
   xmlpart::create(doc_, kNamespace, kRoot);
 }
 
-Relationships::Relationships(const Relationships& other) : items_(other.items_) {
+Relationships::Relationships(const Relationships& other) : margins_(other.margins_), items_(other.items_) {
   doc_.reset(other.doc_);
 }
 
 Relationships& Relationships::operator=(const Relationships& other) {
   if (this != &other) {
     doc_.reset(other.doc_);
+    margins_ = other.margins_;
     items_ = other.items_;
   }
   return *this;
@@ -43,7 +44,8 @@ Relationships& Relationships::operator=(const Relationships& other) {
 
 std::optional<Relationships> Relationships::parse(std::string_view xml, std::string& error) {
   Relationships out;
-  if (!xmlpart::load(out.doc_, xml, kNamespace, kRoot, "the relationships part", error)) return std::nullopt;
+  if (!xmlpart::load(out.doc_, out.margins_, xml, kNamespace, kRoot, "the relationships part", error))
+    return std::nullopt;
   out.collect();
   std::set<std::string_view> ids;
   for (std::size_t i = 0; i < out.items_.size(); ++i) {
@@ -75,7 +77,7 @@ void Relationships::collect() {
 }
 
 std::string Relationships::serialize() const {
-  return xmlpart::save(doc_);
+  return xmlpart::save(doc_, margins_);
 }
 
 const Relationship* Relationships::byId(std::string_view id) const {

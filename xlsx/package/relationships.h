@@ -10,6 +10,8 @@
 
 #include <pugixml.hpp>
 
+#include "xlsx/package/xmlpart.h"
+
 namespace corvane::xlsx {
 
 struct Relationship {
@@ -50,6 +52,7 @@ class Relationships {
   void collect();
 
   pugi::xml_document doc_;
+  xmlpart::Margins margins_;
   std::vector<Relationship> items_;  // mirrors the Relationship elements of doc_
 };
 

@@ -1,5 +1,7 @@
 #include "xlsx/package/xmlpart.h"
 
+#include <algorithm>
+
 namespace corvane::xlsx::xmlpart {
 
 namespace {
@@ -23,8 +25,8 @@ struct StringWriter : pugi::xml_writer {
 
 }  // namespace
 
-bool load(pugi::xml_document& doc, std::string_view xml, std::string_view ns, std::string_view rootName,
-          std::string_view what, std::string& error) {
+bool load(pugi::xml_document& doc, Margins& margins, std::string_view xml, std::string_view ns,
+          std::string_view rootName, std::string_view what, std::string& error) {
   // Whitespace between elements, comments and processing instructions are kept so that a part
   // written back differs only where it was edited.
   constexpr unsigned kOptions =
@@ -40,6 +42,15 @@ bool load(pugi::xml_document& doc, std::string_view xml, std::string_view ns, st
     error = std::string(what) + " does not have the root element " + std::string(rootName) + " of " + std::string(ns);
     return false;
   }
+  constexpr std::string_view kSpace = " \t\r\n";
+  margins = {};
+  if (xml.starts_with("<?xml")) {
+    const auto end = xml.find("?>");
+    const auto text = xml.substr(end + 2);
+    margins.afterDeclaration = text.substr(0, std::min(text.size(), text.find_first_not_of(kSpace)));
+  }
+  const auto last = xml.find_last_not_of(kSpace);
+  if (last != std::string_view::npos) margins.atEnd = xml.substr(last + 1);
   // The tree is written back as UTF-8 whatever it was read as.
   for (auto node = doc.first_child(); node; node = node.next_sibling()) {
     if (node.type() == pugi::node_declaration && node.attribute("encoding")) node.attribute("encoding") = "UTF-8";
@@ -57,10 +68,16 @@ void create(pugi::xml_document& doc, std::string_view ns, std::string_view rootN
   root.append_attribute("xmlns") = std::string(ns).c_str();
 }
 
-std::string save(const pugi::xml_document& doc) {
+std::string save(const pugi::xml_document& doc, const Margins& margins) {
   StringWriter writer;
   doc.save(writer, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
-  return std::move(writer.out);
+  std::string& out = writer.out;
+  if (doc.first_child().type() == pugi::node_declaration && !margins.afterDeclaration.empty()) {
+    const auto end = out.find("?>");
+    if (end != std::string::npos) out.insert(end + 2, margins.afterDeclaration);
+  }
+  out += margins.atEnd;
+  return std::move(out);
 }
 
 std::string_view localName(const pugi::xml_node& node) {
@@ -70,8 +87,7 @@ std::string_view localName(const pugi::xml_node& node) {
 }
 
 bool isSibling(const pugi::xml_node& node, std::string_view name) {
-  return node.type() == pugi::node_element && localName(node) == name &&
-         prefixOf(node) == prefixOf(node.parent());
+  return node.type() == pugi::node_element && localName(node) == name && prefixOf(node) == prefixOf(node.parent());
 }
 
 pugi::xml_node addChild(pugi::xml_node parent, std::string_view name, pugi::xml_node before) {

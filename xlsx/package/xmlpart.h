@@ -10,15 +10,21 @@
 
 namespace corvane::xlsx::xmlpart {
 
+// The whitespace around the root element, which the tree has no place for.
+struct Margins {
+  std::string afterDeclaration;
+  std::string atEnd;
+};
+
 // Reads `xml` into `doc`; false with `error` saying where it stops being XML, or when the root
 // is not `rootName` in namespace `ns` (`what` names the part for the message).
-bool load(pugi::xml_document& doc, std::string_view xml, std::string_view ns, std::string_view rootName,
-          std::string_view what, std::string& error);
+bool load(pugi::xml_document& doc, Margins& margins, std::string_view xml, std::string_view ns,
+          std::string_view rootName, std::string_view what, std::string& error);
 
 // A new document holding only the declaration and an empty root in namespace `ns`.
 void create(pugi::xml_document& doc, std::string_view ns, std::string_view rootName);
 
-std::string save(const pugi::xml_document& doc);
+std::string save(const pugi::xml_document& doc, const Margins& margins);
 
 std::string_view localName(const pugi::xml_node& node);
 // Whether `node` is the element `name` in the namespace of its parent.
