@@ -152,45 +152,28 @@ std::vector<StoredEntry> storedEntries(const fs::path& file) {
   return out;
 }
 
-TEST(Package, OpensWorkbooksOfIndependentWritersAndFollowsTheirRelationships) {
-  for (const auto& writer : kWriters) {
-    SCOPED_TRACE(writer.name);
-    if (writer.python && !hasOpenpyxl()) continue;
-    const ScratchFolder folder;
-    const auto book = folder / "book.xlsx";
-    writer.make(folder.path(), book);
-    std::string error;
-    const auto package = Package::open(book, error);
-    ASSERT_TRUE(package) << error;
-    EXPECT_FALSE(package->changed());
-    const auto names = package->partNames();
-    EXPECT_TRUE(std::find(names.begin(), names.end(), "[Content_Types].xml") != names.end());
-    for (const auto& name : names) EXPECT_FALSE(name.ends_with('/')) << "a folder entry is no part";
-    EXPECT_EQ(worksheets(*package).size(), writer.sheets);
-    EXPECT_TRUE(package->has("[content_types].XML"));
-    EXPECT_FALSE(package->has("xl/"));
-    EXPECT_EQ(package->save(error), ScratchFolder::read(book)) << "an unchanged package saves as read";
-  }
-  if (!hasOpenpyxl()) GTEST_SKIP() << "python3-openpyxl is not installed";
-}
-
+// Workbooks of other writers open, their sheets are found by their relationships, and a save
+// after one sheet changed leaves every other entry as stored, readable by openpyxl.
 TEST(Package, SavingChangesOnlyThePartWritten) {
   for (const auto& writer : kWriters) {
     SCOPED_TRACE(writer.name);
+    if (writer.python && !hasOpenpyxl()) continue;
     const ScratchFolder folder;
     const auto book = folder / "book.xlsx";
-    if (writer.python && !hasOpenpyxl()) continue;
     writer.make(folder.path(), book);
     std::string error;
     auto package = Package::open(book, error);
     ASSERT_TRUE(package) << error;
-    const std::string sheet = worksheets(*package).at(0);
-    std::string xml = mustRead(*package, sheet);
+    EXPECT_FALSE(package->changed());
+    for (const auto& name : package->partNames()) EXPECT_FALSE(name.ends_with('/')) << "a folder entry is no part";
+    EXPECT_EQ(package->save(error), ScratchFolder::read(book)) << "an unchanged package saves as read";
+    const auto sheets = worksheets(*package);
+    ASSERT_EQ(sheets.size(), writer.sheets);
+    std::string xml = mustRead(*package, sheets[0]);
     const auto at = xml.find("<v>42</v>");
     ASSERT_NE(at, std::string::npos) << xml;
     xml.replace(at, 9, "<v>43</v>");
-    package->write(sheet, xml);
-    EXPECT_TRUE(package->changed());
+    package->write(sheets[0], xml);
     const auto saved = folder / "saved.xlsx";
     ASSERT_TRUE(package->saveAs(saved, "", error)) << error;
 
@@ -199,14 +182,14 @@ TEST(Package, SavingChangesOnlyThePartWritten) {
     ASSERT_EQ(before.size(), after.size());
     for (size_t i = 0; i < before.size(); ++i) {
       ASSERT_EQ(after[i].name, before[i].name) << "entries keep their order";
-      if (before[i].name == sheet) continue;
+      if (before[i].name == sheets[0]) continue;
       EXPECT_EQ(after[i].crc, before[i].crc) << before[i].name;
       EXPECT_EQ(after[i].method, before[i].method) << before[i].name;
       EXPECT_TRUE(after[i].raw == before[i].raw) << before[i].name << " was stored again";
     }
     const auto reopened = Package::open(saved, error);
     ASSERT_TRUE(reopened) << error;
-    EXPECT_EQ(mustRead(*reopened, sheet), xml);
+    EXPECT_EQ(mustRead(*reopened, sheets[0]), xml);
 
     if (!hasOpenpyxl()) continue;
     const auto value = folder / "a1.txt";
@@ -216,6 +199,7 @@ TEST(Package, SavingChangesOnlyThePartWritten) {
             saved.string() + " " + value.string()));
     EXPECT_EQ(ScratchFolder::read(value), "43");
   }
+  if (!hasOpenpyxl()) GTEST_SKIP() << "python3-openpyxl is not installed: its workbook and checks were left out";
 }
 
 TEST(Package, EditsKeepTheOrderOfTheArchive) {
