@@ -353,7 +353,10 @@ class WorksheetReader : public XmlStream {
 
   void cellEnd() {
     auto& cell = cell_;
-    const std::string where = [&] { return cellRefText({cell.row, cell.column}); }();
+    const std::string where = cellRefText({cell.row, cell.column});
+    // Some writers leave an empty <v/> after a formula never calculated: no value, except
+    // for a text result, which may be empty.
+    if (hasValue_ && type_ != "str" && trimmedXml(value_).empty()) hasValue_ = false;
     if (type_.empty() || type_ == "n") {
       if (hasValue_) {
         const auto number = parseNumber(value_);

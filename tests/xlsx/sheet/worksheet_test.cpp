@@ -62,6 +62,8 @@ TEST(Worksheet, ReadsCellsOfEveryKind) {
       {"<c r=\"A1\" t=\"str\"><f>B1&amp;\"x\"</f><v>yx</v></c>", CellKind::kFormulaString, "yx", "B1&\"x\""},
       {"<c r=\"A1\" t=\"e\"><f>1/0</f><v>#DIV/0!</v></c>", CellKind::kError, ErrorText{"#DIV/0!"}, "1/0"},
       {"<c r=\"A1\"><f>NOW()</f></c>", CellKind::kBlank, CellValue(), "NOW()"},
+      {"<c r=\"A1\"><f>NOW()</f><v></v></c>", CellKind::kBlank, CellValue(), "NOW()"},
+      {"<c r=\"A1\" t=\"str\"><f>\"\"</f><v></v></c>", CellKind::kFormulaString, "", "\"\""},
       {"<c r=\"A1\" t=\"d\"><v>2024-02-29T10:00:00</v></c>", CellKind::kIsoDate, "2024-02-29T10:00:00", ""},
       {"<c r=\"A1\" s=\"4\"/>", CellKind::kBlank, CellValue(), ""},
   };
