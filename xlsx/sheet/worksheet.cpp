@@ -353,14 +353,14 @@ class WorksheetReader : public XmlStream {
 
   void cellEnd() {
     auto& cell = cell_;
-    const std::string where = cellRefText({cell.row, cell.column});
+    const auto where = [&] { return cellRefText({cell.row, cell.column}); };
     // Some writers leave an empty <v/> after a formula never calculated: no value, except
     // for a text result, which may be empty.
     if (hasValue_ && type_ != "str" && trimmedXml(value_).empty()) hasValue_ = false;
     if (type_.empty() || type_ == "n") {
       if (hasValue_) {
         const auto number = parseNumber(value_);
-        if (!number) return fail("cell " + where + ": \"" + value_ + "\" is not a number");
+        if (!number) return fail("cell " + where() + ": \"" + value_ + "\" is not a number");
         cell.kind = CellKind::kNumber;
         cell.payload = std::bit_cast<std::uint64_t>(*number);
       }
@@ -370,7 +370,7 @@ class WorksheetReader : public XmlStream {
         std::uint32_t index = 0;
         const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), index);
         if (ec != std::errc() || end != text.data() + text.size()) {
-          return fail("cell " + where + ": \"" + value_ + "\" is not a shared string index");
+          return fail("cell " + where() + ": \"" + value_ + "\" is not a shared string index");
         }
         cell.kind = CellKind::kSharedString;
         cell.payload = index;
@@ -379,7 +379,7 @@ class WorksheetReader : public XmlStream {
       if (hasValue_) {
         const std::string_view text = trimmedXml(value_);
         if (text != "0" && text != "1" && text != "true" && text != "false") {
-          return fail("cell " + where + ": \"" + value_ + "\" is not a boolean");
+          return fail("cell " + where() + ": \"" + value_ + "\" is not a boolean");
         }
         cell.kind = CellKind::kBoolean;
         cell.payload = text == "1" || text == "true";
@@ -405,7 +405,7 @@ class WorksheetReader : public XmlStream {
         cell.payload = packSpan(span.offset, span.length);
       }
     } else {
-      return fail("cell " + where + " has the unknown type \"" + type_ + "\"");
+      return fail("cell " + where() + " has the unknown type \"" + type_ + "\"");
     }
     if (hasFormula_) cell.flags |= kHasFormula;
     const bool keepInline = hasInline_ && richInline_ && cell.kind == CellKind::kInlineString;
