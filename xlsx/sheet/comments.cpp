@@ -1,9 +1,8 @@
 #include "xlsx/sheet/comments.h"
 
-#include <pugixml.hpp>
-
 #include <algorithm>
 #include <charconv>
+#include <pugixml.hpp>
 #include <set>
 
 #include "xlsx/sheet/xmldom.h"
@@ -66,7 +65,7 @@ std::string anchorText(const int (&fields)[8]) {
 }  // namespace
 
 struct Comments::Box {
-  std::string richText;  // the <text> element's content as read; empty once the note is replaced
+  std::string richText;                       // the <text> element's content as read; empty once the note is replaced
   std::unique_ptr<pugi::xml_document> shape;  // the note's VML shape as read, if it had one
 };
 
@@ -101,7 +100,8 @@ std::optional<Comments> Comments::parse(std::string_view commentsXml, std::strin
     note.text = decodeXstring(raw);
     auto box = std::make_unique<Box>();
     if (keepRuns) {
-      for (pugi::xml_node child = text.first_child(); child; child = child.next_sibling()) appendNode(box->richText, child);
+      for (pugi::xml_node child = text.first_child(); child; child = child.next_sibling())
+        appendNode(box->richText, child);
     }
     if (const auto same = std::find_if(comments.notes_.begin(), comments.notes_.end(),
                                        [&](const Note& n) { return n.ref == note.ref; });
@@ -246,7 +246,8 @@ std::string Comments::serializeVml() const {
     const pugi::xml_node root = drawing_->document_element();
     out += '<';
     out += root.name();
-    for (pugi::xml_attribute a = root.first_attribute(); a; a = a.next_attribute()) appendAttribute(out, a.name(), a.value());
+    for (pugi::xml_attribute a = root.first_attribute(); a; a = a.next_attribute())
+      appendAttribute(out, a.name(), a.value());
     out += '>';
     for (pugi::xml_node child = root.first_child(); child; child = child.next_sibling()) {
       if (localName(child) == "shapetype" && std::string_view(child.attribute("id").value()) == "_x0000_t202") {

@@ -56,7 +56,7 @@ class Comments {
   struct Box;
 
   std::vector<Note> notes_;
-  std::vector<std::unique_ptr<Box>> boxes_;  // one for each note, same order
+  std::vector<std::unique_ptr<Box>> boxes_;      // one for each note, same order
   std::unique_ptr<pugi::xml_document> drawing_;  // the VML as read, its note shapes taken out
   int shapeBlock_ = 1;
 };

@@ -1,9 +1,8 @@
 #include "xlsx/sheet/coreproperties.h"
 
-#include <pugixml.hpp>
-
 #include <charconv>
 #include <cstdio>
+#include <pugixml.hpp>
 
 #include "xlsx/sheet/xmldom.h"
 

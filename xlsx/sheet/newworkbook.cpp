@@ -55,36 +55,33 @@ std::vector<std::pair<std::string, std::string>> newWorkbookParts(std::int64_t n
           "<TitlesOfParts><vt:vector size=\"1\" baseType=\"lpstr\"><vt:lpstr>Sheet1</vt:lpstr></vt:vector>"
           "</TitlesOfParts><LinksUpToDate>false</LinksUpToDate><SharedDoc>false</SharedDoc>"
           "<HyperlinksChanged>false</HyperlinksChanged><AppVersion>16.0300</AppVersion></Properties>");
-  parts.emplace_back(
-      "docProps/core.xml",
-      declaration +
-          "<cp:coreProperties "
-          "xmlns:cp=\"http://schemas.openxmlformats.org/package/2006/metadata/core-properties\" "
-          "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:dcterms=\"http://purl.org/dc/terms/\" "
-          "xmlns:dcmitype=\"http://purl.org/dc/dcmitype/\" "
-          "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\">"
-          "<dcterms:created xsi:type=\"dcterms:W3CDTF\">" +
-          now + "</dcterms:created><dcterms:modified xsi:type=\"dcterms:W3CDTF\">" + now +
-          "</dcterms:modified></cp:coreProperties>");
-  parts.emplace_back(
-      "xl/workbook.xml",
-      declaration +
-          "<workbook xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" "
-          "xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\">"
-          "<workbookPr/><bookViews><workbookView activeTab=\"0\"/></bookViews>"
-          "<sheets><sheet name=\"Sheet1\" sheetId=\"1\" r:id=\"rId1\"/></sheets>"
-          "<calcPr calcId=\"191029\" fullCalcOnLoad=\"1\"/></workbook>");
-  parts.emplace_back(
-      "xl/_rels/workbook.xml.rels",
-      declaration +
-          "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
-          "<Relationship Id=\"rId1\" "
-          "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/worksheet\" "
-          "Target=\"worksheets/sheet1.xml\"/>"
-          "<Relationship Id=\"rId2\" "
-          "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/styles\" "
-          "Target=\"styles.xml\"/>"
-          "</Relationships>");
+  parts.emplace_back("docProps/core.xml",
+                     declaration +
+                         "<cp:coreProperties "
+                         "xmlns:cp=\"http://schemas.openxmlformats.org/package/2006/metadata/core-properties\" "
+                         "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:dcterms=\"http://purl.org/dc/terms/\" "
+                         "xmlns:dcmitype=\"http://purl.org/dc/dcmitype/\" "
+                         "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\">"
+                         "<dcterms:created xsi:type=\"dcterms:W3CDTF\">" +
+                         now + "</dcterms:created><dcterms:modified xsi:type=\"dcterms:W3CDTF\">" + now +
+                         "</dcterms:modified></cp:coreProperties>");
+  parts.emplace_back("xl/workbook.xml",
+                     declaration +
+                         "<workbook xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" "
+                         "xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\">"
+                         "<workbookPr/><bookViews><workbookView activeTab=\"0\"/></bookViews>"
+                         "<sheets><sheet name=\"Sheet1\" sheetId=\"1\" r:id=\"rId1\"/></sheets>"
+                         "<calcPr calcId=\"191029\" fullCalcOnLoad=\"1\"/></workbook>");
+  parts.emplace_back("xl/_rels/workbook.xml.rels",
+                     declaration +
+                         "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">"
+                         "<Relationship Id=\"rId1\" "
+                         "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/worksheet\" "
+                         "Target=\"worksheets/sheet1.xml\"/>"
+                         "<Relationship Id=\"rId2\" "
+                         "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/styles\" "
+                         "Target=\"styles.xml\"/>"
+                         "</Relationships>");
   parts.emplace_back(
       "xl/worksheets/sheet1.xml",
       declaration +

@@ -19,8 +19,8 @@ struct SheetEntry {
 
 struct DefinedName {
   std::string name;
-  std::string formula;             // without "=", as written: "Data!$A$1"
-  std::optional<int> localSheet;   // 0-based position in sheets() for a sheet's own name
+  std::string formula;            // without "=", as written: "Data!$A$1"
+  std::optional<int> localSheet;  // 0-based position in sheets() for a sheet's own name
   bool hidden = false;
 };
 

@@ -524,11 +524,16 @@ std::string_view Worksheet::formula(std::size_t position) const {
 CellValue Worksheet::value(std::size_t position, const SharedStrings& strings) const {
   const Cell& c = cells_.at(position);
   switch (c.kind) {
-    case CellKind::kNumber: return number(position);
-    case CellKind::kBoolean: return c.payload != 0;
-    case CellKind::kError: return ErrorText{std::string(text(position, strings))};
-    case CellKind::kBlank: return {};
-    default: return std::string(text(position, strings));
+    case CellKind::kNumber:
+      return number(position);
+    case CellKind::kBoolean:
+      return c.payload != 0;
+    case CellKind::kError:
+      return ErrorText{std::string(text(position, strings))};
+    case CellKind::kBlank:
+      return {};
+    default:
+      return std::string(text(position, strings));
   }
 }
 
@@ -626,10 +631,12 @@ bool Worksheet::setValue(CellRef at, const CellValue& value) {
   if (pool_.size() > std::numeric_limits<std::uint32_t>::max()) {
     c.kind = CellKind::kBlank;  // beyond what the pool can address; never reached by real sheets
   }
-  const bool bare = c.kind == CellKind::kBlank && c.style == 0 &&
-                    (c.extra == kNoExtra || (extras_[c.extra].attributes.length == 0 && extras_[c.extra].children.length == 0));
+  const bool bare =
+      c.kind == CellKind::kBlank && c.style == 0 &&
+      (c.extra == kNoExtra || (extras_[c.extra].attributes.length == 0 && extras_[c.extra].children.length == 0));
   if (bare) cells_.erase(it);
-  const auto row = std::lower_bound(rows_.begin(), rows_.end(), at.row, [](const Row& r, std::uint32_t n) { return r.row < n; });
+  const auto row =
+      std::lower_bound(rows_.begin(), rows_.end(), at.row, [](const Row& r, std::uint32_t n) { return r.row < n; });
   if (row != rows_.end() && row->row == at.row) row->flags |= kRowTouched;
   changed_ = true;
   return true;
@@ -775,7 +782,8 @@ void Worksheet::writeCell(std::string& out, const Cell& c) const {
       out += p;
       out += "is>";
       break;
-    case CellKind::kBlank: break;
+    case CellKind::kBlank:
+      break;
   }
   if (extra) out += pooled(extra->children);
   out += "</";
@@ -792,8 +800,8 @@ void Worksheet::writeSheetData(std::string& out) const {
   out += '<' + p + "sheetData>";
   std::size_t c = 0, r = 0;
   while (c < cells_.size() || r < rows_.size()) {
-    const std::uint32_t number = std::min(c < cells_.size() ? cells_[c].row : kMaxRow + 1,
-                                          r < rows_.size() ? rows_[r].row : kMaxRow + 1);
+    const std::uint32_t number =
+        std::min(c < cells_.size() ? cells_[c].row : kMaxRow + 1, r < rows_.size() ? rows_[r].row : kMaxRow + 1);
     const Row* row = r < rows_.size() && rows_[r].row == number ? &rows_[r++] : nullptr;
     std::size_t end = c;
     while (end < cells_.size() && cells_[end].row == number) ++end;

@@ -45,8 +45,8 @@ bool loadPart(pugi::xml_document& document, std::string_view xml, std::string_vi
   }
   const pugi::xml_node element = document.document_element();
   if (!element || localName(element) != root) {
-    error = std::string(part) + ": the root element is <" + std::string(element ? element.name() : "") +
-            ">, not <" + std::string(root) + ">";
+    error = std::string(part) + ": the root element is <" + std::string(element ? element.name() : "") + ">, not <" +
+            std::string(root) + ">";
     return false;
   }
   return true;

@@ -1,9 +1,9 @@
+#include "xlsx/sheet/cellref.h"
+
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
-
-#include "xlsx/sheet/cellref.h"
 
 namespace corvane::xlsx {
 namespace {
@@ -13,13 +13,13 @@ TEST(CellRef, ReadsTextIntoRowAndColumn) {
     const char* text;
     std::optional<CellRef> ref;
   } cases[] = {
-      {"A1", CellRef{1, 1}},          {"AB12", CellRef{12, 28}},     {"$AB$12", CellRef{12, 28}},
-      {"Z9", CellRef{9, 26}},         {"AA1", CellRef{1, 27}},       {"XFD1048576", CellRef{1048576, 16384}},
-      {"$A1", CellRef{1, 1}},         {"A$1", CellRef{1, 1}},        {"XFE1", std::nullopt},
-      {"A1048577", std::nullopt},     {"A0", std::nullopt},          {"A01", std::nullopt},
-      {"a1", std::nullopt},           {"1A", std::nullopt},          {"A", std::nullopt},
-      {"", std::nullopt},             {"A1 ", std::nullopt},         {"$$A1", std::nullopt},
-      {"AAAAA1", std::nullopt},       {"A99999999999", std::nullopt}, {"A-1", std::nullopt},
+      {"A1", CellRef{1, 1}},      {"AB12", CellRef{12, 28}},      {"$AB$12", CellRef{12, 28}},
+      {"Z9", CellRef{9, 26}},     {"AA1", CellRef{1, 27}},        {"XFD1048576", CellRef{1048576, 16384}},
+      {"$A1", CellRef{1, 1}},     {"A$1", CellRef{1, 1}},         {"XFE1", std::nullopt},
+      {"A1048577", std::nullopt}, {"A0", std::nullopt},           {"A01", std::nullopt},
+      {"a1", std::nullopt},       {"1A", std::nullopt},           {"A", std::nullopt},
+      {"", std::nullopt},         {"A1 ", std::nullopt},          {"$$A1", std::nullopt},
+      {"AAAAA1", std::nullopt},   {"A99999999999", std::nullopt}, {"A-1", std::nullopt},
   };
   for (const auto& [text, ref] : cases) EXPECT_EQ(parseCellRef(text), ref) << text;
 }

@@ -1,9 +1,10 @@
+#include "xlsx/sheet/comments.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "xlsx/sheet/comments.h"
 #include "xlsx/sheet/coreproperties.h"
 
 namespace corvane::xlsx {
@@ -53,14 +54,25 @@ TEST(Comments, EditsSurviveWritingAndReadingBack) {
     void (*edit)(Comments&);
     std::vector<std::string> expected;
   } cases[] = {
-      {"add", [](Comments& n) { n.add({1, 4}, "new <&> note", "Cy"); },
+      {"add",
+       [](Comments& n) {
+         n.add({1, 4}, "new <&> note", "Cy");
+       },
        {"B2 Bob: Bob:\nsee \r here", "A5 Ann: five", "C3 Ann: three", "D1 Cy: new <&> note"}},
-      {"replace", [](Comments& n) { n.add({5, 1}, "changed", "Bob"); },
+      {"replace",
+       [](Comments& n) {
+         n.add({5, 1}, "changed", "Bob");
+       },
        {"B2 Bob: Bob:\nsee \r here", "A5 Bob: changed", "C3 Ann: three"}},
-      {"remove", [](Comments& n) { EXPECT_TRUE(n.remove({2, 2})); EXPECT_FALSE(n.remove({2, 2})); },
+      {"remove",
+       [](Comments& n) {
+         EXPECT_TRUE(n.remove({2, 2}));
+         EXPECT_FALSE(n.remove({2, 2}));
+       },
        {"A5 Ann: five", "C3 Ann: three"}},
       {"delete row", [](Comments& n) { n.deleteRow(3); }, {"B2 Bob: Bob:\nsee \r here", "A4 Ann: five"}},
-      {"delete row below all", [](Comments& n) { n.deleteRow(9); },
+      {"delete row below all",
+       [](Comments& n) { n.deleteRow(9); },
        {"B2 Bob: Bob:\nsee \r here", "A5 Ann: five", "C3 Ann: three"}},
   };
   for (const auto& [name, edit, expected] : cases) {
@@ -104,7 +116,8 @@ TEST(Comments, ANewDrawingHasHiddenBoxesInItsOwnBlock) {
   EXPECT_NE(vml.find("id=\"_x0000_s2049\""), std::string::npos);
   EXPECT_NE(vml.find("id=\"_x0000_s2050\""), std::string::npos);
   std::size_t hidden = 0;
-  for (std::size_t at = vml.find("visibility:hidden"); at != std::string::npos; at = vml.find("visibility:hidden", at + 1)) {
+  for (std::size_t at = vml.find("visibility:hidden"); at != std::string::npos;
+       at = vml.find("visibility:hidden", at + 1)) {
     ++hidden;
   }
   EXPECT_EQ(hidden, 2u);

@@ -60,7 +60,8 @@ TEST(Openpyxl, ItsWorkbooksReadBack) {
       "wb.create_sheet('Other')\n"
       "wb.defined_names.append(DefinedName('Rate', attr_text='Data!$A$1'))\n"
       "wb.defined_names.append(DefinedName('Local', localSheetId=1, attr_text='Other!$B$2'))\n"
-      "wb.save(r'''" + book.string() + "''')\n";
+      "wb.save(r'''" +
+      book.string() + "''')\n";
   testing::ScratchFolder::write(folder / "make.py", script);
   ASSERT_EQ(std::system(("/usr/bin/python3 '" + (folder / "make.py").string() + "'").c_str()), 0);
 
@@ -84,7 +85,9 @@ TEST(Openpyxl, ItsWorkbooksReadBack) {
   ASSERT_TRUE(styles) << error;
   const auto sheet = Worksheet::parse(chunksOf(sheetXml, 1000), error);
   ASSERT_TRUE(sheet) << error;
-  const auto valueAt = [&](const char* ref) { return sheet->value(sheet->find(*parseCellRef(ref))->position, *strings); };
+  const auto valueAt = [&](const char* ref) {
+    return sheet->value(sheet->find(*parseCellRef(ref))->position, *strings);
+  };
   EXPECT_EQ(valueAt("A1"), CellValue(12.5));
   // This writer does not protect an escape look-alike, so it reads back as the escape.
   EXPECT_EQ(valueAt("B1"), CellValue("text\r\nwith A"));
@@ -96,8 +99,8 @@ TEST(Openpyxl, ItsWorkbooksReadBack) {
   EXPECT_EQ(sheet->mergedCells(), (std::vector<CellRange>{{{6, 1}, {7, 3}}}));
   EXPECT_EQ(Worksheet(*sheet).serialize(sheetXml), sheetXml);
 
-  const auto notes = Comments::parse(part(book, "xl/comments/comment1.xml"),
-                                     part(book, "xl/drawings/commentsDrawing1.vml"), error);
+  const auto notes =
+      Comments::parse(part(book, "xl/comments/comment1.xml"), part(book, "xl/drawings/commentsDrawing1.vml"), error);
   ASSERT_TRUE(notes) << error;
   ASSERT_EQ(notes->notes().size(), 1u);
   EXPECT_EQ(notes->notes()[0].ref, (CellRef{2, 2}));
@@ -127,9 +130,9 @@ TEST(Openpyxl, ANewWorkbookOpensWithValuesAndNotesWritten) {
     testing::ScratchFolder::write(folder / "parts" / name, bytes);
     zipScript += "z.write(r'''" + (folder / "parts" / name).string() + "''', '" + name + "')\n";
   }
-  zipScript +=
-      "z.close()\nimport openpyxl\nwb = openpyxl.load_workbook(r'''" + (folder / "new.xlsx").string() +
-      "''')\nws = wb.active\nprint(wb.sheetnames, ws['A1'].value, ws['B2'].value, wb.properties.modified.isoformat())\n";
+  zipScript += "z.close()\nimport openpyxl\nwb = openpyxl.load_workbook(r'''" + (folder / "new.xlsx").string() +
+               "''')\nws = wb.active\nprint(wb.sheetnames, ws['A1'].value, ws['B2'].value, "
+               "wb.properties.modified.isoformat())\n";
   testing::ScratchFolder::write(folder / "check.py", zipScript);
   EXPECT_EQ(run("/usr/bin/python3 '" + (folder / "check.py").string() + "' 2>&1"),
             "['Sheet1'] 3.5 two 2026-11-21T04:20:41\n");

@@ -1,8 +1,9 @@
+#include "xlsx/sheet/styles.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "xlsx/sheet/styles.h"
 #include "xlsx/sheet/workbookpart.h"
 
 namespace corvane::xlsx {
@@ -23,8 +24,8 @@ TEST(Styles, MapCellStylesToFormatCodes) {
     int id;
     const char* code;
   } cases[] = {
-      {0, 0, "General"},   {1, 164, "0.000\"kg\""}, {2, 14, "dd.mm.yyyy"}, {3, 22, "m/d/yyyy h:mm"},
-      {4, 30, "General"},  {5, 0, "General"},       {99, 0, "General"},
+      {0, 0, "General"},  {1, 164, "0.000\"kg\""}, {2, 14, "dd.mm.yyyy"}, {3, 22, "m/d/yyyy h:mm"},
+      {4, 30, "General"}, {5, 0, "General"},       {99, 0, "General"},
   };
   for (const auto& [style, id, code] : cases) {
     EXPECT_EQ(styles->numFmtId(style), id) << style;
@@ -35,8 +36,19 @@ TEST(Styles, MapCellStylesToFormatCodes) {
 
 TEST(Styles, BuiltInCodesFollowEnUs) {
   const std::pair<int, const char*> cases[] = {
-      {0, "General"}, {1, "0"}, {9, "0%"}, {13, "# ?\?/?\?"}, {14, "m/d/yyyy"}, {22, "m/d/yyyy h:mm"},
-      {37, "#,##0_);(#,##0)"}, {47, "mm:ss.0"}, {49, "@"}, {23, ""}, {50, ""}, {-1, ""}, {65535, ""},
+      {0, "General"},
+      {1, "0"},
+      {9, "0%"},
+      {13, "# ?\?/?\?"},
+      {14, "m/d/yyyy"},
+      {22, "m/d/yyyy h:mm"},
+      {37, "#,##0_);(#,##0)"},
+      {47, "mm:ss.0"},
+      {49, "@"},
+      {23, ""},
+      {50, ""},
+      {-1, ""},
+      {65535, ""},
   };
   for (const auto& [id, code] : cases) EXPECT_EQ(builtinFormatCode(id), code) << id;
 }

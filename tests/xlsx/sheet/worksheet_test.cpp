@@ -1,10 +1,11 @@
+#include "xlsx/sheet/worksheet.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "xlsx/sheet/sharedstrings.h"
-#include "xlsx/sheet/worksheet.h"
 #include "xlsx/sheet/xmltext.h"
 
 namespace corvane::xlsx {
@@ -49,8 +50,8 @@ TEST(Worksheet, ReadsCellsOfEveryKind) {
       {"<c r=\"A1\" t=\"s\"><v>1</v></c>", CellKind::kSharedString, "rich", ""},
       {"<c r=\"A1\" t=\"s\"><v>2</v></c>", CellKind::kSharedString, "a\rb _x0041_", ""},
       {"<c r=\"A1\" t=\"s\"><v>9</v></c>", CellKind::kSharedString, "", ""},
-      {"<c r=\"A1\" t=\"inlineStr\"><is><t>plain &amp; simple</t></is></c>", CellKind::kInlineString,
-       "plain & simple", ""},
+      {"<c r=\"A1\" t=\"inlineStr\"><is><t>plain &amp; simple</t></is></c>", CellKind::kInlineString, "plain & simple",
+       ""},
       {"<c r=\"A1\" t=\"inlineStr\"><is><r><t>a</t></r><r><rPr><i/></rPr><t xml:space=\"preserve\"> b</t></r>"
        "<rPh sb=\"0\" eb=\"1\"><t>x</t></rPh></is></c>",
        CellKind::kInlineString, "a b", ""},
@@ -81,13 +82,13 @@ TEST(Worksheet, ReadsCellsOfEveryKind) {
 }
 
 TEST(Worksheet, PlacesCellsWithoutReferencesAfterTheirNeighbours) {
-  const Worksheet sheet = parsed(sheetXml(
-      "<row r=\"2\"><c><v>1</v></c><c s=\"3\"><v>2</v></c><c r=\"E2\"><v>3</v></c><c><v>4</v></c></row>"
-      "<row><c><v>5</v></c></row>"));
+  const Worksheet sheet =
+      parsed(sheetXml("<row r=\"2\"><c><v>1</v></c><c s=\"3\"><v>2</v></c><c r=\"E2\"><v>3</v></c><c><v>4</v></c></row>"
+                      "<row><c><v>5</v></c></row>"));
   std::vector<std::string> seen;
   sheet.visit([&](const CellView& cell) {
-    seen.push_back(cellRefText({cell.row, cell.column}) + "=" + std::to_string(static_cast<int>(sheet.number(cell.position))) +
-                   "/" + std::to_string(cell.style));
+    seen.push_back(cellRefText({cell.row, cell.column}) + "=" +
+                   std::to_string(static_cast<int>(sheet.number(cell.position))) + "/" + std::to_string(cell.style));
   });
   EXPECT_EQ(seen, (std::vector<std::string>{"A2=1/0", "B2=2/3", "E2=3/0", "F2=4/0", "A3=5/0"}));
   EXPECT_FALSE(sheet.find({2, 3}));
@@ -200,8 +201,7 @@ TEST(Worksheet, SharedFormulasAndExtensionsSurviveOtherChanges) {
   Worksheet sheet = parsed(xml);
   sheet.setValue({4, 1}, 1.0);
   const std::string written = sheet.serialize(xml);
-  EXPECT_NE(written.find("<c r=\"A1\"><f t=\"shared\" ref=\"A1:A3\" si=\"0\">B1*2</f><v>2</v></c>"),
-            std::string::npos)
+  EXPECT_NE(written.find("<c r=\"A1\"><f t=\"shared\" ref=\"A1:A3\" si=\"0\">B1*2</f><v>2</v></c>"), std::string::npos)
       << written;
   EXPECT_NE(written.find("<c r=\"A2\"><f t=\"shared\" si=\"0\"/><v>4</v></c>"), std::string::npos) << written;
   EXPECT_NE(written.find("<v>6</v><extLst><ext uri=\"{X}\"><y a=\"1\">t</y></ext></extLst></c>"), std::string::npos)
@@ -260,15 +260,20 @@ TEST(Worksheet, ALegacyDrawingGoesWhereTheElementOrderWantsIt) {
     EXPECT_TRUE(parsed(written).hasLegacyDrawing());
   }
   // A sheet whose root does not declare the relationship prefix gets it on the element.
-  const std::string bare = "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData/></worksheet>";
-  EXPECT_NE(parsed(bare).serialize(bare, "rId1").find("xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\" r:id=\"rId1\"/></worksheet>"),
+  const std::string bare =
+      "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><sheetData/></worksheet>";
+  EXPECT_NE(parsed(bare)
+                .serialize(bare, "rId1")
+                .find("xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\" "
+                      "r:id=\"rId1\"/></worksheet>"),
             std::string::npos);
 }
 
 TEST(Worksheet, PrefixedSheetsAreWrittenWithTheirPrefix) {
   const std::string xml =
       "<x:worksheet xmlns:x=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"><x:sheetData>"
-      "<x:row r=\"1\"><x:c r=\"A1\" t=\"inlineStr\"><x:is><x:t>a</x:t></x:is></x:c></x:row></x:sheetData></x:worksheet>";
+      "<x:row r=\"1\"><x:c r=\"A1\" "
+      "t=\"inlineStr\"><x:is><x:t>a</x:t></x:is></x:c></x:row></x:sheetData></x:worksheet>";
   Worksheet sheet = parsed(xml);
   EXPECT_EQ(sheet.value(0, strings()), CellValue("a"));
   sheet.setValue({1, 2}, "b");
