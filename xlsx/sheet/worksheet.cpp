@@ -1,0 +1,894 @@
+#include "xlsx/sheet/worksheet.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+#include "xlsx/sheet/xmltext.h"
+
+namespace corvane::xlsx {
+namespace {
+
+constexpr std::uint8_t kStyleWritten = 1;  // the cell had an s attribute, even s="0"
+constexpr std::uint8_t kHasFormula = 2;
+constexpr std::uint8_t kRowTouched = 1;  // its cells changed, so its spans are recomputed
+constexpr std::string_view kRelationships = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+
+std::uint64_t packSpan(std::uint32_t offset, std::uint32_t length) {
+  return (static_cast<std::uint64_t>(offset) << 32) | length;
+}
+
+bool isTextKind(CellKind kind) {
+  return kind == CellKind::kInlineString || kind == CellKind::kFormulaString || kind == CellKind::kError ||
+         kind == CellKind::kIsoDate;
+}
+
+std::string_view trimmedXml(std::string_view text) {
+  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
+  while (!text.empty() && blank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && blank(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::optional<double> parseNumber(std::string_view text) {
+  text = trimmedXml(text);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  double number = 0;
+  const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (ec != std::errc() || end != text.data() + text.size() || !std::isfinite(number)) return std::nullopt;
+  return number;
+}
+
+void appendNumber(std::string& out, double number) {
+  char buffer[32];
+  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, number);
+  out.append(buffer, ec == std::errc() ? end : buffer);
+}
+
+void appendUnsigned(std::string& out, std::uint64_t number) {
+  char buffer[24];
+  const auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, number);
+  out.append(buffer, ec == std::errc() ? end : buffer);
+}
+
+// Attributes this file wrote itself, ` name="value"` each: the value of one, and the list
+// without it.
+std::optional<std::string_view> attributeIn(std::string_view list, std::string_view name) {
+  std::size_t at = 0;
+  while (at < list.size()) {
+    const std::size_t equals = list.find("=\"", at);
+    if (equals == std::string_view::npos) break;
+    const std::size_t close = list.find('"', equals + 2);
+    if (close == std::string_view::npos) break;
+    if (list.substr(at + 1, equals - at - 1) == name) return list.substr(equals + 2, close - equals - 2);
+    at = close + 1;
+  }
+  return std::nullopt;
+}
+
+std::string withoutAttribute(std::string_view list, std::string_view name) {
+  std::string out;
+  std::size_t at = 0;
+  while (at < list.size()) {
+    const std::size_t equals = list.find("=\"", at);
+    const std::size_t close = equals == std::string_view::npos ? equals : list.find('"', equals + 2);
+    if (close == std::string_view::npos) {
+      out.append(list.substr(at));
+      break;
+    }
+    if (list.substr(at + 1, equals - at - 1) != name) out.append(list.substr(at, close + 1 - at));
+    at = close + 1;
+  }
+  return out;
+}
+
+// A range after `row` was removed: nullopt when the range lay on that row alone.
+std::optional<CellRange> rangeWithoutRow(CellRange range, std::uint32_t row) {
+  if (range.last.row < row) return range;
+  if (range.first.row > row) {
+    --range.first.row;
+    --range.last.row;
+    return range;
+  }
+  if (range.first.row == range.last.row) return std::nullopt;
+  --range.last.row;
+  return range;
+}
+
+void appendStartTag(std::string& out, std::string_view name, const char* const* attributes) {
+  out += '<';
+  out += name;
+  for (; *attributes; attributes += 2) appendAttribute(out, attributes[0], attributes[1]);
+  out += '>';
+}
+
+}  // namespace
+
+// Builds the sheet from the part's events. Only <sheetData> is taken apart; of the rest it
+// notes where the pieces serialize() may replace are.
+class WorksheetReader : public XmlStream {
+ public:
+  explicit WorksheetReader(Worksheet& sheet) : sheet_(sheet) {}
+
+  // What the events alone could not check; empty when the sheet is whole.
+  std::string finish() {
+    if (!sawSheetData_) return "the sheet has no <sheetData>";
+    if (!sorted_) {
+      std::stable_sort(sheet_.cells_.begin(), sheet_.cells_.end(), [](const auto& a, const auto& b) {
+        return a.row != b.row ? a.row < b.row : a.column < b.column;
+      });
+      std::stable_sort(sheet_.rows_.begin(), sheet_.rows_.end(),
+                       [](const auto& a, const auto& b) { return a.row < b.row; });
+    }
+    for (std::size_t i = 1; i < sheet_.cells_.size(); ++i) {
+      const auto& a = sheet_.cells_[i - 1];
+      const auto& b = sheet_.cells_[i];
+      if (a.row == b.row && a.column == b.column) {
+        return "cell " + cellRefText({b.row, b.column}) + " appears twice";
+      }
+    }
+    for (std::size_t i = 1; i < sheet_.rows_.size(); ++i) {
+      if (sheet_.rows_[i - 1].row == sheet_.rows_[i].row) {
+        return "row " + std::to_string(sheet_.rows_[i].row) + " appears twice";
+      }
+    }
+    if (sheet_.pool_.size() > std::numeric_limits<std::uint32_t>::max()) return "the sheet's texts are too large";
+    sheet_.layout_.size = size_;
+    if (!sheet_.layout_.legacyDrawingAt) sheet_.layout_.legacyDrawingAt = rootEnd_;
+    return {};
+  }
+  void count(std::size_t bytes) { size_ += bytes; }
+
+ protected:
+  void startElement(std::string_view name, const char* const* attributes) override {
+    ++depth_;
+    if (captureDepth_) return capture(name, attributes);
+    const std::string_view local = localName(name);
+    if (depth_ == 1) {
+      if (local != "worksheet") return fail("the part is not a worksheet: its root is <" + std::string(name) + ">");
+      const char* r = findAttribute(attributes, "xmlns:r");
+      sheet_.layout_.declaresR = r && r == kRelationships;
+      return;
+    }
+    if (inSheetData_) return sheetDataStart(name, local, attributes);
+    if (depth_ == 2) return topLevelStart(name, local);
+    if (depth_ == 3 && inMerge_ && local == "mergeCell") {
+      const char* ref = findAttribute(attributes, "ref");
+      sheet_.merged_.emplace_back(ref ? ref : "");
+    }
+  }
+
+  void endElement(std::string_view name) override {
+    if (captureDepth_) {
+      if (depth_ == captureDepth_) captureDepth_ = 0;
+      endCapture(name);
+      --depth_;
+      return;
+    }
+    if (inSheetData_) sheetDataEnd(localName(name));
+    if (depth_ == 2) {
+      const std::uint64_t end = eventOffset() + eventLength();
+      auto& layout = sheet_.layout_;
+      if (localName(name) == "sheetData") {
+        inSheetData_ = false;
+        if (eventLength()) layout.sheetDataEnd = end;
+      } else if (inMerge_) {
+        inMerge_ = false;
+        if (eventLength()) layout.mergeEnd = end;
+      } else if (inDimension_) {
+        inDimension_ = false;
+        if (eventLength()) layout.dimensionEnd = end;
+      }
+    } else if (depth_ == 1) {
+      rootEnd_ = eventOffset();
+    }
+    --depth_;
+  }
+
+  void text(std::string_view text) override {
+    if (captureDepth_ && captureTo_) {
+      appendEscapedText(*captureTo_, text);
+      if (inInline_ && collect_) collect_->append(text);
+    } else if (collect_) {
+      collect_->append(text);
+    }
+  }
+
+ private:
+  void topLevelStart(std::string_view name, std::string_view local) {
+    auto& layout = sheet_.layout_;
+    const std::uint64_t begin = eventOffset();
+    const std::uint64_t end = begin + eventLength();
+    if (local == "sheetData") {
+      if (sawSheetData_) return fail("the sheet has two <sheetData>");
+      sawSheetData_ = inSheetData_ = true;
+      layout.sheetDataBegin = begin;
+      layout.sheetDataEnd = end;
+      layout.prefix = std::string(name.substr(0, name.size() - local.size()));
+    } else if (local == "dimension") {
+      inDimension_ = layout.hasDimension = true;
+      layout.dimensionBegin = begin;
+      layout.dimensionEnd = end;
+    } else if (local == "mergeCells") {
+      inMerge_ = layout.hasMerge = true;
+      layout.mergeBegin = begin;
+      layout.mergeEnd = end;
+    } else if (local == "legacyDrawing") {
+      layout.hasLegacyDrawing = true;
+    } else if (!layout.legacyDrawingAt && sawSheetData_ &&
+               (local == "legacyDrawingHF" || local == "drawingHF" || local == "picture" || local == "oleObjects" ||
+                local == "controls" || local == "webPublishItems" || local == "tableParts" || local == "extLst" ||
+                local == "AlternateContent")) {
+      layout.legacyDrawingAt = begin;
+    }
+  }
+
+  void sheetDataStart(std::string_view name, std::string_view local, const char* const* attributes) {
+    if (depth_ == 3) {
+      if (local != "row") return fail("<" + std::string(name) + "> in <sheetData> is not a row");
+      return rowStart(attributes);
+    }
+    if (depth_ == 4) {
+      if (local != "c") {
+        // A row's own extensions, kept as they are.
+        captureTo_ = &rowChildren_;
+        captureDepth_ = depth_;
+        capture(name, attributes);
+        return;
+      }
+      return cellStart(attributes);
+    }
+    // depth 5: the cell's children
+    if (local == "v") {
+      value_.clear();
+      hasValue_ = true;
+      collect_ = &value_;
+    } else if (local == "f") {
+      hasFormula_ = true;
+      formula_.clear();
+      formulaAttributes_.clear();
+      for (auto a = attributes; *a; a += 2) appendAttribute(formulaAttributes_, a[0], a[1]);
+      collect_ = &formula_;
+    } else if (local == "is") {
+      hasInline_ = true;
+      inlineText_.clear();
+      inlineXml_.clear();
+      richInline_ = false;
+      inInline_ = true;
+      captureTo_ = &inlineXml_;
+      captureDepth_ = depth_;
+      capture(name, attributes);
+    } else {
+      captureTo_ = &children_;
+      captureDepth_ = depth_;
+      capture(name, attributes);
+    }
+  }
+
+  void sheetDataEnd(std::string_view local) {
+    if (depth_ == 5) {
+      collect_ = nullptr;
+    } else if (depth_ == 4 && local == "c") {
+      cellEnd();
+    } else if (depth_ == 3) {
+      if (!rowChildren_.empty()) {
+        currentRow().children = sheet_.pool(rowChildren_);
+        rowChildren_.clear();
+      }
+    }
+  }
+
+  Worksheet::Row& currentRow() { return sheet_.rows_.back(); }
+
+  void rowStart(const char* const* attributes) {
+    Worksheet::Row row;
+    const char* r = findAttribute(attributes, "r");
+    if (r) {
+      std::uint32_t number = 0;
+      const std::string_view text(r);
+      const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), number);
+      if (ec != std::errc() || end != text.data() + text.size() || number == 0 || number > kMaxRow) {
+        return fail("row number \"" + std::string(text) + "\" is not between 1 and " + std::to_string(kMaxRow));
+      }
+      row.row = number;
+    } else {
+      row.row = lastRow_ + 1;
+      if (row.row > kMaxRow) return fail("more rows than a sheet can have");
+    }
+    if (row.row <= lastRow_) sorted_ = false;
+    lastRow_ = row.row;
+    lastColumn_ = 0;
+    rowChildren_.clear();
+    attributes_.clear();
+    for (auto a = attributes; *a; a += 2) {
+      const std::string_view attribute(a[0]);
+      if (attribute == "r") continue;
+      if (attribute == "spans") {
+        row.spans = sheet_.pool(a[1]);
+      } else {
+        appendAttribute(attributes_, a[0], a[1]);
+      }
+    }
+    row.attributes = sheet_.pool(attributes_);
+    sheet_.rows_.push_back(row);
+  }
+
+  void cellStart(const char* const* attributes) {
+    cell_ = Worksheet::Cell{};
+    cell_.row = lastRow_;
+    type_ = {};
+    hasValue_ = hasFormula_ = hasInline_ = false;
+    attributes_.clear();
+    children_.clear();
+    std::uint32_t column = lastColumn_ + 1;
+    for (auto a = attributes; *a; a += 2) {
+      const std::string_view attribute(a[0]);
+      if (attribute == "r") {
+        const auto ref = parseCellRef(a[1]);
+        if (!ref) return fail("\"" + std::string(a[1]) + "\" is not a cell reference");
+        if (ref->row != lastRow_) {
+          return fail("cell " + std::string(a[1]) + " is in row " + std::to_string(lastRow_));
+        }
+        column = ref->column;
+      } else if (attribute == "s") {
+        const std::string_view text(a[1]);
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), cell_.style);
+        if (ec != std::errc() || end != text.data() + text.size()) {
+          return fail("style \"" + std::string(text) + "\" is not a number");
+        }
+        cell_.flags |= kStyleWritten;
+      } else if (attribute == "t") {
+        type_ = a[1];
+      } else {
+        appendAttribute(attributes_, a[0], a[1]);
+      }
+    }
+    if (column > kMaxColumn) return fail("more cells in row " + std::to_string(lastRow_) + " than a row can have");
+    if (column <= lastColumn_) sorted_ = false;
+    lastColumn_ = column;
+    cell_.column = static_cast<std::uint16_t>(column);
+  }
+
+  void cellEnd() {
+    auto& cell = cell_;
+    const auto where = [&] { return cellRefText({cell.row, cell.column}); };
+    // Some writers leave an empty <v/> after a formula never calculated: no value, except
+    // for a text result, which may be empty.
+    if (hasValue_ && type_ != "str" && trimmedXml(value_).empty()) hasValue_ = false;
+    if (type_.empty() || type_ == "n") {
+      if (hasValue_) {
+        const auto number = parseNumber(value_);
+        if (!number) return fail("cell " + where() + ": \"" + value_ + "\" is not a number");
+        cell.kind = CellKind::kNumber;
+        cell.payload = std::bit_cast<std::uint64_t>(*number);
+      }
+    } else if (type_ == "s") {
+      if (hasValue_) {
+        const std::string_view text = trimmedXml(value_);
+        std::uint32_t index = 0;
+        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), index);
+        if (ec != std::errc() || end != text.data() + text.size()) {
+          return fail("cell " + where() + ": \"" + value_ + "\" is not a shared string index");
+        }
+        cell.kind = CellKind::kSharedString;
+        cell.payload = index;
+      }
+    } else if (type_ == "b") {
+      if (hasValue_) {
+        const std::string_view text = trimmedXml(value_);
+        if (text != "0" && text != "1" && text != "true" && text != "false") {
+          return fail("cell " + where() + ": \"" + value_ + "\" is not a boolean");
+        }
+        cell.kind = CellKind::kBoolean;
+        cell.payload = text == "1" || text == "true";
+      }
+    } else if (type_ == "str" || type_ == "e" || type_ == "d") {
+      if (hasValue_) {
+        cell.kind = type_ == "str" ? CellKind::kFormulaString : type_ == "e" ? CellKind::kError : CellKind::kIsoDate;
+        decoded_.clear();
+        if (cell.kind == CellKind::kFormulaString) {
+          appendDecodedXstring(decoded_, value_);
+        } else {
+          decoded_.append(trimmedXml(value_));
+        }
+        const auto span = sheet_.pool(decoded_);
+        cell.payload = packSpan(span.offset, span.length);
+      }
+    } else if (type_ == "inlineStr") {
+      if (hasInline_) {
+        cell.kind = CellKind::kInlineString;
+        decoded_.clear();
+        appendDecodedXstring(decoded_, inlineText_);
+        const auto span = sheet_.pool(decoded_);
+        cell.payload = packSpan(span.offset, span.length);
+      }
+    } else {
+      return fail("cell " + where() + " has the unknown type \"" + type_ + "\"");
+    }
+    if (hasFormula_) cell.flags |= kHasFormula;
+    const bool keepInline = hasInline_ && richInline_ && cell.kind == CellKind::kInlineString;
+    if (hasFormula_ || !attributes_.empty() || !children_.empty() || keepInline) {
+      Worksheet::Extra extra;
+      extra.attributes = sheet_.pool(attributes_);
+      if (hasFormula_) {
+        extra.formulaAttributes = sheet_.pool(formulaAttributes_);
+        extra.formula = sheet_.pool(formula_);
+      }
+      extra.children = sheet_.pool(children_);
+      if (keepInline) extra.inlineXml = sheet_.pool(inlineXml_);
+      cell.extra = static_cast<std::uint32_t>(sheet_.extras_.size());
+      sheet_.extras_.push_back(extra);
+    }
+    sheet_.cells_.push_back(cell);
+  }
+
+  // Re-writes an element that is kept whole; in an inline string it also gathers the text of
+  // the runs, phonetic runs left out.
+  void capture(std::string_view name, const char* const* attributes) {
+    appendStartTag(*captureTo_, name, attributes);
+    if (!inInline_) return;
+    const std::string_view local = localName(name);
+    if (local == "r" || local == "rPh" || local == "phoneticPr") richInline_ = true;
+    if (local == "rPh") phoneticDepth_ = depth_;
+    if (local == "t" && !phoneticDepth_) collect_ = &inlineText_;
+  }
+  void endCapture(std::string_view name) {
+    *captureTo_ += "</";
+    *captureTo_ += name;
+    *captureTo_ += '>';
+    if (!inInline_) return;
+    if (localName(name) == "t") collect_ = nullptr;
+    if (phoneticDepth_ == depth_) phoneticDepth_ = 0;
+    if (!captureDepth_) inInline_ = false;
+  }
+
+  Worksheet& sheet_;
+  std::uint64_t size_ = 0, rootEnd_ = 0;
+  int depth_ = 0, captureDepth_ = 0, phoneticDepth_ = 0;
+  bool sawSheetData_ = false, inSheetData_ = false, inMerge_ = false, inDimension_ = false;
+  bool sorted_ = true;
+  std::uint32_t lastRow_ = 0, lastColumn_ = 0;
+  Worksheet::Cell cell_;
+  std::string type_;
+  bool hasValue_ = false, hasFormula_ = false, hasInline_ = false, richInline_ = false, inInline_ = false;
+  std::string value_, formula_, formulaAttributes_, attributes_, children_, rowChildren_;
+  std::string inlineText_, inlineXml_, decoded_;
+  std::string* collect_ = nullptr;
+  std::string* captureTo_ = nullptr;
+};
+
+std::optional<Worksheet> Worksheet::parse(const ChunkSource& source, std::string& error) {
+  Worksheet sheet;
+  WorksheetReader reader(sheet);
+  const ChunkSource counted = [&](const ChunkSink& sink) {
+    return source([&](std::string_view chunk) {
+      reader.count(chunk.size());
+      return sink(chunk);
+    });
+  };
+  if (!reader.run(counted, error) || !(error = reader.finish()).empty()) {
+    error = "worksheet: " + error;
+    return std::nullopt;
+  }
+  sheet.cells_.shrink_to_fit();
+  sheet.pool_.shrink_to_fit();
+  return sheet;
+}
+
+Worksheet::Span Worksheet::pool(std::string_view text) {
+  if (text.empty()) return {};
+  Span span{static_cast<std::uint32_t>(pool_.size()), static_cast<std::uint32_t>(text.size())};
+  pool_.append(text);
+  return span;
+}
+
+CellView Worksheet::cell(std::size_t position) const {
+  const Cell& c = cells_.at(position);
+  return CellView{c.row, c.column, c.kind, c.style, (c.flags & kHasFormula) != 0, position};
+}
+
+void Worksheet::visit(const std::function<void(const CellView&)>& visitor) const {
+  for (std::size_t i = 0; i < cells_.size(); ++i) visitor(cell(i));
+}
+
+std::optional<CellView> Worksheet::find(CellRef at) const {
+  const auto it = std::lower_bound(cells_.begin(), cells_.end(), at, [](const Cell& c, CellRef ref) {
+    return c.row != ref.row ? c.row < ref.row : c.column < ref.column;
+  });
+  if (it == cells_.end() || it->row != at.row || it->column != at.column) return std::nullopt;
+  return cell(static_cast<std::size_t>(it - cells_.begin()));
+}
+
+double Worksheet::number(std::size_t position) const {
+  const Cell& c = cells_.at(position);
+  if (c.kind == CellKind::kNumber) return std::bit_cast<double>(c.payload);
+  if (c.kind == CellKind::kBoolean) return c.payload ? 1.0 : 0.0;
+  return 0.0;
+}
+
+std::string_view Worksheet::text(std::size_t position, const SharedStrings& strings) const {
+  const Cell& c = cells_.at(position);
+  if (c.kind == CellKind::kSharedString) return strings.at(c.payload);
+  if (!isTextKind(c.kind)) return {};
+  return pooled({static_cast<std::uint32_t>(c.payload >> 32), static_cast<std::uint32_t>(c.payload)});
+}
+
+std::string_view Worksheet::formula(std::size_t position) const {
+  const Cell& c = cells_.at(position);
+  if (!(c.flags & kHasFormula) || c.extra == kNoExtra) return {};
+  return pooled(extras_[c.extra].formula);
+}
+
+CellValue Worksheet::value(std::size_t position, const SharedStrings& strings) const {
+  const Cell& c = cells_.at(position);
+  switch (c.kind) {
+    case CellKind::kNumber:
+      return number(position);
+    case CellKind::kBoolean:
+      return c.payload != 0;
+    case CellKind::kError:
+      return ErrorText{std::string(text(position, strings))};
+    case CellKind::kBlank:
+      return {};
+    default:
+      return std::string(text(position, strings));
+  }
+}
+
+std::optional<CellRange> Worksheet::usedRange() const {
+  if (cells_.empty()) return std::nullopt;
+  CellRange range{{cells_.front().row, kMaxColumn}, {cells_.back().row, 1}};
+  for (const Cell& c : cells_) {
+    range.first.column = std::min<std::uint32_t>(range.first.column, c.column);
+    range.last.column = std::max<std::uint32_t>(range.last.column, c.column);
+  }
+  return range;
+}
+
+std::vector<CellRange> Worksheet::mergedCells() const {
+  std::vector<CellRange> ranges;
+  for (const auto& text : merged_) {
+    if (const auto range = parseCellRange(text)) ranges.push_back(*range);
+  }
+  return ranges;
+}
+
+Worksheet::Extra& Worksheet::extraOf(Cell& cell) {
+  if (cell.extra == kNoExtra) {
+    cell.extra = static_cast<std::uint32_t>(extras_.size());
+    extras_.emplace_back();
+  }
+  return extras_[cell.extra];
+}
+
+// The cells that share a formula with `master` hold no text of their own; without the master
+// they cannot stand, so they become the values they last showed.
+void Worksheet::dropSharedFollowers(const Cell& master) {
+  if (!(master.flags & kHasFormula) || master.extra == kNoExtra) return;
+  const std::string_view attributes = pooled(extras_[master.extra].formulaAttributes);
+  const auto type = attributeIn(attributes, "t");
+  const auto group = attributeIn(attributes, "si");
+  if (!type || *type != "shared" || !group || extras_[master.extra].formula.length == 0) return;
+  for (Cell& c : cells_) {
+    if (&c == &master || !(c.flags & kHasFormula) || c.extra == kNoExtra) continue;
+    Extra& extra = extras_[c.extra];
+    const std::string_view own = pooled(extra.formulaAttributes);
+    if (attributeIn(own, "t") == type && attributeIn(own, "si") == group) {
+      c.flags &= static_cast<std::uint8_t>(~kHasFormula);
+      extra.formulaAttributes = extra.formula = {};
+    }
+  }
+}
+
+bool Worksheet::setValue(CellRef at, const CellValue& value) {
+  if (at.row == 0 || at.row > kMaxRow || at.column == 0 || at.column > kMaxColumn) return false;
+  auto it = std::lower_bound(cells_.begin(), cells_.end(), at, [](const Cell& c, CellRef ref) {
+    return c.row != ref.row ? c.row < ref.row : c.column < ref.column;
+  });
+  const bool exists = it != cells_.end() && it->row == at.row && it->column == at.column;
+  if (!exists && value.empty()) return true;
+  if (!exists) {
+    Cell fresh;
+    fresh.row = at.row;
+    fresh.column = static_cast<std::uint16_t>(at.column);
+    it = cells_.insert(it, fresh);
+  }
+  Cell& c = *it;
+  dropSharedFollowers(c);
+  if (c.extra != kNoExtra) {
+    // Value metadata and cell metadata belong to the value and formula that go.
+    Extra& extra = extras_[c.extra];
+    const std::string kept = withoutAttribute(withoutAttribute(pooled(extra.attributes), "vm"), "cm");
+    extra.attributes = pool(kept);
+    extra.formulaAttributes = extra.formula = extra.inlineXml = {};
+  }
+  c.flags &= static_cast<std::uint8_t>(~kHasFormula);
+  const auto storeText = [&](std::string_view text, CellKind kind) {
+    const Span span = pool(text);
+    c.kind = kind;
+    c.payload = packSpan(span.offset, span.length);
+  };
+  if (const auto* number = std::get_if<double>(&value.value)) {
+    if (std::isfinite(*number)) {
+      c.kind = CellKind::kNumber;
+      c.payload = std::bit_cast<std::uint64_t>(*number);
+    } else {
+      storeText("#NUM!", CellKind::kError);
+    }
+  } else if (const auto* text = std::get_if<std::string>(&value.value)) {
+    storeText(*text, CellKind::kInlineString);
+  } else if (const auto* flag = std::get_if<bool>(&value.value)) {
+    c.kind = CellKind::kBoolean;
+    c.payload = *flag;
+  } else if (const auto* error = std::get_if<ErrorText>(&value.value)) {
+    storeText(error->text, CellKind::kError);
+  } else {
+    c.kind = CellKind::kBlank;
+    c.payload = 0;
+  }
+  if (pool_.size() > std::numeric_limits<std::uint32_t>::max()) {
+    c.kind = CellKind::kBlank;  // beyond what the pool can address; never reached by real sheets
+  }
+  const bool bare =
+      c.kind == CellKind::kBlank && c.style == 0 &&
+      (c.extra == kNoExtra || (extras_[c.extra].attributes.length == 0 && extras_[c.extra].children.length == 0));
+  if (bare) cells_.erase(it);
+  const auto row =
+      std::lower_bound(rows_.begin(), rows_.end(), at.row, [](const Row& r, std::uint32_t n) { return r.row < n; });
+  if (row != rows_.end() && row->row == at.row) row->flags |= kRowTouched;
+  changed_ = true;
+  return true;
+}
+
+bool Worksheet::deleteRow(std::uint32_t row) {
+  if (row == 0 || row > kMaxRow) return false;
+  const auto before = [](const Cell& c, std::uint32_t n) { return c.row < n; };
+  auto first = std::lower_bound(cells_.begin(), cells_.end(), row, before);
+  auto last = std::lower_bound(first, cells_.end(), row + 1, before);
+  for (auto it = first; it != last; ++it) dropSharedFollowers(*it);
+  cells_.erase(first, last);
+  for (auto it = std::lower_bound(cells_.begin(), cells_.end(), row, before); it != cells_.end(); ++it) --it->row;
+  std::erase_if(rows_, [row](const Row& r) { return r.row == row; });
+  for (Row& r : rows_) {
+    if (r.row > row) --r.row;
+  }
+  // Shared and array formulas name the cells they cover.
+  for (Extra& extra : extras_) {
+    const std::string_view attributes = pooled(extra.formulaAttributes);
+    const auto ref = attributeIn(attributes, "ref");
+    const auto range = ref ? parseCellRange(*ref) : std::nullopt;
+    if (!range) continue;
+    const auto moved = rangeWithoutRow(*range, row);
+    if (!moved || *moved == *range) continue;
+    std::string rewritten = withoutAttribute(attributes, "ref");
+    appendAttribute(rewritten, "ref", cellRangeText(*moved));
+    extra.formulaAttributes = pool(rewritten);
+  }
+  std::vector<std::string> merged;
+  for (auto& text : merged_) {
+    const auto range = parseCellRange(text);
+    if (!range) {
+      merged.push_back(std::move(text));
+      continue;
+    }
+    const auto moved = rangeWithoutRow(*range, row);
+    if (moved && moved->first != moved->last) merged.push_back(cellRangeText(*moved));
+  }
+  merged_ = std::move(merged);
+  changed_ = rowsDeleted_ = true;
+  return true;
+}
+
+void Worksheet::writeCell(std::string& out, const Cell& c) const {
+  const std::string& p = layout_.prefix;
+  out += '<';
+  out += p;
+  out += "c r=\"";
+  out += columnLetters(c.column);
+  appendUnsigned(out, c.row);
+  out += '"';
+  if (c.style != 0 || (c.flags & kStyleWritten)) {
+    out += " s=\"";
+    appendUnsigned(out, c.style);
+    out += '"';
+  }
+  static constexpr std::string_view kTypes[] = {"", "s", "inlineStr", "str", "b", "e", "d", ""};
+  const std::string_view type = kTypes[static_cast<int>(c.kind)];
+  if (!type.empty()) {
+    out += " t=\"";
+    out += type;
+    out += '"';
+  }
+  const Extra* extra = c.extra == kNoExtra ? nullptr : &extras_[c.extra];
+  if (extra) out += pooled(extra->attributes);
+  const bool hasFormula = (c.flags & kHasFormula) && extra;
+  if (c.kind == CellKind::kBlank && !hasFormula && (!extra || extra->children.length == 0)) {
+    out += "/>";
+    return;
+  }
+  out += '>';
+  if (hasFormula) {
+    out += '<';
+    out += p;
+    out += 'f';
+    out += pooled(extra->formulaAttributes);
+    if (extra->formula.length == 0) {
+      out += "/>";
+    } else {
+      out += '>';
+      appendEscapedText(out, pooled(extra->formula));
+      out += "</";
+      out += p;
+      out += "f>";
+    }
+  }
+  const auto openValue = [&] {
+    out += '<';
+    out += p;
+    out += "v>";
+  };
+  const auto closeValue = [&] {
+    out += "</";
+    out += p;
+    out += "v>";
+  };
+  const std::string_view text =
+      isTextKind(c.kind) ? pooled({static_cast<std::uint32_t>(c.payload >> 32), static_cast<std::uint32_t>(c.payload)})
+                         : std::string_view();
+  switch (c.kind) {
+    case CellKind::kNumber:
+      openValue();
+      appendNumber(out, std::bit_cast<double>(c.payload));
+      closeValue();
+      break;
+    case CellKind::kSharedString:
+    case CellKind::kBoolean:
+      openValue();
+      appendUnsigned(out, c.payload);
+      closeValue();
+      break;
+    case CellKind::kFormulaString:
+      openValue();
+      appendEscapedText(out, encodeXstring(text));
+      closeValue();
+      break;
+    case CellKind::kError:
+    case CellKind::kIsoDate:
+      openValue();
+      appendEscapedText(out, text);
+      closeValue();
+      break;
+    case CellKind::kInlineString:
+      if (extra && extra->inlineXml.length) {
+        out += pooled(extra->inlineXml);
+        break;
+      }
+      out += '<';
+      out += p;
+      out += "is><";
+      out += p;
+      out += 't';
+      if (!text.empty() && (text.front() == ' ' || text.back() == ' ' || text.front() == '\n' || text.back() == '\n' ||
+                            text.front() == '\t' || text.back() == '\t')) {
+        out += " xml:space=\"preserve\"";
+      }
+      out += '>';
+      appendEscapedText(out, encodeXstring(text));
+      out += "</";
+      out += p;
+      out += "t></";
+      out += p;
+      out += "is>";
+      break;
+    case CellKind::kBlank:
+      break;
+  }
+  if (extra) out += pooled(extra->children);
+  out += "</";
+  out += p;
+  out += "c>";
+}
+
+void Worksheet::writeSheetData(std::string& out) const {
+  const std::string& p = layout_.prefix;
+  if (cells_.empty() && rows_.empty()) {
+    out += '<' + p + "sheetData/>";
+    return;
+  }
+  out += '<' + p + "sheetData>";
+  std::size_t c = 0, r = 0;
+  while (c < cells_.size() || r < rows_.size()) {
+    const std::uint32_t number =
+        std::min(c < cells_.size() ? cells_[c].row : kMaxRow + 1, r < rows_.size() ? rows_[r].row : kMaxRow + 1);
+    const Row* row = r < rows_.size() && rows_[r].row == number ? &rows_[r++] : nullptr;
+    std::size_t end = c;
+    while (end < cells_.size() && cells_[end].row == number) ++end;
+    out += '<' + p + "row r=\"";
+    appendUnsigned(out, number);
+    out += '"';
+    if (row && row->spans.length) {
+      if (!(row->flags & kRowTouched)) {
+        appendAttribute(out, "spans", pooled(row->spans));
+      } else if (end > c) {
+        std::uint32_t low = kMaxColumn, high = 1;
+        for (std::size_t i = c; i < end; ++i) {
+          low = std::min<std::uint32_t>(low, cells_[i].column);
+          high = std::max<std::uint32_t>(high, cells_[i].column);
+        }
+        appendAttribute(out, "spans", std::to_string(low) + ':' + std::to_string(high));
+      }
+    }
+    if (row) out += pooled(row->attributes);
+    if (end == c && (!row || row->children.length == 0)) {
+      out += "/>";
+      continue;
+    }
+    out += '>';
+    for (; c < end; ++c) writeCell(out, cells_[c]);
+    if (row) out += pooled(row->children);
+    out += "</" + p + "row>";
+  }
+  out += "</" + p + "sheetData>";
+}
+
+std::string Worksheet::serialize(std::string_view original, std::string_view legacyDrawingId) const {
+  const Layout& layout = layout_;
+  const std::string sheetDataTag = '<' + layout.prefix + "sheetData";
+  if (original.size() != layout.size || original.substr(layout.sheetDataBegin, sheetDataTag.size()) != sheetDataTag) {
+    return {};
+  }
+  const bool addDrawing = !legacyDrawingId.empty() && !layout.hasLegacyDrawing;
+  if (!changed_ && !addDrawing) return std::string(original);
+
+  struct Edit {
+    std::uint64_t begin, end;
+    std::string text;
+  };
+  std::vector<Edit> edits;
+  if (rowsDeleted_ && layout.hasDimension) {
+    const auto used = usedRange();
+    std::string text = '<' + layout.prefix + "dimension";
+    appendAttribute(text, "ref", used ? cellRangeText(*used) : "A1");
+    edits.push_back({layout.dimensionBegin, layout.dimensionEnd, text + "/>"});
+  }
+  if (changed_) {
+    std::string text;
+    text.reserve(static_cast<std::size_t>(layout.sheetDataEnd - layout.sheetDataBegin) + 64);
+    writeSheetData(text);
+    edits.push_back({layout.sheetDataBegin, layout.sheetDataEnd, std::move(text)});
+  }
+  if (rowsDeleted_ && layout.hasMerge) {
+    std::string text;
+    if (!merged_.empty()) {
+      text = '<' + layout.prefix + "mergeCells count=\"" + std::to_string(merged_.size()) + "\">";
+      for (const auto& ref : merged_) {
+        text += '<' + layout.prefix + "mergeCell";
+        appendAttribute(text, "ref", ref);
+        text += "/>";
+      }
+      text += "</" + layout.prefix + "mergeCells>";
+    }
+    edits.push_back({layout.mergeBegin, layout.mergeEnd, std::move(text)});
+  }
+  if (addDrawing) {
+    std::string text = '<' + layout.prefix + "legacyDrawing";
+    if (!layout.declaresR) appendAttribute(text, "xmlns:r", kRelationships);
+    appendAttribute(text, "r:id", legacyDrawingId);
+    edits.push_back({layout.legacyDrawingAt, layout.legacyDrawingAt, text + "/>"});
+  }
+  std::stable_sort(edits.begin(), edits.end(), [](const Edit& a, const Edit& b) { return a.begin < b.begin; });
+  std::string out;
+  out.reserve(original.size() + original.size() / 8);
+  std::uint64_t done = 0;
+  for (const Edit& edit : edits) {
+    out.append(original.substr(done, edit.begin - done));
+    out += edit.text;
+    done = edit.end;
+  }
+  out.append(original.substr(done));
+  return out;
+}
+
+}  // namespace corvane::xlsx

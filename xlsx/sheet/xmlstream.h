@@ -1,0 +1,64 @@
+// A part's XML read as a stream of events, for the parts that can be large (sheets, shared
+// strings): the bytes come in chunks and are never held whole.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace corvane::xlsx {
+
+// Calls its sink with consecutive chunks of a part, stopping early when the sink returns
+// false. Returns false when it could not deliver the bytes (a damaged zip entry, say).
+using ChunkSink = std::function<bool(std::string_view)>;
+using ChunkSource = std::function<bool(const ChunkSink&)>;
+
+// A source over bytes already in memory, in chunks of the given size.
+ChunkSource chunksOf(std::string_view bytes, std::size_t chunkSize = 1 << 16);
+
+class XmlStream {
+ public:
+  XmlStream();
+  virtual ~XmlStream();
+  XmlStream(const XmlStream&) = delete;
+  XmlStream& operator=(const XmlStream&) = delete;
+
+  // True when the whole part was read and well-formed and no handler failed; otherwise
+  // `error` says what went wrong and where.
+  bool run(const ChunkSource& source, std::string& error);
+
+ protected:
+  // Names as written, prefix included; attributes as name/value pairs ending in nullptr.
+  virtual void startElement(std::string_view name, const char* const* attributes) = 0;
+  virtual void endElement(std::string_view name) = 0;
+  virtual void text(std::string_view text) = 0;
+
+  // Ends the run with this message.
+  void fail(std::string message);
+  bool failed() const noexcept { return !message_.empty(); }
+  // Where the event being handled starts in the part and how many bytes it spans; the count
+  // is 0 for the end of an element written as <a/>.
+  std::uint64_t eventOffset() const;
+  std::uint64_t eventLength() const;
+
+ private:
+  static void onStart(void* self, const char* name, const char** attributes);
+  static void onEnd(void* self, const char* name);
+  static void onText(void* self, const char* text, int length);
+  static void onDoctype(void* self, const char*, const char*, const char*, int);
+
+  void* parser_;
+  std::string message_;
+};
+
+// The part of a qualified name after its prefix: "x:c" -> "c".
+inline std::string_view localName(std::string_view name) {
+  const std::size_t colon = name.find(':');
+  return colon == std::string_view::npos ? name : name.substr(colon + 1);
+}
+
+// The value of an attribute, nullptr when absent.
+const char* findAttribute(const char* const* attributes, std::string_view name);
+
+}  // namespace corvane::xlsx
