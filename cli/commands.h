@@ -20,5 +20,6 @@ void addUpdateCommand(CLI::App& app, Action& action);
 void addSaveCommand(CLI::App& app, Action& action);
 void addRunCommand(CLI::App& app, Action& action);
 void addTableCommand(CLI::App& app, Action& action);
+void addCellsCommand(CLI::App& app, Action& action);
 
 }  // namespace corvane::cli

@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
   corvane::cli::addSaveCommand(app, action);
   corvane::cli::addRunCommand(app, action);
   corvane::cli::addTableCommand(app, action);
+  corvane::cli::addCellsCommand(app, action);
 
   try {
     app.parse(argc, argv);
