@@ -393,7 +393,14 @@ std::optional<std::string> Package::saveChecked(std::string& error) const {
       zip_source_free(data);
       return fail("cannot store " + entry.name);
     }
-    if (zip_set_file_compression(zip, static_cast<zip_uint64_t>(index), ZIP_CM_DEFLATE, 0) != 0) {
+    // A big sheet is deflated at the fastest level: saving after a one-cell change must not
+    // take seconds, and sheet XML shrinks nearly as well that way.
+    constexpr std::size_t kBigPart = 1 << 20;
+    // libzip forgets the level when the method asked for is the one the entry already has:
+    // deflate for a new entry, the default method (deflate as well) for a replaced one.
+    const zip_uint32_t level = entry.bytes->size() >= kBigPart ? 1 : 0;
+    const zip_int32_t method = entry.index >= 0 ? ZIP_CM_DEFAULT : ZIP_CM_DEFLATE;
+    if (zip_set_file_compression(zip, static_cast<zip_uint64_t>(index), method, level) != 0) {
       return fail("cannot compress " + entry.name);
     }
   }
