@@ -13,6 +13,9 @@
 #include "headless/db/database.h"
 #include "headless/editor/script.h"
 #include "headless/editor/session.h"
+#include "xlsx/bookapplication.h"
+#include "xlsx/bookautomation.h"
+#include "xlsx/bookworkbook.h"
 #include "headless/hostapplication.h"
 #include "plugin/shell/ccorvaneapp.h"
 
@@ -27,6 +30,7 @@ struct RunOptions {
   bool save = false;
   bool force = false;
   bool light = false;
+  std::vector<std::string> workbooks;
   std::vector<std::string> commands;
 };
 
@@ -87,6 +91,16 @@ int runCommands(const RunOptions& options) {
   sessionOptions.moduleFile = moduleFile();
   headless::Session session(host, std::move(script), sessionOptions);
   session.openDocument(db);
+  // The Excel the commands reach: running, with the workbooks open, when any were named.
+  xlsx::BookAutomation excel;
+  session.setExcel(&excel);
+  for (const auto& workbook : options.workbooks) {
+    auto opened = excel.start().openWorkbook(core::fromUtf8(workbook), 0, 0);
+    if (!opened) {
+      fail(core::toUtf8(opened.error().text));
+      return 1;
+    }
+  }
 
   int problems = 0;
   {
@@ -124,6 +138,15 @@ int runCommands(const RunOptions& options) {
       reportSaveFailure("run", saved);
       return 1;
     }
+    if (excel.running()) {
+      for (const auto& workbook : excel.start().books()) {
+        if (!workbook->dirty() || workbook->path().empty()) continue;
+        if (auto written = workbook->save(); !written) {
+          fail(core::toUtf8(written.error().text));
+          return 1;
+        }
+      }
+    }
   }
   return problems == 0 ? 0 : 1;
 }
@@ -144,6 +167,12 @@ void addRunCommand(CLI::App& app, Action& action) {
   run->add_flag("--save", options->save, "Save the drawing in place")->excludes(output);
   addForceFlag(*run, options->force);
   run->add_flag("--lt", options->light, "Act as the light edition of the host (program name acadlt)");
+  run->add_option("--workbook", options->workbooks,
+                  "A workbook (.xlsx) open in the Excel the commands reach, the last one active; the ones "
+                  "they change are saved with the drawing")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->check(CLI::ExistingFile);
   run->add_option("COMMAND", options->commands, "Commands to run in order; put -- before them");
   run->callback([&action, options] { action = [options] { return runCommands(*options); }; });
 }

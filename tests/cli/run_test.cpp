@@ -66,6 +66,7 @@ TEST(RunCommand, RunsCommandsInANewDrawing) {
 TEST(RunCommand, RefusesWhatItCannotDo) {
   ScratchFolder folder;
   ScratchFolder::write(folder / "garbage.dxf", "this is not a drawing\n");
+  ScratchFolder::write(folder / "garbage.xlsx", "this is not a workbook\n");
   struct Case {
     std::vector<std::string> args;
     int exitCode;
@@ -78,6 +79,8 @@ TEST(RunCommand, RefusesWhatItCannotDo) {
       {{"run", "new", "--script", (folder / "missing.scr").string(), "Corvane_Test"}, 1, "cannot open the script"},
       {{"run", "new", "--save", "-o", "x.dxf"}, 2, "excludes"},
       {{"run"}, 2, "DRAWING"},
+      {{"run", "new", "--workbook", (folder / "garbage.xlsx").string(), "--", "Corvane_Test"}, 1, "is not a workbook"},
+      {{"run", "new", "--workbook", (folder / "none.xlsx").string(), "--", "Corvane_Test"}, 2, "none.xlsx"},
   };
   for (const auto& c : cases) {
     const CommandRun result = run(folder, c.args);
