@@ -21,15 +21,16 @@ inline const std::string& pythonWithEzdxf() {
   return found;
 }
 
-// Runs a script with the arguments (each quoted for the shell); what it printed, standard error
-// included, or "ERROR: " and that when it failed or could not start.
-inline std::string runEzdxfScript(const std::string& script, const std::vector<std::string>& args) {
+// Runs a script with a Python and the arguments (each quoted for the shell); what it printed,
+// standard error included, or "ERROR: " and that when it failed or could not start.
+inline std::string runPythonScript(const std::string& python, const std::string& script,
+                                   const std::vector<std::string>& args) {
   const auto quoted = [](const std::string& text) {
     std::string q = "'";
     for (const char c : text) q += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return q + "'";
   };
-  std::string command = pythonWithEzdxf() + " -c " + quoted(script);
+  std::string command = python + " -c " + quoted(script);
   for (const auto& arg : args) command += " " + quoted(arg);
   command += " 2>&1";
   FILE* pipe = ::popen(command.c_str(), "r");
@@ -38,6 +39,10 @@ inline std::string runEzdxfScript(const std::string& script, const std::vector<s
   char buffer[4096];
   while (const std::size_t got = std::fread(buffer, 1, sizeof buffer, pipe)) output.append(buffer, got);
   return ::pclose(pipe) == 0 ? output : "ERROR: " + output;
+}
+
+inline std::string runEzdxfScript(const std::string& script, const std::vector<std::string>& args) {
+  return runPythonScript(pythonWithEzdxf(), script, args);
 }
 
 }  // namespace corvane::testing

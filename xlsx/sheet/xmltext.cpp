@@ -100,56 +100,35 @@ std::string encodeXstring(std::string_view text) {
   return out;
 }
 
-void appendEscapedText(std::string& out, std::string_view text) {
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      default:
-        out += c;
-    }
+namespace {
+
+// The characters XML cannot carry as they are; an attribute value also keeps its quotes, tabs
+// and line ends only as references, since a reader would fold them into spaces.
+const char* escapeOf(char c, bool attribute) noexcept {
+  switch (c) {
+    case '&': return "&amp;";
+    case '<': return "&lt;";
+    case '>': return "&gt;";
+    case '\r': return "&#13;";
+    case '"': return attribute ? "&quot;" : nullptr;
+    case '\t': return attribute ? "&#9;" : nullptr;
+    case '\n': return attribute ? "&#10;" : nullptr;
+    default: return nullptr;
   }
 }
 
-void appendEscapedAttribute(std::string& out, std::string_view text) {
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '"':
-        out += "&quot;";
-        break;
-      case '\t':
-        out += "&#9;";
-        break;
-      case '\n':
-        out += "&#10;";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      default:
-        out += c;
-    }
+void appendEscaped(std::string& out, std::string_view text, bool attribute) {
+  for (const char c : text) {
+    if (const char* escape = escapeOf(c, attribute)) out += escape;
+    else out += c;
   }
 }
+
+}  // namespace
+
+void appendEscapedText(std::string& out, std::string_view text) { appendEscaped(out, text, false); }
+
+void appendEscapedAttribute(std::string& out, std::string_view text) { appendEscaped(out, text, true); }
 
 void appendAttribute(std::string& out, std::string_view name, std::string_view value) {
   out += ' ';
