@@ -148,6 +148,7 @@ class WorksheetReader : public XmlStream {
     const std::string_view local = localName(name);
     if (depth_ == 1) {
       if (local != "worksheet") return fail("the part is not a worksheet: its root is <" + std::string(name) + ">");
+      rootName_ = name;
       const char* r = findAttribute(attributes, "xmlns:r");
       sheet_.layout_.declaresR = r && r == kRelationships;
       return;
@@ -196,6 +197,27 @@ class WorksheetReader : public XmlStream {
     }
   }
 
+ protected:
+  // Batches start and end between rows.
+  void saveState() override {
+    saved_ = {sheet_.cells_.size(), sheet_.extras_.size(), sheet_.rows_.size(), sheet_.pool_.size(),
+              lastRow_,           lastColumn_,           sorted_};
+  }
+  void restoreState() override {
+    sheet_.cells_.resize(saved_.cells);
+    sheet_.extras_.resize(saved_.extras);
+    sheet_.rows_.resize(saved_.rows);
+    sheet_.pool_.resize(saved_.pool);
+    lastRow_ = saved_.lastRow;
+    lastColumn_ = saved_.lastColumn;
+    sorted_ = saved_.sorted;
+    depth_ = 2;
+    captureDepth_ = phoneticDepth_ = 0;
+    collect_ = captureTo_ = nullptr;
+    inInline_ = false;
+    rowChildren_.clear();
+  }
+
  private:
   void topLevelStart(std::string_view name, std::string_view local) {
     auto& layout = sheet_.layout_;
@@ -207,6 +229,7 @@ class WorksheetReader : public XmlStream {
       layout.sheetDataBegin = begin;
       layout.sheetDataEnd = end;
       layout.prefix = std::string(name.substr(0, name.size() - local.size()));
+      readContentInBatches({rootName_, std::string(name)}, layout.prefix + "row");
     } else if (local == "dimension") {
       inDimension_ = layout.hasDimension = true;
       layout.dimensionBegin = begin;
@@ -457,6 +480,12 @@ class WorksheetReader : public XmlStream {
   std::string inlineText_, inlineXml_, decoded_;
   std::string* collect_ = nullptr;
   std::string* captureTo_ = nullptr;
+  std::string rootName_;
+  struct {
+    std::size_t cells = 0, extras = 0, rows = 0, pool = 0;
+    std::uint32_t lastRow = 0, lastColumn = 0;
+    bool sorted = true;
+  } saved_;
 };
 
 std::optional<Worksheet> Worksheet::parse(const ChunkSource& source, std::string& error) {
