@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <climits>
+#include <optional>
 #include <cstring>
+#include <functional>
 
 namespace corvane::xlsx {
 namespace {
@@ -90,6 +92,14 @@ bool plainBytes(std::string_view bytes, bool& nonAscii) {
   return true;
 }
 
+// Values are a few bytes: a loop beats a call.
+bool hasOpenBracket(const char* value) {
+  for (; *value; ++value) {
+    if (*value == '<') return true;
+  }
+  return false;
+}
+
 bool asciiName(const char* name) {
   for (; *name; ++name) {
     if (static_cast<unsigned char>(*name) >= 0x80) return false;
@@ -104,6 +114,8 @@ struct XmlStream::Batches {
   State state = State::kAsked;
   std::vector<std::string> open;
   std::string unitEnd, contentEnd;  // "</row", "</sheetData"
+  // Skips ahead by the tag's length where a plain find stops at every '<'.
+  std::optional<std::boyer_moore_horspool_searcher<std::string::const_iterator>> findContentEnd;
   std::uint64_t at = 0;             // where in the part `pending` starts
   std::uint64_t line = 1, column = 0;
   std::string pending, work;
@@ -113,11 +125,11 @@ struct XmlStream::Batches {
 
   // The place in the part after `bytes`, which start at the current place.
   void advance(std::string_view bytes) {
-    const std::size_t newline = bytes.rfind('\n');
-    if (newline != std::string_view::npos) {
+    // memrchr: rfind goes back a byte at a time through batches that are one long line.
+    if (const void* newline = bytes.empty() ? nullptr : memrchr(bytes.data(), '\n', bytes.size())) {
       line += static_cast<std::uint64_t>(std::count(bytes.begin(), bytes.end(), '\n'));
       column = 0;
-      bytes.remove_prefix(newline + 1);
+      bytes.remove_prefix(static_cast<std::size_t>(static_cast<const char*>(newline) - bytes.data()) + 1);
     }
     // The XML parser counts characters, not bytes.
     column += static_cast<std::uint64_t>(
@@ -230,6 +242,7 @@ void XmlStream::readContentInBatches(std::vector<std::string> open, std::string 
   Batches& b = *batches_;
   b.unitEnd = "</" + unit;
   b.contentEnd = "</" + open.back();
+  b.findContentEnd.emplace(b.contentEnd.begin(), b.contentEnd.end());
   b.open = std::move(open);
   b.at = eventOffset() + eventLength();
   // The start tag seldom spans lines; where it does, error places after it are off.
@@ -262,8 +275,10 @@ bool XmlStream::takeBatches(bool last) {
   while (true) {
     const std::string_view pending = b.pending;
     std::size_t end = std::string_view::npos;
-    for (std::size_t at = pending.find(b.contentEnd, b.searched); at != std::string_view::npos;
-         at = pending.find(b.contentEnd, at + 1)) {
+    for (auto from = pending.begin() + static_cast<std::ptrdiff_t>(b.searched); from != pending.end(); ++from) {
+      from = std::search(from, pending.end(), *b.findContentEnd);
+      if (from == pending.end()) break;
+      const auto at = static_cast<std::size_t>(from - pending.begin());
       if (endTagEnd(pending, at, b.contentEnd.size()) != std::string_view::npos) {
         end = at;
         break;
@@ -310,40 +325,46 @@ bool XmlStream::readBatch(std::string_view batch) {
   };
   pugi::xml_node node = b.document.first_child();
   while (node) {
-    if (node.type() == pugi::node_pcdata) {
+    const pugi::xml_node_type type = node.type();
+    if (type == pugi::node_pcdata) {
       text(node.value());
-    } else if (node.type() == pugi::node_element) {
+    } else if (type == pugi::node_element) {
       if (nonAscii && !asciiName(node.name())) return takeBack();
       b.attributes.clear();
       for (pugi::xml_attribute a = node.first_attribute(); a; a = a.next_attribute()) {
         // The XML parser refuses '<' in a value and a name given twice; the DOM parser does not.
-        if (std::strchr(a.value(), '<') || (nonAscii && !asciiName(a.name()))) return takeBack();
+        const char* value = a.value();
+        if (hasOpenBracket(value) || (nonAscii && !asciiName(a.name()))) return takeBack();
         for (std::size_t i = 0; i < b.attributes.size(); i += 2) {
           if (std::strcmp(b.attributes[i], a.name()) == 0) return takeBack();
         }
         b.attributes.push_back(a.name());
-        b.attributes.push_back(a.value());
+        b.attributes.push_back(value);
       }
       b.attributes.push_back(nullptr);
-      startElement(node.name(), b.attributes.data());
-      if (*node.value()) text(node.value());  // the element's first text, kept on the element
+      const std::string_view name = node.name();
+      startElement(name, b.attributes.data());
+      const char* value = node.value();
+      if (*value) text(value);  // the element's first text, kept on the element
       if (!message_.empty()) return takeBack();
-      if (node.first_child()) {
-        node = node.first_child();
+      if (const pugi::xml_node child = node.first_child()) {
+        node = child;
         continue;
       }
-      endElement(node.name());
+      endElement(name);
     } else {
       return takeBack();  // a comment, CDATA section, processing instruction or declaration
     }
     if (!message_.empty()) return takeBack();
-    while (!node.next_sibling()) {
+    pugi::xml_node next = node.next_sibling();
+    while (!next) {
       node = node.parent();
       if (node == b.document) break;
       endElement(node.name());
       if (!message_.empty()) return takeBack();
+      next = node.next_sibling();
     }
-    node = node == b.document ? pugi::xml_node() : node.next_sibling();
+    node = next;
   }
   return true;
 }
