@@ -148,6 +148,7 @@ class WorksheetReader : public XmlStream {
     const std::string_view local = localName(name);
     if (depth_ == 1) {
       if (local != "worksheet") return fail("the part is not a worksheet: its root is <" + std::string(name) + ">");
+      rootName_ = name;
       const char* r = findAttribute(attributes, "xmlns:r");
       sheet_.layout_.declaresR = r && r == kRelationships;
       return;
@@ -196,6 +197,27 @@ class WorksheetReader : public XmlStream {
     }
   }
 
+ protected:
+  // Batches start and end between rows.
+  void saveState() override {
+    saved_ = {sheet_.cells_.size(), sheet_.extras_.size(), sheet_.rows_.size(), sheet_.pool_.size(),
+              lastRow_,           lastColumn_,           sorted_};
+  }
+  void restoreState() override {
+    sheet_.cells_.resize(saved_.cells);
+    sheet_.extras_.resize(saved_.extras);
+    sheet_.rows_.resize(saved_.rows);
+    sheet_.pool_.resize(saved_.pool);
+    lastRow_ = saved_.lastRow;
+    lastColumn_ = saved_.lastColumn;
+    sorted_ = saved_.sorted;
+    depth_ = 2;
+    captureDepth_ = phoneticDepth_ = 0;
+    collect_ = captureTo_ = nullptr;
+    inInline_ = false;
+    rowChildren_.clear();
+  }
+
  private:
   void topLevelStart(std::string_view name, std::string_view local) {
     auto& layout = sheet_.layout_;
@@ -207,6 +229,7 @@ class WorksheetReader : public XmlStream {
       layout.sheetDataBegin = begin;
       layout.sheetDataEnd = end;
       layout.prefix = std::string(name.substr(0, name.size() - local.size()));
+      readContentInBatches({rootName_, std::string(name)}, layout.prefix + "row");
     } else if (local == "dimension") {
       inDimension_ = layout.hasDimension = true;
       layout.dimensionBegin = begin;
@@ -318,7 +341,8 @@ class WorksheetReader : public XmlStream {
   void cellStart(const char* const* attributes) {
     cell_ = Worksheet::Cell{};
     cell_.row = lastRow_;
-    type_ = {};
+    type_.clear();
+    kindOfType_ = CellKind::kNumber;
     hasValue_ = hasFormula_ = hasInline_ = false;
     attributes_.clear();
     children_.clear();
@@ -341,6 +365,7 @@ class WorksheetReader : public XmlStream {
         cell_.flags |= kStyleWritten;
       } else if (attribute == "t") {
         type_ = a[1];
+        kindOfType_ = kindOfType(type_);
       } else {
         appendAttribute(attributes_, a[0], a[1]);
       }
@@ -351,61 +376,82 @@ class WorksheetReader : public XmlStream {
     cell_.column = static_cast<std::uint16_t>(column);
   }
 
+  // The kind a t attribute gives; kBlank for one that is not known.
+  static CellKind kindOfType(std::string_view type) {
+    if (type.empty() || type == "n") return CellKind::kNumber;
+    if (type == "s") return CellKind::kSharedString;
+    if (type == "b") return CellKind::kBoolean;
+    if (type == "str") return CellKind::kFormulaString;
+    if (type == "e") return CellKind::kError;
+    if (type == "d") return CellKind::kIsoDate;
+    if (type == "inlineStr") return CellKind::kInlineString;
+    return CellKind::kBlank;
+  }
+
   void cellEnd() {
     auto& cell = cell_;
     const auto where = [&] { return cellRefText({cell.row, cell.column}); };
+    const CellKind kind = kindOfType_;
     // Some writers leave an empty <v/> after a formula never calculated: no value, except
     // for a text result, which may be empty.
-    if (hasValue_ && type_ != "str" && trimmedXml(value_).empty()) hasValue_ = false;
-    if (type_.empty() || type_ == "n") {
-      if (hasValue_) {
-        const auto number = parseNumber(value_);
-        if (!number) return fail("cell " + where() + ": \"" + value_ + "\" is not a number");
-        cell.kind = CellKind::kNumber;
-        cell.payload = std::bit_cast<std::uint64_t>(*number);
-      }
-    } else if (type_ == "s") {
-      if (hasValue_) {
-        const std::string_view text = trimmedXml(value_);
-        std::uint32_t index = 0;
-        const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), index);
-        if (ec != std::errc() || end != text.data() + text.size()) {
-          return fail("cell " + where() + ": \"" + value_ + "\" is not a shared string index");
+    if (hasValue_ && kind != CellKind::kFormulaString && trimmedXml(value_).empty()) hasValue_ = false;
+    switch (kind) {
+      case CellKind::kNumber:
+        if (hasValue_) {
+          const auto number = parseNumber(value_);
+          if (!number) return fail("cell " + where() + ": \"" + value_ + "\" is not a number");
+          cell.kind = CellKind::kNumber;
+          cell.payload = std::bit_cast<std::uint64_t>(*number);
         }
-        cell.kind = CellKind::kSharedString;
-        cell.payload = index;
-      }
-    } else if (type_ == "b") {
-      if (hasValue_) {
-        const std::string_view text = trimmedXml(value_);
-        if (text != "0" && text != "1" && text != "true" && text != "false") {
-          return fail("cell " + where() + ": \"" + value_ + "\" is not a boolean");
+        break;
+      case CellKind::kSharedString:
+        if (hasValue_) {
+          const std::string_view text = trimmedXml(value_);
+          std::uint32_t index = 0;
+          const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), index);
+          if (ec != std::errc() || end != text.data() + text.size()) {
+            return fail("cell " + where() + ": \"" + value_ + "\" is not a shared string index");
+          }
+          cell.kind = CellKind::kSharedString;
+          cell.payload = index;
         }
-        cell.kind = CellKind::kBoolean;
-        cell.payload = text == "1" || text == "true";
-      }
-    } else if (type_ == "str" || type_ == "e" || type_ == "d") {
-      if (hasValue_) {
-        cell.kind = type_ == "str" ? CellKind::kFormulaString : type_ == "e" ? CellKind::kError : CellKind::kIsoDate;
-        decoded_.clear();
-        if (cell.kind == CellKind::kFormulaString) {
-          appendDecodedXstring(decoded_, value_);
-        } else {
-          decoded_.append(trimmedXml(value_));
+        break;
+      case CellKind::kBoolean:
+        if (hasValue_) {
+          const std::string_view text = trimmedXml(value_);
+          if (text != "0" && text != "1" && text != "true" && text != "false") {
+            return fail("cell " + where() + ": \"" + value_ + "\" is not a boolean");
+          }
+          cell.kind = CellKind::kBoolean;
+          cell.payload = text == "1" || text == "true";
         }
-        const auto span = sheet_.pool(decoded_);
-        cell.payload = packSpan(span.offset, span.length);
-      }
-    } else if (type_ == "inlineStr") {
-      if (hasInline_) {
-        cell.kind = CellKind::kInlineString;
-        decoded_.clear();
-        appendDecodedXstring(decoded_, inlineText_);
-        const auto span = sheet_.pool(decoded_);
-        cell.payload = packSpan(span.offset, span.length);
-      }
-    } else {
-      return fail("cell " + where() + " has the unknown type \"" + type_ + "\"");
+        break;
+      case CellKind::kFormulaString:
+      case CellKind::kError:
+      case CellKind::kIsoDate:
+        if (hasValue_) {
+          cell.kind = kind;
+          decoded_.clear();
+          if (cell.kind == CellKind::kFormulaString) {
+            appendDecodedXstring(decoded_, value_);
+          } else {
+            decoded_.append(trimmedXml(value_));
+          }
+          const auto span = sheet_.pool(decoded_);
+          cell.payload = packSpan(span.offset, span.length);
+        }
+        break;
+      case CellKind::kInlineString:
+        if (hasInline_) {
+          cell.kind = CellKind::kInlineString;
+          decoded_.clear();
+          appendDecodedXstring(decoded_, inlineText_);
+          const auto span = sheet_.pool(decoded_);
+          cell.payload = packSpan(span.offset, span.length);
+        }
+        break;
+      case CellKind::kBlank:
+        return fail("cell " + where() + " has the unknown type \"" + type_ + "\"");
     }
     if (hasFormula_) cell.flags |= kHasFormula;
     const bool keepInline = hasInline_ && richInline_ && cell.kind == CellKind::kInlineString;
@@ -452,11 +498,18 @@ class WorksheetReader : public XmlStream {
   std::uint32_t lastRow_ = 0, lastColumn_ = 0;
   Worksheet::Cell cell_;
   std::string type_;
+  CellKind kindOfType_ = CellKind::kNumber;
   bool hasValue_ = false, hasFormula_ = false, hasInline_ = false, richInline_ = false, inInline_ = false;
   std::string value_, formula_, formulaAttributes_, attributes_, children_, rowChildren_;
   std::string inlineText_, inlineXml_, decoded_;
   std::string* collect_ = nullptr;
   std::string* captureTo_ = nullptr;
+  std::string rootName_;
+  struct {
+    std::size_t cells = 0, extras = 0, rows = 0, pool = 0;
+    std::uint32_t lastRow = 0, lastColumn = 0;
+    bool sorted = true;
+  } saved_;
 };
 
 std::optional<Worksheet> Worksheet::parse(const ChunkSource& source, std::string& error) {

@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace corvane::xlsx {
 
@@ -38,18 +40,46 @@ class XmlStream {
   void fail(std::string message);
   bool failed() const noexcept { return !message_.empty(); }
   // Where the event being handled starts in the part and how many bytes it spans; the count
-  // is 0 for the end of an element written as <a/>.
+  // is 0 for the end of an element written as <a/>. Only for events of the XML parser, not of
+  // batches (below).
   std::uint64_t eventOffset() const;
   std::uint64_t eventLength() const;
 
+  // From the start handler of a large element: its content, a run of `unit` elements, is read
+  // a batch of whole units at a time by a DOM parser, several times faster, with the same
+  // events. `open` names the elements from the root down to this one, as written. A batch that
+  // holds anything the DOM parser might read otherwise than the XML parser (comments, CDATA,
+  // references other than the five named ones, doubtful bytes...) goes to the XML parser, and
+  // so does the rest of the part; so does a batch whose events made a handler fail, so that the
+  // error comes with its place. Only events of elements inside the content come from batches.
+  void readContentInBatches(std::vector<std::string> open, std::string unit);
+  // Before each batch, and to take back the events of a batch handed to the XML parser.
+  virtual void saveState() {}
+  virtual void restoreState() {}
+
  private:
+  struct Batches;
   static void onStart(void* self, const char* name, const char** attributes);
   static void onEnd(void* self, const char* name);
   static void onText(void* self, const char* text, int length);
   static void onDoctype(void* self, const char*, const char*, const char*, int);
 
+  void* newParser();
+  bool feed(std::string_view bytes, bool last);
+  bool feedBatches(std::string_view bytes, bool last);
+  bool takeBatches(bool last);
+  bool readBatch(std::string_view batch);
+  bool handToParser(std::size_t at, bool last);
+
   void* parser_;
   std::string message_;
+  std::uint64_t fed_ = 0;     // bytes given to the current parser, its replayed opening included
+  std::uint64_t offset_ = 0;  // where in the part the current parser's byte 0 would be
+  // Where the current parser took over from batches, for the places errors give: its line 1
+  // starts at this line and column of the part, after `replayed_` bytes it was given again.
+  std::uint64_t resumedLine_ = 0, resumedColumn_ = 0, replayed_ = 0;
+  bool replaying_ = false;
+  std::unique_ptr<Batches> batches_;
 };
 
 // The part of a qualified name after its prefix: "x:c" -> "c".

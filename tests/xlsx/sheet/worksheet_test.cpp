@@ -283,6 +283,75 @@ TEST(Worksheet, PrefixedSheetsAreWrittenWithTheirPrefix) {
       << written;
 }
 
+// Sheets large enough to be read in batches of rows, with something in row `odd` that the
+// batches leave to the streaming parser. Every row reads the same either way.
+TEST(Worksheet, LargeSheetsReadTheSameWhateverTheirRowsHold) {
+  const struct {
+    const char* name;
+    std::string odd;  // the second cell of row 3000, which holds 7
+  } cases[] = {
+      {"plain", "<c r=\"B3000\"><v>7</v></c>"},
+      {"comment", "<c r=\"B3000\"><v>7</v><!-- note --></c>"},
+      {"CDATA", "<c r=\"B3000\" t=\"str\"><f>1</f><v><![CDATA[7]]></v></c>"},
+      {"character reference", "<c r=\"B3000\"><v>&#55;</v></c>"},
+      {"processing instruction", "<c r=\"B3000\"><?x y?><v>7</v></c>"},
+      {"non-ASCII text", "<c r=\"B3000\" t=\"inlineStr\"><is><t>7</t></is><extLst a=\"\xC3\xA9\"/></c>"},
+  };
+  const SharedStrings none = strings();
+  for (const auto& [name, odd] : cases) {
+    std::string rows;
+    for (int r = 1; r <= 6000; ++r) {
+      const std::string n = std::to_string(r);
+      rows += "<row r=\"" + n + "\" spans=\"1:3\"><c r=\"A" + n + "\" s=\"1\"><v>" + n + "</v></c>";
+      rows += r == 3000 ? odd : "<c r=\"B" + n + "\" t=\"inlineStr\"><is><t>a &amp; " + n + "</t></is></c>";
+      rows += "<c r=\"C" + n + "\"><f>A" + n + "*2</f><v>" + std::to_string(2 * r) + "</v></c></row>\n";
+    }
+    const std::string xml = sheetXml(rows);
+    Worksheet sheet = parsed(xml);
+    ASSERT_EQ(sheet.cellCount(), 18000u) << name;
+    for (std::uint32_t r = 1; r <= 6000; r += 997) {
+      const std::string n = std::to_string(r);
+      EXPECT_EQ(sheet.value(sheet.find({r, 1})->position, none), CellValue(double(r))) << name << r;
+      EXPECT_EQ(sheet.find({r, 1})->style, 1u) << name << r;
+      EXPECT_EQ(sheet.value(sheet.find({r, 2})->position, none), CellValue("a & " + n)) << name << r;
+      EXPECT_EQ(sheet.formula(sheet.find({r, 3})->position), "A" + n + "*2") << name << r;
+    }
+    const CellValue seven = sheet.value(sheet.find({3000, 2})->position, none);
+    EXPECT_TRUE(seven == CellValue(7.0) || seven == CellValue("7")) << name;
+    sheet.setValue({6000, 1}, "x");
+    const std::string written = sheet.serialize(xml);
+    EXPECT_NE(written.find("<row r=\"5999\" spans=\"1:3\"><c r=\"A5999\" s=\"1\"><v>5999</v></c>"), std::string::npos)
+        << name;
+    EXPECT_EQ(parsed(written).cellCount(), 18000u) << name;
+  }
+}
+
+TEST(Worksheet, ErrorsDeepInALargeSheetSayWhere) {
+  const struct {
+    const char* odd;
+    const char* message;
+  } cases[] = {
+      {"<c r=\"Q2\"/>", "cell Q2 is in row 3000 (line 3001, column 53)"},
+      {"<c r=\"B3000\" t=\"b\"><v>7</v></c>", "\"7\" is not a boolean"},
+      {"<c r=\"B3000\" r=\"B3000\"/>", "duplicate attribute (line 3001, column "},
+      {"<c r=\"B3000\" a=\"<\"/>", "not well-formed"},
+      {"<c r=\"B3000\"><v>&x;</v></c>", "undefined entity"},
+      {"<c r=\"B3000\"><v>\x01</v></c>", "not well-formed"},
+      {"<c r=\"B3000\"><v>\xFF</v></c>", "not well-formed"},
+      {"<c r=\"B3000\"><v>]]></v></c>", "not well-formed"},
+  };
+  for (const auto& [odd, message] : cases) {
+    std::string rows;
+    for (int r = 1; r <= 6000; ++r) {
+      const std::string n = std::to_string(r);
+      rows += "<row r=\"" + n + "\"><c r=\"A" + n + "\"><v>" + n + "</v></c>" + (r == 3000 ? odd : "") + "</row>\n";
+    }
+    std::string error;
+    EXPECT_FALSE(Worksheet::parse(chunksOf(sheetXml(rows), 4096), error)) << odd;
+    EXPECT_NE(error.find(message), std::string::npos) << odd << ": " << error;
+  }
+}
+
 TEST(Xstring, EscapesDecodeAndEncode) {
   const struct {
     const char* xml;
