@@ -176,4 +176,9 @@ std::vector<std::wstring> split(std::wstring_view text, wchar_t separator) {
   return parts;
 }
 
+std::wstring_view fileNameOf(std::wstring_view path) noexcept {
+  const std::size_t slash = path.find_last_of(L"\\/");
+  return slash == std::wstring_view::npos ? path : path.substr(slash + 1);
+}
+
 }  // namespace corvane::core

@@ -47,4 +47,7 @@ std::wstring replaceAll(std::wstring_view text, std::wstring_view from, std::wst
 // n separators give n + 1 parts, empty ones included (an empty text gives one empty part).
 std::vector<std::wstring> split(std::wstring_view text, wchar_t separator);
 
+// The file name of a path, with its extension: what follows the last "\" or "/".
+std::wstring_view fileNameOf(std::wstring_view path) noexcept;
+
 }  // namespace corvane::core

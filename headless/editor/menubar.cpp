@@ -47,8 +47,7 @@ bool MenuBar::isMenuGroupLoaded(std::wstring_view group) const {
 }
 
 std::wstring MenuBar::groupOfFile(std::wstring_view path) {
-  const std::size_t slash = path.find_last_of(L"\\/");
-  std::wstring_view name = slash == std::wstring_view::npos ? path : path.substr(slash + 1);
+  const std::wstring_view name = core::fileNameOf(path);
   return std::wstring(name.substr(0, name.find(L'.')));
 }
 

@@ -16,12 +16,6 @@ namespace {
 constexpr const wchar_t* kSourceName = L"excelutils";
 constexpr int kReportLine = 484;
 
-// The file name with its extension, after the last separator of either kind.
-std::wstring_view fileNameOf(std::wstring_view path) noexcept {
-  const std::size_t slash = path.find_last_of(L"\\/");
-  return slash == std::wstring_view::npos ? path : path.substr(slash + 1);
-}
-
 }  // namespace
 
 ExcelUtils::ExcelUtils(host::HostSession& session, host::AcDbHostApplicationServices& services)
@@ -70,7 +64,7 @@ bool ExcelUtils::EnsureWorkbook() {
 
 bool ExcelUtils::OpenWorkbook(std::wstring_view path, int updateLinks, int readOnly) {
   if (path.empty() || !application_) return false;
-  const std::wstring_view nameWithExtension = fileNameOf(path);
+  const std::wstring_view nameWithExtension = core::fileNameOf(path);
   const std::int32_t count = application_->workbookCount();
   for (std::int32_t i = 1; i <= count; ++i) {
     auto item = application_->workbook(i);
