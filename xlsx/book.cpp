@@ -2,6 +2,8 @@
 
 #include <ctime>
 
+#include "core/textutil.h"
+#include "core/utf8.h"
 #include "xlsx/sheet/newworkbook.h"
 #include "xlsx/sheet/xmlstream.h"
 
@@ -141,14 +143,10 @@ int Book::activeSheet() const noexcept {
 
 std::optional<std::size_t> Book::sheetIndex(std::string_view name) const {
   const auto& sheets = workbook_.sheets();
+  const std::wstring wanted = core::fromUtf8(name);
   for (std::size_t i = 0; i < sheets.size(); ++i) {
     // Sheet names compare without regard to case, as Excel's do.
-    if (sheets[i].name.size() == name.size() &&
-        std::equal(name.begin(), name.end(), sheets[i].name.begin(), [](char a, char b) {
-          return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-        })) {
-      return i;
-    }
+    if (core::equalsNoCase(core::fromUtf8(sheets[i].name), wanted)) return i;
   }
   return std::nullopt;
 }
