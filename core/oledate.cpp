@@ -97,4 +97,11 @@ DateTimeParts localParts(std::int64_t unixSeconds) noexcept {
   return fromTm(tm);
 }
 
+std::optional<double> localOleDate(std::int64_t unixSeconds, long nanoseconds) noexcept {
+  const auto whole = toOleDate(localParts(unixSeconds));
+  if (!whole) return std::nullopt;
+  const double fraction = static_cast<double>(nanoseconds) / 1e9 / kSecondsPerDay;
+  return *whole >= 0 ? *whole + fraction : *whole - fraction;
+}
+
 }  // namespace corvane::core

@@ -26,5 +26,8 @@ std::int64_t unixFromOleDate(double date) noexcept;
 // The local time now, and the local broken-down time of a moment.
 DateTimeParts localNow() noexcept;
 DateTimeParts localParts(std::int64_t unixSeconds) noexcept;
+// A moment (seconds and nanoseconds since 1970 UTC) as a local OLE date, the fraction of its
+// second kept: file times are compared to within half a second.
+std::optional<double> localOleDate(std::int64_t unixSeconds, long nanoseconds) noexcept;
 
 }  // namespace corvane::core

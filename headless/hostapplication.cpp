@@ -103,6 +103,16 @@ Acad::ErrorStatus HostApplication::evaluateField(Field& field, Database& db, int
   return engine_->evaluateField(field, db, context);
 }
 
+host::Acad::ErrorStatus HostApplication::readDrawingFile(std::wstring_view path, DatabaseHolder& db,
+                                                        std::wstring& reason) {
+  db = DatabaseHolder(nullptr, [](host::AcDbDatabase*) {});
+  if (!reader_) {
+    reason = L"This host reads no other drawings.";
+    return host::Acad::eNotImplementedYet;
+  }
+  return reader_(path, db, reason);
+}
+
 void HostApplication::databaseClosing(const Database& db) noexcept {
   if (working_ == &db) working_ = nullptr;
 }

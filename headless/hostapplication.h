@@ -40,6 +40,12 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   host::Acad::ErrorStatus openObject(host::AcDbObject*& object, host::AcDbObjectId id, host::AcDb::OpenMode mode,
                                      bool openErased = false) override;
   FieldHolder newField() override;
+  host::Acad::ErrorStatus readDrawingFile(std::wstring_view path, DatabaseHolder& db, std::wstring& reason) override;
+  // What reads other drawings from their files: the host knows databases, not file formats,
+  // so whoever wires it to a file format hands the reader over. Without one nothing is read.
+  using DrawingReader = std::function<host::Acad::ErrorStatus(std::wstring_view path, DatabaseHolder& db,
+                                                              std::wstring& reason)>;
+  void setDrawingReader(DrawingReader reader) { reader_ = std::move(reader); }
   host::Acad::ErrorStatus getPropertyValue(host::AcDbObjectId id, std::wstring_view name,
                                            host::AcValue& value) const override;
   std::optional<FieldSpan> findField(std::wstring_view text, std::size_t from = 0) const override;
@@ -70,6 +76,7 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   Database* working_ = nullptr;
   std::unique_ptr<FieldEngine> engine_;
   std::function<void(std::wstring_view)> output_;
+  DrawingReader reader_;
   int versionMajor_ = 23;
 };
 

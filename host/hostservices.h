@@ -47,6 +47,13 @@ class AcDbHostApplicationServices {
   using FieldHolder = std::unique_ptr<AcDbField, std::function<void(AcDbField*)>>;
   virtual FieldHolder newField() = 0;
 
+  // Another drawing read from its file for looking at (a database made without a default
+  // drawing, then readDwgFile with every kind of sharing allowed). Its objects are opened like
+  // any others; it is deleted with the holder. On failure the holder is empty and `reason`
+  // says what went wrong in the file.
+  using DatabaseHolder = std::unique_ptr<AcDbDatabase, std::function<void(AcDbDatabase*)>>;
+  virtual Acad::ErrorStatus readDrawingFile(std::wstring_view path, DatabaseHolder& db, std::wstring& reason) = 0;
+
   // A named property of an object as the host's property system reads it ("Area", "Layer",
   // "Radius", ...): eInvalidObjectId/eWasErased for a missing object, eKeyNotFound for a
   // property the object does not have.

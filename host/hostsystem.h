@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,19 @@ class HostSystem {
   virtual std::wstring moduleFileName() const = 0;
   // Paths may use "\" or "/" between names.
   virtual bool fileExists(std::wstring_view path) const = 0;
+
+  // What a path names, and when a file was last written (a local OLE date, fraction of the
+  // second kept; absent when the system cannot tell).
+  enum class FileKind { kMissing, kFile, kFolder, kOther };
+  struct FileStatus {
+    FileKind kind = FileKind::kMissing;
+    std::optional<double> modified;
+  };
+  virtual FileStatus fileStatus(std::wstring_view path) const = 0;
+  // Reads a whole file, read-only and sharing it with every other reader and writer. Only a
+  // plain file is read: a folder, a device or a pipe is refused at once rather than waited on.
+  // False, with the system's reason, when it cannot be read.
+  virtual bool readFile(std::wstring_view path, std::string& bytes, std::wstring& reason) const = 0;
   virtual int systemDefaultLangId() const = 0;
 
   // A thread-less timer: the callback runs on the host's main thread between commands, every

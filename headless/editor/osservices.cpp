@@ -1,9 +1,16 @@
 #include "headless/editor/osservices.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
+#include "core/oledate.h"
 #include "core/printf.h"
 #include "core/textutil.h"
 #include "core/utf8.h"
@@ -47,6 +54,53 @@ bool OsServices::fileExists(std::wstring_view path) const {
   if (path.empty()) return false;
   std::error_code error;
   return std::filesystem::is_regular_file(localPath(path), error);
+}
+
+host::HostSystem::FileStatus OsServices::fileStatus(std::wstring_view path) const {
+  FileStatus status;
+  struct stat info {};
+  if (path.empty() || ::stat(localPath(path).c_str(), &info) != 0) return status;
+  status.kind = S_ISREG(info.st_mode) ? FileKind::kFile : S_ISDIR(info.st_mode) ? FileKind::kFolder : FileKind::kOther;
+  status.modified = core::localOleDate(info.st_mtim.tv_sec, info.st_mtim.tv_nsec);
+  return status;
+}
+
+bool OsServices::readFile(std::wstring_view path, std::string& bytes, std::wstring& reason) const {
+  bytes.clear();
+  const auto failed = [&reason](int error) {
+    reason = core::fromUtf8(std::strerror(error));
+    return false;
+  };
+  // Opened without waiting, so that a pipe with no writer or a device cannot hold the caller.
+  const int fd = ::open(localPath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return failed(errno);
+  struct stat info {};
+  if (::fstat(fd, &info) != 0) {
+    const int error = errno;
+    ::close(fd);
+    return failed(error);
+  }
+  if (!S_ISREG(info.st_mode)) {
+    ::close(fd);
+    reason = S_ISDIR(info.st_mode) ? L"It is a folder." : L"It is not a plain file.";
+    return false;
+  }
+  bytes.reserve(static_cast<std::size_t>(info.st_size));
+  char buffer[1 << 16];
+  for (;;) {
+    const ssize_t got = ::read(fd, buffer, sizeof buffer);
+    if (got == 0) break;
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      const int error = errno;
+      ::close(fd);
+      bytes.clear();
+      return failed(error);
+    }
+    bytes.append(buffer, static_cast<std::size_t>(got));
+  }
+  ::close(fd);
+  return true;
 }
 
 std::uintptr_t OsServices::setTimer(unsigned periodMs, TimerCallback callback) {

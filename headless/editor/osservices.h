@@ -30,6 +30,8 @@ class OsServices : public host::HostSystem {
 
   std::wstring moduleFileName() const override { return moduleFile_; }
   bool fileExists(std::wstring_view path) const override;
+  FileStatus fileStatus(std::wstring_view path) const override;
+  bool readFile(std::wstring_view path, std::string& bytes, std::wstring& reason) const override;
   int systemDefaultLangId() const override { return languageId_; }
   void setSystemDefaultLangId(int id) noexcept { languageId_ = id; }
 

@@ -19,7 +19,14 @@ constexpr int kReportLine = 484;
 }  // namespace
 
 ExcelUtils::ExcelUtils(host::HostSession& session, host::AcDbHostApplicationServices& services)
-    : session_(session), services_(services) {}
+    : session_(&session), excel_(nullptr), ui_(nullptr), services_(services) {}
+
+ExcelUtils::ExcelUtils(host::ExcelAutomation* excel, host::HostUi* ui, host::AcDbHostApplicationServices& services)
+    : excel_(excel), ui_(ui), services_(services) {}
+
+host::ExcelAutomation* ExcelUtils::excel() const { return session_ ? session_->excel() : excel_; }
+
+host::HostUi* ExcelUtils::ui() const { return session_ ? &session_->ui() : ui_; }
 
 void ExcelUtils::ResetExcel() {
   worksheet_.reset();
@@ -32,7 +39,7 @@ void ExcelUtils::ResetExcel() {
 bool ExcelUtils::AttachRunningExcel(bool makeVisible, std::optional<std::wstring_view> workbookPath, int updateLinks,
                                     int readOnly) {
   ResetExcel();
-  host::ExcelAutomation* excel = session_.excel();
+  host::ExcelAutomation* excel = this->excel();
   if (!excel) return false;
   auto running = excel->activeObject();
   if (!running || !*running) return false;
@@ -91,7 +98,7 @@ bool ExcelUtils::OpenWorkbook(std::wstring_view path, int updateLinks, int readO
 }
 
 std::intptr_t ExcelUtils::FindExcelWindow() {
-  host::ExcelAutomation* excel = session_.excel();
+  host::ExcelAutomation* excel = this->excel();
   if (!application_ || !excel) return 0;
   std::intptr_t window = 0;
   if (application_->setCaption(kWindowMarker)) window = excel->findWindow(L"XLMAIN", application_->caption());
@@ -178,7 +185,7 @@ void ExcelUtils::ReportOleException(const host::ExcelError& error) {
 }
 
 void ExcelUtils::ReportOleException(std::int32_t code) {
-  host::ExcelAutomation* excel = session_.excel();
+  host::ExcelAutomation* excel = this->excel();
   const std::wstring text = excel ? excel->errorText(code) : std::wstring();
   if (!text.empty()) {
     message(text, host::MB_OK | host::MB_ICONINFORMATION);
@@ -190,7 +197,7 @@ void ExcelUtils::ReportOleException(std::int32_t code) {
 }
 
 bool ExcelUtils::StartPrivateExcel() {
-  host::ExcelAutomation* excel = session_.excel();
+  host::ExcelAutomation* excel = this->excel();
   auto made = excel ? excel->createObject()
                     : host::ExcelResult<std::shared_ptr<host::ExcelApplication>>(
                           host::ExcelError{host::kExcelUnavailable, L"Excel is not available on this system."});
@@ -212,7 +219,11 @@ bool ExcelUtils::fail(const host::ExcelError& error) {
 }
 
 void ExcelUtils::message(std::wstring_view text, unsigned flags) {
-  session_.ui().messageBox(text, kMessageCaption, flags);
+  if (host::HostUi* shown = ui()) {
+    shown->messageBox(text, kMessageCaption, flags);
+  } else {
+    services_.print(L"\n" + std::wstring(text));
+  }
 }
 
 }  // namespace corvane

@@ -19,6 +19,7 @@ namespace corvane {
 namespace host {
 class AcDbHostApplicationServices;
 class HostSession;
+class HostUi;
 }  // namespace host
 
 class ExcelUtils {
@@ -28,6 +29,9 @@ class ExcelUtils {
   static constexpr const wchar_t* kPrivateMarker = L"D076A9C0-F37C-4cf3-84E0-FD1D9566DEFC";
 
   ExcelUtils(host::HostSession& session, host::AcDbHostApplicationServices& services);
+  // Outside an editor: Excel (or none) as given, and messages on the command line when there
+  // is no UI to show them.
+  ExcelUtils(host::ExcelAutomation* excel, host::HostUi* ui, host::AcDbHostApplicationServices& services);
 
   // Lets go of the worksheet, the workbook and the application, in that order; Excel stays open.
   void ResetExcel();
@@ -78,7 +82,13 @@ class ExcelUtils {
   bool fail(const host::ExcelError& error);
   void message(std::wstring_view text, unsigned flags);
 
-  host::HostSession& session_;
+  // The session's Excel and UI as they are at each call, or those given outside an editor.
+  host::ExcelAutomation* excel() const;
+  host::HostUi* ui() const;
+
+  host::HostSession* session_ = nullptr;
+  host::ExcelAutomation* excel_;
+  host::HostUi* ui_;
   host::AcDbHostApplicationServices& services_;
   std::shared_ptr<host::ExcelApplication> application_;
   std::shared_ptr<host::ExcelWorkbook> workbook_;

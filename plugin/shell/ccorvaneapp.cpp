@@ -1,5 +1,6 @@
 #include "plugin/shell/ccorvaneapp.h"
 
+#include "core/filepath.h"
 #include "core/printf.h"
 #include "core/textutil.h"
 #include "host/acdbdatabase.h"
@@ -24,15 +25,6 @@ namespace {
 // The module's path is read into a buffer of the system's maximum path length.
 constexpr std::size_t kMaxPath = 260;
 
-// The folder part of a path: everything before the last "\" or "/" (the root keeps its
-// separator, as "C:\" and "/" do).
-std::wstring removeFileSpec(std::wstring path) {
-  const std::size_t last = path.find_last_of(L"\\/");
-  if (last == std::wstring::npos) return (path.size() >= 2 && path[1] == L':') ? path.substr(0, 2) : std::wstring();
-  if (last == 0 || (last == 2 && path[1] == L':')) return path.substr(0, last + 1);
-  return path.substr(0, last);
-}
-
 }  // namespace
 
 std::unique_ptr<host::AcFdFieldEvaluator> makeCorvaneEvaluator(std::size_t row) {
@@ -51,19 +43,33 @@ std::unique_ptr<host::AcFdFieldEvaluator> makeCorvaneEvaluator(std::size_t row) 
 
 CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services)
     : services_(services),
+      linked_(std::make_unique<LinkedSources>(services, nullptr, nullptr)),
       loader_([this](std::size_t row) { return makeEvaluator(row); }),
       fieldReactor_(fieldEvaluationActive_) {}
 
 CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSession& session)
     : services_(services),
       session_(&session),
+      linked_(std::make_unique<LinkedSources>(services, session)),
       loader_([this](std::size_t row) { return makeEvaluator(row); }),
       fieldReactor_(fieldEvaluationActive_),
       registry_(&session.registry()) {}
 
+CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSystem& system,
+                         host::ExcelAutomation* excel)
+    : services_(services),
+      linked_(std::make_unique<LinkedSources>(services, &system, excel)),
+      loader_([this](std::size_t row) { return makeEvaluator(row); }),
+      fieldReactor_(fieldEvaluationActive_) {}
+
 std::unique_ptr<host::AcFdFieldEvaluator> CCorvaneApp::makeEvaluator(std::size_t row) {
-  if (row == kExprRow) return std::make_unique<AsdkExprEvaluator>(&dialogOwnerTable_);
-  return makeCorvaneEvaluator(row);
+  switch (row) {
+    case kExprRow: return std::make_unique<AsdkExprEvaluator>(&dialogOwnerTable_);
+    case kTextFileRow: return std::make_unique<AsdkTextFileEvaluator>(linked_.get());
+    case kExcelCellRow: return std::make_unique<AsdkExcelCellEvaluator>(linked_.get());
+    case kDefinedObjectRow: return std::make_unique<AsdkDefinedObjectEvaluator>(linked_.get());
+    default: return makeCorvaneEvaluator(row);
+  }
 }
 
 CCorvaneApp::~CCorvaneApp() {
@@ -88,7 +94,7 @@ host::AcRx::AppRetCode CCorvaneApp::On_kInitAppMsg() {
 
     std::wstring module = session_->system().moduleFileName();
     if (module.size() >= kMaxPath) module.resize(kMaxPath - 1);
-    moduleFolder_ = removeFileSpec(std::move(module));
+    moduleFolder_ = core::folderOf(std::move(module));
 
     registry_.setRoot(host::RegistryHive::kCurrentUser, settings::kMaker);
 

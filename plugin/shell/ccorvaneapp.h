@@ -17,6 +17,7 @@
 #include "host/hostsession.h"
 #include "plugin/fields/asdkevaluatorloader.h"
 #include "plugin/fields/asdkfieldreactor.h"
+#include "plugin/linked/linkedsources.h"
 #include "plugin/shell/asdkcustomoptiondialoghook.h"
 #include "plugin/shell/asdkdatabasereactor.h"
 #include "plugin/shell/asdkeditorreactor.h"
@@ -35,6 +36,8 @@ class CCorvaneApp : public host::AcRxArxApp {
 
   explicit CCorvaneApp(host::AcDbHostApplicationServices& services);
   CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSession& session);
+  // Outside any editor, with files (and Excel, when given) within the linked fields' reach.
+  CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSystem& system, host::ExcelAutomation* excel);
   ~CCorvaneApp() override;
   CCorvaneApp(const CCorvaneApp&) = delete;
   CCorvaneApp& operator=(const CCorvaneApp&) = delete;
@@ -88,6 +91,7 @@ class CCorvaneApp : public host::AcRxArxApp {
   void setDialogOwnerTable(host::AcDbObjectId table) noexcept { dialogOwnerTable_ = table; }
   host::AcDbObjectId dialogOwnerTable() const noexcept { return dialogOwnerTable_; }
   AsdkFieldReactor& fieldReactor() noexcept { return fieldReactor_; }
+  LinkedSources& linkedSources() noexcept { return *linked_; }
   bool fieldServicesRegistered() const noexcept { return fieldServicesRegistered_; }
   bool fieldEvaluationActive() const noexcept { return fieldEvaluationActive_; }
   host::AcDbHostApplicationServices& services() noexcept { return services_; }
@@ -113,6 +117,7 @@ class CCorvaneApp : public host::AcRxArxApp {
   host::HostSession* session_ = nullptr;
   bool fieldEvaluationActive_ = false;  // written by the field reactor around each batch
   host::AcDbObjectId dialogOwnerTable_;
+  std::unique_ptr<LinkedSources> linked_;  // before the loader: its evaluators hold it
 
   std::unique_ptr<AsdkEditorReactor> editorReactor_;
   AsdkEvaluatorLoader loader_;

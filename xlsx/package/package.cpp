@@ -71,7 +71,8 @@ bool storableName(std::string_view name) {
 }
 
 bool readWholeFile(const std::filesystem::path& path, std::string& bytes, std::string& error) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // Not waited on: a pipe without a writer or a device must not hold the program.
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) {
     const int code = errno;
     error =
@@ -82,6 +83,11 @@ bool readWholeFile(const std::filesystem::path& path, std::string& bytes, std::s
   if (::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode)) {
     ::close(fd);
     error = path.string() + " is a folder, not a workbook";
+    return false;
+  }
+  if (!S_ISREG(info.st_mode)) {
+    ::close(fd);
+    error = path.string() + " is not a plain file, not a workbook";
     return false;
   }
   char buffer[kChunk];

@@ -165,19 +165,5 @@ TEST(EvaluatorProtocol, FailingWorkerLeavesTheFieldsValueThroughTheEngine) {
   d.host.engine().unregisterEvaluatorLoader(&loader);
 }
 
-TEST(EvaluatorProtocol, TypesWithoutTheirWorkerYetReportOtherError) {
-  TestDrawing d;
-  CCorvaneApp app(d.host);
-  app.onInitialize();
-  const wchar_t* codes[] = {L"%<\\TextField C:\\a.txt>%",
-                            L"%<\\ExcelCell \"a.xlsx:Sheet1:A1\">%", L"%<\\AcDefinedObj >%"};
-  for (const auto* code : codes) {
-    const auto id = d.addField(code);
-    d.evaluateAll();
-    EXPECT_EQ(d.field(id).evaluationStatus(), AcDbField::kOtherError) << std::wstring(code).size();
-  }
-  app.onUnload();
-}
-
 }  // namespace
 }  // namespace corvane

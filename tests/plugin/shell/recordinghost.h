@@ -202,6 +202,14 @@ class RecordingSession : public host::HostSession,
     log_.push_back(L"fileExists " + std::wstring(path));
     return files.count(std::wstring(path)) > 0;
   }
+  FileStatus fileStatus(std::wstring_view path) const override {
+    return {files.count(std::wstring(path)) ? FileKind::kFile : FileKind::kMissing, std::nullopt};
+  }
+  bool readFile(std::wstring_view, std::string& bytes, std::wstring& reason) const override {
+    bytes.clear();
+    reason = L"The shell's host reads no files.";
+    return false;
+  }
   int systemDefaultLangId() const override { return language; }
   std::uintptr_t setTimer(unsigned periodMs, TimerCallback callback) override {
     log_.push_back(core::format(L"setTimer %u", periodMs));
