@@ -11,6 +11,7 @@
 #include "core/utf8.h"
 #include "drawingsave.h"
 #include "dxf/model/drawingfile.h"
+#include "examplesources.h"
 #include "headless/db/circle.h"
 #include "headless/db/database.h"
 #include "headless/db/field.h"
@@ -21,6 +22,7 @@
 #include "headless/db/texthost.h"
 #include "headless/fields/fieldengine.h"
 #include "headless/hostapplication.h"
+#include "linkedfiles.h"
 #include "output.h"
 #include "plugin/fields/fieldreferences.h"
 #include "plugin/measure/tablecellreference.h"
@@ -267,6 +269,31 @@ int makeExample(const fs::path& out, bool force) {
     headless::attachField(db, label, measure.text);
   }
 
+  // Beside the plan, what comes from outside the drawing: prices and the date they hold from out of
+  // the supplier's workbook, its name cut to the company, the site notes and the plot's title from
+  // the site plan. Paths are relative, so the example works wherever it lies.
+  ExampleSources sources;
+  if (!writeExampleSources(out.parent_path().empty() ? fs::path(".") : out.parent_path(), sources)) return 1;
+  const std::wstring workbook = core::fromUtf8(ExampleSources::kWorkbook);
+  const struct {
+    double y;
+    std::wstring text;
+  } linked[] = {
+      {-30.0, L"Rebar price: %<\\ExcelCell \"" + workbook + L":Prices:$C$3\">% EUR/t"},
+      {-34.0, L"Supplier: %<\\ExcelCell \"" + workbook + L":Prices:Supplier\" \\MID(1,14)>%"},
+      {-38.0, L"Prices hold from %<\\ExcelCell \"" + workbook + L":Prices:$C$5\">%"},
+      {-42.0, L"Plot: %<\\AcDefinedObj " + core::fromUtf8(ExampleSources::kPlan) + L"|" + sources.planTitleHandle +
+                  L".Contents>%"},
+  };
+  for (const auto& field : linked) {
+    const host::AcDbObjectId label =
+        db.appendEntity(std::make_unique<headless::Text>(headless::Text::Point{200.0, field.y, 0.0}, 1.0, L""));
+    headless::attachField(db, label, field.text);
+  }
+  const host::AcDbObjectId notes =
+      db.appendEntity(std::make_unique<headless::MText>(host::AcGePoint3d{200.0, -46.0, 0.0}, 1.0, L""));
+  headless::attachField(db, notes, L"%<\\TextField " + core::fromUtf8(ExampleSources::kNotes) + L">%");
+
   const dxf::Status saved = drawing.save(saveOptions("demo", force));
   if (!saved) {
     reportSaveFailure("demo", saved);
@@ -336,12 +363,14 @@ int runDemo(const DemoOptions& options) {
   dxf::DrawingFile& drawing = *loaded.drawing;
   headless::Database& db = drawing.database();
   host.setWorkingDatabase(&db);
-  CCorvaneApp app(host);
+  LinkedFiles linked(host);
+  CCorvaneApp app(host, linked.system, &linked.excel);
   app.onInitialize();
 
   host::AcFdFieldEngine::BatchResult batch;
   host.engine().evaluateFields(&db, {}, host::AcDbField::kDemand, &batch);
   app.onUnload();
+  host.endLine();
 
   const int failed = static_cast<int>(batch.failed.size());
   writeLine(core::format(L"Evaluated %d of %d fields of %s in one batch, %d ended in an error.",

@@ -14,6 +14,11 @@ void writeOut(std::wstring_view text) {
   std::fwrite(utf8.data(), 1, utf8.size(), stdout);
 }
 
+void writeErr(std::wstring_view text) {
+  const std::string utf8 = core::toUtf8(text);
+  std::fwrite(utf8.data(), 1, utf8.size(), stderr);
+}
+
 void writeLine(std::wstring_view line) {
   writeOut(line);
   std::fputc('\n', stdout);

@@ -10,6 +10,8 @@
 namespace corvane::cli {
 
 void writeOut(std::wstring_view text);
+// UTF-8 on standard error: the command line of a batch whose report goes to standard output.
+void writeErr(std::wstring_view text);
 void writeLine(std::wstring_view line);
 
 // Control characters as \uXXXX, so that a text with line breaks or markers stays on one line.

@@ -13,11 +13,12 @@
 #include "headless/db/database.h"
 #include "headless/editor/script.h"
 #include "headless/editor/session.h"
+#include "headless/hostapplication.h"
+#include "linkedfiles.h"
+#include "plugin/shell/ccorvaneapp.h"
 #include "xlsx/bookapplication.h"
 #include "xlsx/bookautomation.h"
 #include "xlsx/bookworkbook.h"
-#include "headless/hostapplication.h"
-#include "plugin/shell/ccorvaneapp.h"
 
 namespace corvane::cli {
 
@@ -104,6 +105,7 @@ int runCommands(const RunOptions& options) {
 
   int problems = 0;
   {
+    readOtherDrawingsAsDxf(host);
     CCorvaneApp app(host, session);
     if (session.loadApplication(app) != host::AcRx::kRetOK) {
       fail("the plug-in did not initialise");

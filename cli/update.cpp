@@ -11,6 +11,7 @@
 #include "headless/db/field.h"
 #include "headless/fields/fieldengine.h"
 #include "headless/hostapplication.h"
+#include "linkedfiles.h"
 #include "output.h"
 #include "plugin/shell/ccorvaneapp.h"
 
@@ -27,6 +28,7 @@ struct UpdateOptions {
   bool force = false;
   bool json = false;
   bool strict = false;
+  bool verbose = false;
 };
 
 // What came of the batch: the count, then one line for each field that ended in an error; or
@@ -68,12 +70,21 @@ int updateFields(const UpdateOptions& options) {
   }
   dxf::DrawingFile& drawing = *loaded.drawing;
   host.setWorkingDatabase(&drawing.database());
-  CCorvaneApp app(host);
+  // What the fields say on the command line goes beside the report, which may be JSON, and only
+  // when asked for: the report tells every field that failed.
+  if (options.verbose) {
+    host.setOutput(writeErr);
+  } else {
+    host.setOutput([](std::wstring_view) {});
+  }
+  LinkedFiles linked(host);
+  CCorvaneApp app(host, linked.system, &linked.excel);
   app.onInitialize();
 
   host::AcFdFieldEngine::BatchResult batch;
   host.engine().evaluateFields(&drawing.database(), {}, host::AcDbField::kDemand, &batch);
   app.onUnload();
+  host.endLine();
 
   const dxf::SaveOptions save = saveOptions("update", options.force);
   const dxf::Status saved = options.output.empty() ? drawing.save(save) : drawing.saveAs(options.output, save);
@@ -98,6 +109,9 @@ void addUpdateCommand(CLI::App& app, Action& action) {
       ->check(outputFile());
   addForceFlag(*cmd, options->force);
   cmd->add_flag("--json", options->json, "Print the report as one JSON object");
+  cmd->add_flag("-v,--verbose", options->verbose,
+                "Show on standard error what the fields say as they update "
+                "(workbooks opened, files up to date)");
   cmd->add_flag("--strict", options->strict,
                 "Exit with status 3 when a field ended in an error (the drawing is saved all the same)");
   cmd->footer(

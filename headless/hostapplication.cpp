@@ -91,12 +91,17 @@ std::optional<host::AcDbHostApplicationServices::FieldSpan> HostApplication::fin
 }
 
 void HostApplication::print(std::wstring_view text) {
+  if (!text.empty()) lineOpen_ = text.back() != L'\n';
   if (output_) {
     output_(text);
     return;
   }
   const std::string utf8 = core::toUtf8(text);
   std::fwrite(utf8.data(), 1, utf8.size(), stdout);
+}
+
+void HostApplication::endLine() {
+  if (lineOpen_) print(L"\n");
 }
 
 Acad::ErrorStatus HostApplication::evaluateField(Field& field, Database& db, int context) {

@@ -50,6 +50,9 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
                                            host::AcValue& value) const override;
   std::optional<FieldSpan> findField(std::wstring_view text, std::size_t from = 0) const override;
   void print(std::wstring_view text) override;
+  // Ends the command line's last line when something was printed on it, so that what the program
+  // writes next starts on a line of its own.
+  void endLine();
 
   bool realToString(double value, int units, int precision, std::wstring& text) const override;
   std::wstring formatValue(const host::AcValue& value, std::wstring_view format) const override;
@@ -77,6 +80,7 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   std::unique_ptr<FieldEngine> engine_;
   std::function<void(std::wstring_view)> output_;
   DrawingReader reader_;
+  bool lineOpen_ = false;
   int versionMajor_ = 23;
 };
 

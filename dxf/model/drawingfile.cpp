@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <functional>
 #include <stdexcept>
+#include <system_error>
 
 #include "core/textutil.h"
+#include "core/utf8.h"
 #include "dxf/model/extendeddata.h"
 #include "dxf/model/fieldrecord.h"
 #include "dxf/model/objectreader.h"
@@ -31,6 +33,15 @@
 namespace corvane::dxf {
 
 namespace {
+
+// The drawing's file as the database names it: the full path, as a host names an open drawing, so
+// that files named relative to the drawing are found from any folder.
+std::wstring databaseFileName(const std::filesystem::path& path) {
+  if (path.empty()) return {};
+  std::error_code error;
+  const std::filesystem::path full = std::filesystem::absolute(path, error);
+  return core::fromUtf8((error ? path : full.lexically_normal()).string());
+}
 
 using host::AcDbHandle;
 using host::AcDbObjectId;
@@ -141,7 +152,7 @@ void DrawingFile::release(RecordId id) {
 
 void DrawingFile::bind(headless::DatabaseHost& host) {
   db_ = std::make_unique<headless::Database>(host, headless::Database::Empty{});
-  db_->setFilename(path_.wstring());
+  db_->setFilename(databaseFileName(path_));
   Loading loading(*doc_, *db_);
   makeObjects(loading);
   resolvePending(loading);
@@ -736,7 +747,7 @@ Status DrawingFile::saveAs(const std::filesystem::path& path, const SaveOptions&
   if (auto updated = update(); !updated) return updated;
   if (auto saved = doc_->save(path, options); !saved) return saved;
   path_ = path;
-  db_->setFilename(path_.wstring());
+  db_->setFilename(databaseFileName(path_));
   return Status::success();
 }
 

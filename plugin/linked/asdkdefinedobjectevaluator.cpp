@@ -44,7 +44,7 @@ int AsdkDefinedObjectEvaluator::evaluateField(AcDbField* field, host::AcDbDataba
   host::AcDbHostApplicationServices& services = sources.services();
   const bool inDrawing = services.isValid(field->objectId());
 
-  const DefinedObjectReference parts = SplitDefinedObjectReference(code);
+  const DefinedObjectReference parts = SplitDefinedObjectReference(fieldArguments(code));
   const wchar_t* invalid = parts.drawing.empty()  ? L"Invalid drawing path."
                            : parts.handle.empty() ? L"Invalid object handle."
                            : parts.property.empty() ? L"Invalid property."

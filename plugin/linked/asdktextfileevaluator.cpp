@@ -93,8 +93,10 @@ int AsdkTextFileEvaluator::evaluateField(AcDbField* field, host::AcDbDatabase* /
                                          std::wstring& message) {
   host::AcValue record;
   if (field->getData(kEvaluatorTable[kRow].dataKey, record) != host::Acad::eOk) return AcDbField::kOtherError;
-  std::wstring stored;
-  if (!record.get(stored)) return AcDbField::kInvalidCode;
+  std::wstring code;
+  if (!record.get(code)) return AcDbField::kInvalidCode;
+  // The record is the code; all after the evaluator id is the path.
+  const std::wstring stored(fieldArguments(code));
   if (!sources_ || !sources_->system()) {
     message = L"No files can be read here.";
     return AcDbField::kOtherError;

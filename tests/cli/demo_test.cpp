@@ -20,6 +20,17 @@ using corvane::testing::runCorvane;
 
 fs::path example() { return fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf"; }
 
+// The files beside the example that its linked fields read.
+constexpr const char* kSources[] = {"prices.xlsx", "site-notes.txt", "site-plan.dxf"};
+
+// The example with its sources, copied into a folder of the test's own.
+fs::path copyExample(const fs::path& folder) {
+  const auto drawing = folder / "quantities.dxf";
+  fs::copy_file(example(), drawing);
+  for (const char* source : kSources) fs::copy_file(example().parent_path() / source, folder / source);
+  return drawing;
+}
+
 // The demo's listing as place -> value: a block starts with "<place> (field H)", its value
 // line is "  value: ...". Table cells are named by their cell ("D2"), texts by their kind, the
 // second and later of a kind with their number ("text 2").
@@ -54,12 +65,19 @@ TEST(Demo, TheExampleIsWhatTheProgramMakesToday) {
   // When the program's drawings change on purpose, write the example anew with
   // "corvane demo --make-example examples/quantities.dxf" and commit it.
   EXPECT_TRUE(readWhole(made) == readWhole(example())) << "examples/quantities.dxf is stale";
+  for (const char* source : {"site-notes.txt", "site-plan.dxf"}) {
+    EXPECT_TRUE(readWhole(folder / source) == readWhole(example().parent_path() / source)) << source << " is stale";
+  }
+  // A zip stores when each part was written: the workbook is compared cell by cell.
+  const auto cells = [&folder](const fs::path& workbook) {
+    return runCorvane({"cells", workbook.string(), "Prices", "--json"}, folder).out;
+  };
+  EXPECT_EQ(cells(folder / "prices.xlsx"), cells(example().parent_path() / "prices.xlsx")) << "prices.xlsx is stale";
 }
 
 TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
   const RunFolder folder;
-  const auto drawing = folder / "quantities.dxf";
-  fs::copy_file(example(), drawing);
+  const auto drawing = copyExample(folder.path());
   const std::string before = readWhole(drawing);
   const CommandRun run = runCorvane({"demo", drawing.string()}, folder);
   ASSERT_EQ(run.exitCode, 0) << run.err;
@@ -72,23 +90,33 @@ TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
     const char* place;
     const char* value;
   } const cases[] = {
-      {"D2", "1050.00"},        // 12.5 * 84
-      {"D3", "2912.00"},        // 3.2 * 910
-      {"D4", "1081.00"},        // 46 * 23.5
-      {"B5", "28.27"},          // pi * 3^2 = 28.2743..., rounded to two decimals
-      {"D5", "424.05"},         // 28.27 * 15
-      {"D6", "5467.05"},        // 1050 + 2912 + 1081 + 424.05
-      {"D7", "1366.80"},        // 5467.05 / 4 = 1366.7625, kept to six digits (1366.76), rounded to 1366.8
-      {"D8", "2912.00"},        // the largest of the four amounts
-      {"D9", "within budget"},  // 5467.05 <= 6000
+      {"D2", "1050.00"},             // 12.5 * 84
+      {"D3", "2912.00"},             // 3.2 * 910
+      {"D4", "1081.00"},             // 46 * 23.5
+      {"B5", "28.27"},               // pi * 3^2 = 28.2743..., rounded to two decimals
+      {"D5", "424.05"},              // 28.27 * 15
+      {"D6", "5467.05"},             // 1050 + 2912 + 1081 + 424.05
+      {"D7", "1366.80"},             // 5467.05 / 4 = 1366.7625, kept to six digits (1366.76), rounded to 1366.8
+      {"D8", "2912.00"},             // the largest of the four amounts
+      {"D9", "within budget"},       // 5467.05 <= 6000
       {"D10", "TOTAL 5467.05 EUR"},  // the label upper-cased, the total read as the number it is
       {"text", "Drawing units: metres"},
       {"multiline text", "Carried to the cover sheet: 5467.05 EUR"},  // cell D6 of the table
       // Rooms 6 x 4, 5 x 4 with a half circle of radius 2 added, 8 x 5 less a 2 x 2 well.
       {"text 2", "Floor area: 86.28 m2"},  // 24 + 20 + 2 pi + 36 = 86.2832
       // Walls 30 straight, and 10 + a half circle of radius 2 + 16.
-      {"text 3", "Wall length: 62.28 m"},  // 56 + 2 pi = 62.2832
+      {"text 3", "Wall length: 62.28 m"},   // 56 + 2 pi = 62.2832
       {"text 4", "Doors 900 or wider: 3"},  // 900, 900 and the variant's 1000, not the 800
+      // From the price list: 1234.5 under "#,##0.00"; the name "Supplier" cut to its first 14
+      // characters; serial 46082 (1 March 2026) under "d mmmm yyyy".
+      {"text 5", "Rebar price: 1,234.50 EUR/t"},
+      {"text 6", "Supplier: Nordbeton GmbH"},
+      {"text 7", "Prices hold from 1 March 2026"},
+      {"text 8", "Plot: Plot 14, Harbour district"},  // the title text of the site plan
+      {"multiline text 2",
+       "Site access from Nordstra\xC3\x9F"
+       "e 12; deliveries 7\xE2\x80\x93"
+       "16 h, Monday to Friday."},
   };
   const auto values = valuesByPlace(run.out);
   EXPECT_EQ(values.size(), std::size(cases)) << run.out;
@@ -99,9 +127,15 @@ TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
     EXPECT_EQ(found->second, c.value);
   }
 
-  // Each of the 15 texts and cells holds its own text field around one field of ours: 30 in all.
-  const std::string count = "Evaluated 30 of 30 fields of " + drawing.string() + " in one batch, 0 ended in an error.\n";
-  EXPECT_EQ(run.out.rfind(count, 0), 0u) << run.out;
+  // Each of the 20 texts and cells holds its own text field around one field of ours: 40 in all.
+  // The workbook is opened once and read three times; the lines that say so come first.
+  const std::string count =
+      "Evaluated 40 of 40 fields of " + drawing.string() + " in one batch, 0 ended in an error.\n";
+  const std::string workbook = (folder / "prices.xlsx").string();
+  const std::string opened = "\nOpening " + workbook + "\nUpdate " + workbook + " successfully.";
+  std::string chatter;
+  for (int i = 0; i < 3; ++i) chatter += opened;
+  EXPECT_EQ(run.out.rfind(chatter + "\n" + count, 0), 0u) << run.out;
   std::istringstream lines(run.out);
   int parts = 0;
   for (std::string line; std::getline(lines, line);) {
@@ -109,7 +143,7 @@ TEST(Demo, PrintsEveryFieldWithTheValueOfItsFormula) {
     ++parts;
     EXPECT_NE(line.find(": status 2, "), std::string::npos) << line;
   }
-  EXPECT_EQ(parts, 15);
+  EXPECT_EQ(parts, 20);
 
   const auto updated = folder / "quantities-updated.dxf";
   EXPECT_NE(run.out.find("\nSaved " + updated.string() + "\n"), std::string::npos) << run.out;
@@ -167,8 +201,7 @@ constexpr const char* kReadScript =
 TEST(Demo, TheUpdatedDrawingReadsBackWithItsNewTexts) {
   if (corvane::testing::pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
   const RunFolder folder;
-  const auto drawing = folder / "quantities.dxf";
-  fs::copy_file(example(), drawing);
+  const auto drawing = copyExample(folder.path());
   const CommandRun demo = runCorvane({"demo", drawing.string()}, folder);
   ASSERT_EQ(demo.exitCode, 0) << demo.err;
 
@@ -190,7 +223,14 @@ TEST(Demo, TheUpdatedDrawingReadsBackWithItsNewTexts) {
       "mtext Carried to the cover sheet: 5467.05 EUR\n"
       "text Floor area: 86.28 m2\n"
       "text Wall length: 62.28 m\n"
-      "text Doors 900 or wider: 3\n";
+      "text Doors 900 or wider: 3\n"
+      "text Rebar price: 1,234.50 EUR/t\n"
+      "text Supplier: Nordbeton GmbH\n"
+      "text Prices hold from 1 March 2026\n"
+      "text Plot: Plot 14, Harbour district\n"
+      "mtext Site access from Nordstra\xC3\x9F"
+      "e 12; deliveries 7\xE2\x80\x93"
+      "16 h, Monday to Friday.\n";
   const CommandRun after =
       corvane::testing::runPython(kReadScript, {(folder / "quantities-updated.dxf").string()}, folder);
   EXPECT_EQ(after.exitCode, 0) << after.err;

@@ -169,8 +169,28 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
     corvane::testing::ScratchFolder::write(file, bytes == kUnrelated ? unrelated : original);
     ::chmod(file.c_str(), mode);
   };
-  const Prepare drawing = [&](const fs::path& f) { put(f / "q.dxf", kOriginal); };
-  const Prepare readOnly = [&](const fs::path& f) { put(f / "q.dxf", kOriginal, 0444); };
+  // The files the example's linked fields read go beside a copy, written when the originals
+  // were: the fields stamp the drawing with those times.
+  const char* const sources[] = {"prices.xlsx", "site-notes.txt", "site-plan.dxf"};
+  const auto withSources = [&](const fs::path& f) {
+    for (const char* source : sources) {
+      fs::copy_file(example.parent_path() / source, f / source);
+      fs::last_write_time(f / source, fs::last_write_time(example.parent_path() / source));
+    }
+  };
+  const auto beside = [&](std::vector<std::string> tree) {
+    tree.insert(tree.end(), std::begin(sources), std::end(sources));
+    std::sort(tree.begin(), tree.end());
+    return tree;
+  };
+  const Prepare drawing = [&](const fs::path& f) {
+    put(f / "q.dxf", kOriginal);
+    withSources(f);
+  };
+  const Prepare readOnly = [&](const fs::path& f) {
+    put(f / "q.dxf", kOriginal, 0444);
+    withSources(f);
+  };
   struct Case {
     const char* what;
     Prepare prepare;
@@ -191,21 +211,21 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
        {"update", example.string(), "-o", "@/out"}, 2, "/out' is a folder", "out.bak", kUnrelated, "", kNone,
        {"out.bak", "out/"}},
       {"an empty output name is no update in place", drawing, {"update", "@/q.dxf", "-o", ""}, 2,
-       "the output file name is empty", "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
+       "the output file name is empty", "q.dxf", kOriginal, "", kNone, beside({"q.dxf"})},
       {"a read-only drawing", readOnly, {"update", "@/q.dxf"}, 1, "q.dxf' is read-only; add --force to replace it",
-       "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
+       "q.dxf", kOriginal, "", kNone, beside({"q.dxf"})},
       {"a read-only drawing, forced", readOnly, {"update", "--force", "@/q.dxf"}, 0, "", "q.dxf", kUpdated, "q.bak",
-       kOriginal, {"q.bak", "q.dxf"}},
+       kOriginal, beside({"q.bak", "q.dxf"})},
       {"a read-only output of save", [&](auto f) { put(f / "o.dxf", kUnrelated, 0444); },
        {"save", example.string(), "-o", "@/o.dxf"}, 1, "is read-only", "o.dxf", kUnrelated, "", kNone, {"o.dxf"}},
       {"run refuses a read-only drawing before its commands", readOnly,
        {"run", "--lt", "@/q.dxf", "--save", "Corvane_Test"}, 1, "is read-only; add --force", "q.dxf", kOriginal, "",
-       kNone, {"q.dxf"}},
+       kNone, beside({"q.dxf"})},
       {"run saves a read-only drawing when forced", readOnly,
        {"run", "--lt", "@/q.dxf", "--save", "--force", "Corvane_Test"}, 0, "", "q.dxf", kOriginal, "q.bak", kOriginal,
-       {"q.bak", "q.dxf"}},
+       beside({"q.bak", "q.dxf"})},
       {"run with an empty output name", drawing, {"run", "@/q.dxf", "-o", "", "Corvane_Test"}, 2,
-       "the output file name is empty", "q.dxf", kOriginal, "", kNone, {"q.dxf"}},
+       "the output file name is empty", "q.dxf", kOriginal, "", kNone, beside({"q.dxf"})},
       {"demo refuses a read-only output", [&](auto f) { put(f / "o.dxf", kUnrelated, 0444); },
        {"demo", example.string(), "-o", "@/o.dxf"}, 1, "is read-only; add --force", "o.dxf", kUnrelated, "", kNone,
        {"o.dxf"}},
@@ -220,12 +240,12 @@ TEST(DrawingCommands, SavesMeetTheFileSystemAndLoseNothing) {
        kUpdated, "", kNone, {"o.dxf"}},
       {"the left-over of a killed save is removed and named",
        [&](auto f) {
-         put(f / "q.dxf", kOriginal);
+         drawing(f);
          put(f / ".q.dxf.saving-AbC123", kUnrelated);
          put(f / ".q.dxf.saving-AbC12", kUnrelated);
        },
        {"update", "@/q.dxf"}, 0, "removed '@/.q.dxf.saving-AbC123', left by a save that did not finish", "q.dxf",
-       kUpdated, "q.bak", kOriginal, {".q.dxf.saving-AbC12", "q.bak", "q.dxf"}},
+       kUpdated, "q.bak", kOriginal, beside({".q.dxf.saving-AbC12", "q.bak", "q.dxf"})},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
@@ -306,7 +326,7 @@ TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
   const std::string before = corvane::testing::readWhole(broken);
   const auto clean = fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf";
   const std::string out = (folder / "out.dxf").string();
-  const std::string text = "Evaluated 35 of 38 fields, 3 ended in an error; saved " + out + "\n" + handles[0] +
+  const std::string text = "Evaluated 45 of 48 fields, 3 ended in an error; saved " + out + "\n" + handles[0] +
                            "\tAcObjProp\t16\tNo object reference\n" + handles[1] +
                            "\tAcObjProp\t64\tThe object does not exist\n" + handles[2] +
                            "\tNoSuchEvaluator\t4\t####\n";
@@ -314,7 +334,7 @@ TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
     return "{\"handle\": \"" + handle + "\", \"evaluator\": \"" + evaluator + "\", \"status\": " +
            std::to_string(status) + ", \"message\": \"" + message + "\", \"value\": \"####\"}";
   };
-  const std::string json = "{\"found\": 38, \"evaluated\": 35, \"failed\": 3, \"errors\": [" +
+  const std::string json = "{\"found\": 48, \"evaluated\": 45, \"failed\": 3, \"errors\": [" +
                            error(handles[0], "AcObjProp", 16, "No object reference") + ", " +
                            error(handles[1], "AcObjProp", 64, "The object does not exist") + ", " +
                            error(handles[2], "NoSuchEvaluator", 4, "") + "], \"saved\": \"" + out + "\"}\n";
@@ -328,9 +348,9 @@ TEST(DrawingCommands, UpdateReportsTheFieldsThatEndedInAnError) {
       {{"update", "--strict", broken.string(), "-o", out}, 3, text},
       {{"update", "--json", "--strict", broken.string(), "-o", out}, 3, json},
       {{"update", "--strict", clean.string(), "-o", out}, 0,
-       "Evaluated 30 of 30 fields, 0 ended in an error; saved " + out + "\n"},
+       "Evaluated 40 of 40 fields, 0 ended in an error; saved " + out + "\n"},
       {{"update", "--json", clean.string(), "-o", out}, 0,
-       "{\"found\": 30, \"evaluated\": 30, \"failed\": 0, \"errors\": [], \"saved\": \"" + out + "\"}\n"},
+       "{\"found\": 40, \"evaluated\": 40, \"failed\": 0, \"errors\": [], \"saved\": \"" + out + "\"}\n"},
   };
   for (const auto& c : cases) {
     std::string line;
