@@ -299,8 +299,7 @@ TEST(CCorvaneApp, CommandsOfTheShell) {
       {L"Corvane_Multi_Cell_Fields", L"\nCorvane_Multi_Cell_Fields is not available in this build.", L""},
       {L"Corvane_Insert_Fields_To_Drawings", L"\nCorvane_Insert_Fields_To_Drawings is not available in this build.",
        L""},
-      {L"Corvane_Define_Object", L"\nCorvane_Define_Object is not available in this build.", L""},
-      {L"Corvane_List_DefObj_InSession", L"\nCorvane_List_DefObj_InSession is not available in this build.", L""},
+      {L"Corvane_List_DefObj_InSession", L"", L""},  // nothing read in this session yet
       {L"Corvane_Workbooks_Manager", L"\nCorvane_Workbooks_Manager is not available in this build.", L""},
       {L"Corvane_AutoFill_Formulas", L"\nCorvane_AutoFill_Formulas is not available in this build.", L""},
       {L"Corvane_Update_Fields_In_Excel", L"\nCorvane_Update_Fields_In_Excel is not available in this build.", L""},

@@ -86,7 +86,7 @@ TEST(ShellSession, LoadingThePluginLoadsItsMenu) {
 }
 
 TEST(ShellSession, AScriptedSessionWithTheShellsCommands) {
-  Rig rig(L"Corvane_Test\n_CORVANE_ABOUT\n[OK]\ncorvane_help\nCorvane_LoadMenu\nCorvane_Define_Object\n"
+  Rig rig(L"Corvane_Test\n_CORVANE_ABOUT\n[OK]\ncorvane_help\nCorvane_LoadMenu\nCorvane_Workbooks_Manager\n"
           L"Corvane_About\nNot_A_Command\n",
           L"acad", {"Corvane.cuix", "Corvane.chm"});
   CCorvaneApp app(rig.host, rig.session);
@@ -101,8 +101,8 @@ TEST(ShellSession, AScriptedSessionWithTheShellsCommands) {
                          L"\nCommand: corvane_help\nCommand: Corvane_LoadMenu\nCommand: _.menuload\n"
                          L"Enter name of customization file to load: " + rig.install(L"Corvane.cuix") +
                          L"\nThe customization group \"Corvane\" is already loaded."
-                         L"\nCommand: Corvane_Define_Object"
-                         L"\nCorvane_Define_Object is not available in this build."
+                         L"\nCommand: Corvane_Workbooks_Manager"
+                         L"\nCorvane_Workbooks_Manager is not available in this build."
                          L"\nCommand: Corvane_About\n" + about +
                          L" (default)\nCommand: Not_A_Command\nUnknown command \"NOT_A_COMMAND\".");
   // The menu stands on the bar once, however often it is loaded.
