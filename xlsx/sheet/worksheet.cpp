@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 
+#include <pugixml.hpp>
+
 #include "xlsx/sheet/xmltext.h"
 
 namespace corvane::xlsx {
@@ -106,8 +108,9 @@ void appendStartTag(std::string& out, std::string_view name, const char* const* 
 
 }  // namespace
 
-// Builds the sheet from the part's events. Only <sheetData> is taken apart; of the rest it
-// notes where the pieces serialize() may replace are.
+// Builds the sheet from the part's events, and from the batches of rows the DOM parser reads
+// where it can (readTree). Only <sheetData> is taken apart; of the rest it notes where the
+// pieces serialize() may replace are.
 class WorksheetReader : public XmlStream {
  public:
   explicit WorksheetReader(Worksheet& sheet) : sheet_(sheet) {}
@@ -218,7 +221,73 @@ class WorksheetReader : public XmlStream {
     rowChildren_.clear();
   }
 
+  // Rows of plain cells are read here, straight from the tree: values, formulas and inline
+  // strings of plain text runs. A row or cell holding anything else (extensions, rich text,
+  // child elements the events keep as they are) leaves the batch to the events.
+  TreeRead readTree(const pugi::xml_node& first, bool nonAscii) override {
+    for (pugi::xml_node row = first; row; row = row.next_sibling()) {
+      const pugi::xml_node_type type = row.type();
+      if (type == pugi::node_pcdata) continue;  // white space between rows
+      if (!isElement(row, "row", nonAscii)) return TreeRead::kEvents;
+      rowStart(treeAttributes_.data());
+      if (failed()) return TreeRead::kRead;
+      for (pugi::xml_node c = row.first_child(); c; c = c.next_sibling()) {
+        if (c.type() == pugi::node_pcdata) continue;
+        if (!isElement(c, "c", nonAscii)) return TreeRead::kEvents;
+        cellStart(treeAttributes_.data());
+        if (failed()) return TreeRead::kRead;
+        if (!readCellChildren(c, nonAscii)) return TreeRead::kEvents;
+        cellEnd(treeValue_, treeFormula_, inlineText_);
+        if (failed()) return TreeRead::kRead;
+      }
+    }
+    return TreeRead::kRead;
+  }
+
  private:
+  // An element named `local` whose name and attributes the events would give alike; its
+  // attributes are then in treeAttributes_.
+  bool isElement(const pugi::xml_node& node, std::string_view local, bool nonAscii) {
+    if (node.type() != pugi::node_element) return false;
+    const std::string_view name = node.name();
+    if (localName(name) != local) return false;
+    // The events take a batch whose names are not ASCII back to the XML parser.
+    if (nonAscii && std::any_of(name.begin(), name.end(), [](char ch) { return static_cast<unsigned char>(ch) >= 0x80; })) {
+      return false;
+    }
+    return attributesOf(node, nonAscii, treeAttributes_);
+  }
+
+  // The <v>, <f> and <is> of a cell into treeValue_, treeFormula_ and inlineText_; false for a
+  // child the tree reader leaves to the events.
+  bool readCellChildren(const pugi::xml_node& c, bool nonAscii) {
+    treeValue_ = treeFormula_ = {};
+    for (pugi::xml_node child = c.first_child(); child; child = child.next_sibling()) {
+      if (child.type() == pugi::node_pcdata) continue;  // text beside the cell's elements is not kept
+      if (isElement(child, "v", nonAscii) && !child.first_child()) {
+        hasValue_ = true;
+        treeValue_ = child.value();
+      } else if (isElement(child, "f", nonAscii) && !child.first_child()) {
+        hasFormula_ = true;
+        formulaAttributes_.clear();
+        for (auto a = treeAttributes_.data(); *a; a += 2) appendAttribute(formulaAttributes_, a[0], a[1]);
+        treeFormula_ = child.value();
+      } else if (isElement(child, "is", nonAscii)) {
+        hasInline_ = true;
+        richInline_ = false;
+        inlineText_.clear();
+        for (pugi::xml_node run = child.first_child(); run; run = run.next_sibling()) {
+          if (run.type() == pugi::node_pcdata) continue;
+          if (!isElement(run, "t", nonAscii) || run.first_child()) return false;
+          inlineText_ += run.value();
+        }
+      } else {
+        return false;
+      }
+    }
+    return true;
+  }
+
   void topLevelStart(std::string_view name, std::string_view local) {
     auto& layout = sheet_.layout_;
     const std::uint64_t begin = eventOffset();
@@ -294,7 +363,7 @@ class WorksheetReader : public XmlStream {
     if (depth_ == 5) {
       collect_ = nullptr;
     } else if (depth_ == 4 && local == "c") {
-      cellEnd();
+      cellEnd(value_, formula_, inlineText_);
     } else if (depth_ == 3) {
       if (!rowChildren_.empty()) {
         currentRow().children = sheet_.pool(rowChildren_);
@@ -388,29 +457,30 @@ class WorksheetReader : public XmlStream {
     return CellKind::kBlank;
   }
 
-  void cellEnd() {
+  // The cell whose start tag cellStart() read, given the texts of its <v>, <f> and <is>.
+  void cellEnd(std::string_view value, std::string_view formula, std::string_view inlineText) {
     auto& cell = cell_;
     const auto where = [&] { return cellRefText({cell.row, cell.column}); };
     const CellKind kind = kindOfType_;
     // Some writers leave an empty <v/> after a formula never calculated: no value, except
     // for a text result, which may be empty.
-    if (hasValue_ && kind != CellKind::kFormulaString && trimmedXml(value_).empty()) hasValue_ = false;
+    if (hasValue_ && kind != CellKind::kFormulaString && trimmedXml(value).empty()) hasValue_ = false;
     switch (kind) {
       case CellKind::kNumber:
         if (hasValue_) {
-          const auto number = parseNumber(value_);
-          if (!number) return fail("cell " + where() + ": \"" + value_ + "\" is not a number");
+          const auto number = parseNumber(value);
+          if (!number) return fail("cell " + where() + ": \"" + std::string(value) + "\" is not a number");
           cell.kind = CellKind::kNumber;
           cell.payload = std::bit_cast<std::uint64_t>(*number);
         }
         break;
       case CellKind::kSharedString:
         if (hasValue_) {
-          const std::string_view text = trimmedXml(value_);
+          const std::string_view text = trimmedXml(value);
           std::uint32_t index = 0;
           const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), index);
           if (ec != std::errc() || end != text.data() + text.size()) {
-            return fail("cell " + where() + ": \"" + value_ + "\" is not a shared string index");
+            return fail("cell " + where() + ": \"" + std::string(value) + "\" is not a shared string index");
           }
           cell.kind = CellKind::kSharedString;
           cell.payload = index;
@@ -418,9 +488,9 @@ class WorksheetReader : public XmlStream {
         break;
       case CellKind::kBoolean:
         if (hasValue_) {
-          const std::string_view text = trimmedXml(value_);
+          const std::string_view text = trimmedXml(value);
           if (text != "0" && text != "1" && text != "true" && text != "false") {
-            return fail("cell " + where() + ": \"" + value_ + "\" is not a boolean");
+            return fail("cell " + where() + ": \"" + std::string(value) + "\" is not a boolean");
           }
           cell.kind = CellKind::kBoolean;
           cell.payload = text == "1" || text == "true";
@@ -433,9 +503,9 @@ class WorksheetReader : public XmlStream {
           cell.kind = kind;
           decoded_.clear();
           if (cell.kind == CellKind::kFormulaString) {
-            appendDecodedXstring(decoded_, value_);
+            appendDecodedXstring(decoded_, value);
           } else {
-            decoded_.append(trimmedXml(value_));
+            decoded_.append(trimmedXml(value));
           }
           const auto span = sheet_.pool(decoded_);
           cell.payload = packSpan(span.offset, span.length);
@@ -445,7 +515,7 @@ class WorksheetReader : public XmlStream {
         if (hasInline_) {
           cell.kind = CellKind::kInlineString;
           decoded_.clear();
-          appendDecodedXstring(decoded_, inlineText_);
+          appendDecodedXstring(decoded_, inlineText);
           const auto span = sheet_.pool(decoded_);
           cell.payload = packSpan(span.offset, span.length);
         }
@@ -460,7 +530,7 @@ class WorksheetReader : public XmlStream {
       extra.attributes = sheet_.pool(attributes_);
       if (hasFormula_) {
         extra.formulaAttributes = sheet_.pool(formulaAttributes_);
-        extra.formula = sheet_.pool(formula_);
+        extra.formula = sheet_.pool(formula);
       }
       extra.children = sheet_.pool(children_);
       if (keepInline) extra.inlineXml = sheet_.pool(inlineXml_);
@@ -502,6 +572,8 @@ class WorksheetReader : public XmlStream {
   bool hasValue_ = false, hasFormula_ = false, hasInline_ = false, richInline_ = false, inInline_ = false;
   std::string value_, formula_, formulaAttributes_, attributes_, children_, rowChildren_;
   std::string inlineText_, inlineXml_, decoded_;
+  std::vector<const char*> treeAttributes_;
+  std::string_view treeValue_, treeFormula_;
   std::string* collect_ = nullptr;
   std::string* captureTo_ = nullptr;
   std::string rootName_;

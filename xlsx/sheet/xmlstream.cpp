@@ -324,24 +324,17 @@ bool XmlStream::readBatch(std::string_view batch) {
     return false;
   };
   pugi::xml_node node = b.document.first_child();
+  const TreeRead read = readTree(node, nonAscii);
+  if (!message_.empty()) return takeBack();
+  if (read == TreeRead::kRead) return true;
+  restoreState();
   while (node) {
     const pugi::xml_node_type type = node.type();
     if (type == pugi::node_pcdata) {
       text(node.value());
     } else if (type == pugi::node_element) {
       if (nonAscii && !asciiName(node.name())) return takeBack();
-      b.attributes.clear();
-      for (pugi::xml_attribute a = node.first_attribute(); a; a = a.next_attribute()) {
-        // The XML parser refuses '<' in a value and a name given twice; the DOM parser does not.
-        const char* value = a.value();
-        if (hasOpenBracket(value) || (nonAscii && !asciiName(a.name()))) return takeBack();
-        for (std::size_t i = 0; i < b.attributes.size(); i += 2) {
-          if (std::strcmp(b.attributes[i], a.name()) == 0) return takeBack();
-        }
-        b.attributes.push_back(a.name());
-        b.attributes.push_back(value);
-      }
-      b.attributes.push_back(nullptr);
+      if (!attributesOf(node, nonAscii, b.attributes)) return takeBack();
       const std::string_view name = node.name();
       startElement(name, b.attributes.data());
       const char* value = node.value();
@@ -366,6 +359,25 @@ bool XmlStream::readBatch(std::string_view batch) {
     }
     node = next;
   }
+  return true;
+}
+
+XmlStream::TreeRead XmlStream::readTree(const pugi::xml_node&, bool) { return TreeRead::kEvents; }
+
+bool XmlStream::attributesOf(const pugi::xml_node& element, bool nonAscii, std::vector<const char*>& out) {
+  out.clear();
+  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
+    // The XML parser refuses '<' in a value and a name given twice; the DOM parser does not.
+    const char* name = a.name();
+    const char* value = a.value();
+    if (hasOpenBracket(value) || (nonAscii && !asciiName(name))) return false;
+    for (std::size_t i = 0; i < out.size(); i += 2) {
+      if (std::strcmp(out[i], name) == 0) return false;
+    }
+    out.push_back(name);
+    out.push_back(value);
+  }
+  out.push_back(nullptr);
   return true;
 }
 

@@ -9,6 +9,10 @@
 #include <string_view>
 #include <vector>
 
+namespace pugi {
+class xml_node;
+}
+
 namespace corvane::xlsx {
 
 // Calls its sink with consecutive chunks of a part, stopping early when the sink returns
@@ -56,6 +60,17 @@ class XmlStream {
   // Before each batch, and to take back the events of a batch handed to the XML parser.
   virtual void saveState() {}
   virtual void restoreState() {}
+
+  // A handler may read a batch straight from the DOM parser's tree, from `first`, its first
+  // node, on through its siblings, instead of through events. kEvents leaves the batch to the
+  // events (what was read of it is taken back first); a failure (fail()) sends the batch to
+  // the XML parser as a failing event would. `nonAscii`: the batch has bytes above 0x7F.
+  enum class TreeRead { kRead, kEvents };
+  virtual TreeRead readTree(const pugi::xml_node& first, bool nonAscii);
+  // The element's attributes as the XML parser would give them, name/value pairs ending in
+  // nullptr; false when the XML parser would read them otherwise (a '<' in a value, a name
+  // given twice, a name that is not ASCII when `nonAscii`), and the batch must go to it.
+  static bool attributesOf(const pugi::xml_node& element, bool nonAscii, std::vector<const char*>& out);
 
  private:
   struct Batches;
