@@ -597,8 +597,13 @@ std::optional<Worksheet> Worksheet::parse(const ChunkSource& source, std::string
     error = "worksheet: " + error;
     return std::nullopt;
   }
-  sheet.cells_.shrink_to_fit();
-  sheet.pool_.shrink_to_fit();
+  // A copy to give back what growth left over costs a moment and, while it is made, the
+  // memory of both; worth it only where much is left over.
+  const auto trim = [](auto& container) {
+    if (container.capacity() - container.size() > container.size() / 8) container.shrink_to_fit();
+  };
+  trim(sheet.cells_);
+  trim(sheet.pool_);
   return sheet;
 }
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <optional>
 #include <cstring>
 #include <functional>
 
@@ -114,8 +113,6 @@ struct XmlStream::Batches {
   State state = State::kAsked;
   std::vector<std::string> open;
   std::string unitEnd, contentEnd;  // "</row", "</sheetData"
-  // Skips ahead by the tag's length where a plain find stops at every '<'.
-  std::optional<std::boyer_moore_horspool_searcher<std::string::const_iterator>> findContentEnd;
   std::uint64_t at = 0;             // where in the part `pending` starts
   std::uint64_t line = 1, column = 0;
   std::string pending, work;
@@ -242,7 +239,6 @@ void XmlStream::readContentInBatches(std::vector<std::string> open, std::string 
   Batches& b = *batches_;
   b.unitEnd = "</" + unit;
   b.contentEnd = "</" + open.back();
-  b.findContentEnd.emplace(b.contentEnd.begin(), b.contentEnd.end());
   b.open = std::move(open);
   b.at = eventOffset() + eventLength();
   // The start tag seldom spans lines; where it does, error places after it are off.
@@ -275,12 +271,14 @@ bool XmlStream::takeBatches(bool last) {
   while (true) {
     const std::string_view pending = b.pending;
     std::size_t end = std::string_view::npos;
-    for (auto from = pending.begin() + static_cast<std::ptrdiff_t>(b.searched); from != pending.end(); ++from) {
-      from = std::search(from, pending.end(), *b.findContentEnd);
-      if (from == pending.end()) break;
-      const auto at = static_cast<std::size_t>(from - pending.begin());
-      if (endTagEnd(pending, at, b.contentEnd.size()) != std::string_view::npos) {
-        end = at;
+    // memmem skips ahead by more than a byte where a plain find stops at every '<'.
+    for (std::size_t from = b.searched; from < pending.size(); ++from) {
+      const void* found =
+          memmem(pending.data() + from, pending.size() - from, b.contentEnd.data(), b.contentEnd.size());
+      if (!found) break;
+      from = static_cast<std::size_t>(static_cast<const char*>(found) - pending.data());
+      if (endTagEnd(pending, from, b.contentEnd.size()) != std::string_view::npos) {
+        end = from;
         break;
       }
     }
