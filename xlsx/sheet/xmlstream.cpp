@@ -313,18 +313,23 @@ bool XmlStream::readBatch(std::string_view batch) {
   Batches& b = *batches_;
   bool nonAscii = false;
   if (!plainBytes(batch, nonAscii)) return false;
-  b.work.assign(batch);
-  if (!b.document.load_buffer_inplace(b.work.data(), b.work.size(), kBatchOptions, pugi::encoding_utf8)) return false;
   saveState();
   const auto takeBack = [&] {
     restoreState();
     message_.clear();
     return false;
   };
-  pugi::xml_node node = b.document.first_child();
-  const TreeRead read = readTree(node, nonAscii);
+  b.work.assign(batch);
+  BatchRead read = readBytes(b.work.data(), b.work.size());
   if (!message_.empty()) return takeBack();
-  if (read == TreeRead::kRead) return true;
+  if (read == BatchRead::kRead) return true;
+  restoreState();
+  b.work.assign(batch);  // as it came: the handler may have changed it
+  if (!b.document.load_buffer_inplace(b.work.data(), b.work.size(), kBatchOptions, pugi::encoding_utf8)) return false;
+  pugi::xml_node node = b.document.first_child();
+  read = readTree(node, nonAscii);
+  if (!message_.empty()) return takeBack();
+  if (read == BatchRead::kRead) return true;
   restoreState();
   while (node) {
     const pugi::xml_node_type type = node.type();
@@ -360,7 +365,8 @@ bool XmlStream::readBatch(std::string_view batch) {
   return true;
 }
 
-XmlStream::TreeRead XmlStream::readTree(const pugi::xml_node&, bool) { return TreeRead::kEvents; }
+XmlStream::BatchRead XmlStream::readBytes(char*, std::size_t) { return BatchRead::kOn; }
+XmlStream::BatchRead XmlStream::readTree(const pugi::xml_node&, bool) { return BatchRead::kOn; }
 
 bool XmlStream::attributesOf(const pugi::xml_node& element, bool nonAscii, std::vector<const char*>& out) {
   out.clear();

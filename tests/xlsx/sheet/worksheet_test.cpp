@@ -366,10 +366,11 @@ std::string described(Worksheet& sheet, const std::string& xml, const SharedStri
   return text + written.substr(begin, end - begin);
 }
 
-// Rows of a small sheet are read straight from the DOM parser's tree where they can be. The
-// same rows read through events (a row further on that the tree reader leaves to them) and by
-// the streaming parser (a comment ahead of them) must give the same cells, rows and errors.
-TEST(Worksheet, RowsReadFromTheTreeMatchTheEventsAndTheStreamingParser) {
+// The rows of a small sheet make one batch, read from its bytes where they can be and else from
+// the DOM parser's tree. The same rows read through events (a row further on that neither of
+// those takes) and by the streaming parser (a comment ahead of them) must give the same cells,
+// rows and errors.
+TEST(Worksheet, RowsReadFromBytesOrTreeMatchTheEventsAndTheStreamingParser) {
   const char* const cases[] = {
       "<row r=\"1\"><c r=\"A1\"><v>1</v></c><c r=\"B1\" t=\"b\"><v>true</v></c><c t=\"s\"><v> 1 </v></c></row>",
       "<row r=\"1\" spans=\"1:3\" ht=\"20\" customHeight=\"1\" x14ac:dyDescent=\"0.25\">"
@@ -384,7 +385,12 @@ TEST(Worksheet, RowsReadFromTheTreeMatchTheEventsAndTheStreamingParser) {
       "<row r=\"1\"><c r=\"A1\"><v>1</v><v>2</v></c>text<c r=\"B1\">between<v>3</v> after</c></row>",
       "<x:row r=\"1\"><x:c r=\"A1\"><x:v>5</x:v></x:c></x:row>",
       "<row r=\"3\"><c r=\"B3\"><v>1</v></c><c r=\"A3\"><v>2</v></c></row><row r=\"1\"><c r=\"A1\"><v>3</v></c></row>",
-      // Left to the events by the tree reader.
+      "<row r='1' a = \"&gt;&apos;\" b='&quot;\"'><c r=\"A1\" /><c r=\"B1\"\n s=\"1\"\t><v >2</v ></c></row >"
+      "<row r=\"2\"/><row r=\"3\"><c r=\"A3\" t=\"inlineStr\"><is/></c></row>",
+      // Left to the tree by the bytes reader.
+      "<row r=\"1\" x=\"a\tb\r\nc\"><c r=\"A1\" t=\"str\"><v>1\r\n2\r3</v></c></row>",
+      "<y:row r=\"1\"><c r=\"A1\"><y:v>1</y:v></c></y:row>",
+      // Left to the events by both.
       "<row r=\"1\"><c r=\"A1\" t=\"inlineStr\"><is><r><t>a</t></r><r><rPr><b/></rPr><t>b</t></r></is></c></row>",
       "<row r=\"1\"><c r=\"A1\"><v>1</v><extLst><ext uri=\"u\"/></extLst></c></row>",
       "<row r=\"1\"><c r=\"A1\"><f>a<g/>b</f><v>1</v></c></row>",
