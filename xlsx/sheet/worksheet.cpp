@@ -271,15 +271,19 @@ class WorksheetReader : public XmlStream {
   void skipBlanks() {
     while (at_ < end_ && isBlank(*at_)) ++at_;
   }
-  // The prefix of <sheetData> and `local`, at the cursor.
+  // The prefix of <sheetData> and `local`, at the cursor. Names are a few bytes: a loop beats
+  // a call.
   bool name(std::string_view local) {
     const std::string& prefix = sheet_.layout_.prefix;
-    const std::size_t length = prefix.size() + local.size();
-    if (static_cast<std::size_t>(end_ - at_) < length || std::string_view(at_, prefix.size()) != prefix ||
-        std::string_view(at_ + prefix.size(), local.size()) != local) {
-      return false;
+    if (static_cast<std::size_t>(end_ - at_) < prefix.size() + local.size()) return false;
+    const char* p = at_;
+    for (const char c : prefix) {
+      if (*p++ != c) return false;
     }
-    at_ += length;
+    for (const char c : local) {
+      if (*p++ != c) return false;
+    }
+    at_ = const_cast<char*>(p);
     return true;
   }
   // One of the five named references at `from` (just after its '&'): its character, and
@@ -355,7 +359,7 @@ class WorksheetReader : public XmlStream {
       *nameEnd = '\0';
       *out = '\0';
       for (std::size_t i = 0; i < treeAttributes_.size(); i += 2) {
-        if (std::strcmp(treeAttributes_[i], attribute) == 0) return false;  // given twice
+        if (*treeAttributes_[i] == *attribute && std::strcmp(treeAttributes_[i], attribute) == 0) return false;  // twice
       }
       treeAttributes_.push_back(attribute);
       treeAttributes_.push_back(value);
