@@ -1,5 +1,6 @@
 #include "xlsx/book.h"
 
+#include <algorithm>
 #include <ctime>
 
 #include "core/textutil.h"
@@ -210,9 +211,12 @@ Comments* Book::notes(std::size_t index, std::string& error) {
 }
 
 const NumberFormat& Book::formatOf(std::uint32_t style) const {
-  auto found = formats_.find(style);
-  if (found == formats_.end()) found = formats_.emplace(style, NumberFormat::parse(styles_.formatCode(style))).first;
-  return found->second;
+  // One slot a style, and a last one that every style past the list shares.
+  const std::size_t count = styles_.styleCount();
+  if (formats_.size() != count + 1) formats_.assign(count + 1, std::nullopt);
+  std::optional<NumberFormat>& format = formats_[std::min<std::size_t>(style, count)];
+  if (!format) format = NumberFormat::parse(styles_.formatCode(style));
+  return *format;
 }
 
 std::string Book::displayText(const Worksheet& sheet, const CellView& cell) const {

@@ -9,7 +9,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "xlsx/package/contenttypes.h"
@@ -96,7 +95,7 @@ class Book {
   SharedStrings strings_;
   Styles styles_;
   std::vector<SheetState> sheets_;
-  mutable std::unordered_map<std::uint32_t, NumberFormat> formats_;
+  mutable std::vector<std::optional<NumberFormat>> formats_;  // by style, read when first used
   bool dirty_ = false;
 };
 

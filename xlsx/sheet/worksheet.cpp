@@ -4,7 +4,10 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
+
+#include <pugixml.hpp>
 
 #include "xlsx/sheet/xmltext.h"
 
@@ -106,8 +109,9 @@ void appendStartTag(std::string& out, std::string_view name, const char* const* 
 
 }  // namespace
 
-// Builds the sheet from the part's events. Only <sheetData> is taken apart; of the rest it
-// notes where the pieces serialize() may replace are.
+// Builds the sheet from the part's events, and from batches of rows read straight from their
+// bytes or the DOM parser's tree where it can (readBytes, readTree). Only <sheetData> is taken
+// apart; of the rest it notes where the pieces serialize() may replace are.
 class WorksheetReader : public XmlStream {
  public:
   explicit WorksheetReader(Worksheet& sheet) : sheet_(sheet) {}
@@ -218,7 +222,286 @@ class WorksheetReader : public XmlStream {
     rowChildren_.clear();
   }
 
+  // Rows of plain cells are read here straight from the bytes: values, formulas and inline
+  // strings of plain text runs, named with the prefix of <sheetData>. Anything else (other
+  // elements, comments, line ends that are not plain line feeds) leaves the batch to the tree.
+  // Texts are decoded in place and names and attribute values ended with a NUL there.
+  BatchRead readBytes(char* bytes, std::size_t size) override {
+    at_ = bytes;
+    end_ = bytes + size;
+    while (true) {
+      skipText();  // between rows: not kept
+      if (at_ == end_) return BatchRead::kRead;
+      if (!scanRow()) return BatchRead::kOn;
+      if (failed()) return BatchRead::kRead;
+    }
+  }
+
+  // Rows of plain cells are read here, straight from the tree: values, formulas and inline
+  // strings of plain text runs. A row or cell holding anything else (extensions, rich text,
+  // child elements the events keep as they are) leaves the batch to the events.
+  BatchRead readTree(const pugi::xml_node& first, bool nonAscii) override {
+    for (pugi::xml_node row = first; row; row = row.next_sibling()) {
+      const pugi::xml_node_type type = row.type();
+      if (type == pugi::node_pcdata) continue;  // white space between rows
+      if (!isElement(row, "row", nonAscii)) return BatchRead::kOn;
+      rowStart(treeAttributes_.data());
+      if (failed()) return BatchRead::kRead;
+      for (pugi::xml_node c = row.first_child(); c; c = c.next_sibling()) {
+        if (c.type() == pugi::node_pcdata) continue;
+        if (!isElement(c, "c", nonAscii)) return BatchRead::kOn;
+        cellStart(treeAttributes_.data());
+        if (failed()) return BatchRead::kRead;
+        if (!readCellChildren(c, nonAscii)) return BatchRead::kOn;
+        cellEnd(treeValue_, treeFormula_, inlineText_);
+        if (failed()) return BatchRead::kRead;
+      }
+    }
+    return BatchRead::kRead;
+  }
+
  private:
+  // ---- Reading rows from the bytes: each step false where the bytes are not what it reads.
+
+  void skipText() {
+    const void* open = std::memchr(at_, '<', static_cast<std::size_t>(end_ - at_));
+    at_ = open ? static_cast<char*>(const_cast<void*>(open)) : end_;
+  }
+  static bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+  void skipBlanks() {
+    while (at_ < end_ && isBlank(*at_)) ++at_;
+  }
+  // The prefix of <sheetData> and `local`, at the cursor. Names are a few bytes: a loop beats
+  // a call.
+  bool name(std::string_view local) {
+    const std::string& prefix = sheet_.layout_.prefix;
+    if (static_cast<std::size_t>(end_ - at_) < prefix.size() + local.size()) return false;
+    const char* p = at_;
+    for (const char c : prefix) {
+      if (*p++ != c) return false;
+    }
+    for (const char c : local) {
+      if (*p++ != c) return false;
+    }
+    at_ = const_cast<char*>(p);
+    return true;
+  }
+  // One of the five named references at `from` (just after its '&'): its character, and
+  // `from` moved past its ';'. The batch's checks let no other through.
+  static char reference(char*& from) {
+    static constexpr struct {
+      std::string_view name;
+      char c;
+    } kNamed[] = {{"amp;", '&'}, {"lt;", '<'}, {"gt;", '>'}, {"quot;", '"'}, {"apos;", '\''}};
+    for (const auto& [text, c] : kNamed) {
+      if (std::string_view(from, text.size()) == text) {
+        from += text.size();
+        return c;
+      }
+    }
+    return 0;
+  }
+  // Whether the tag at the cursor ('<' there) starts an element named prefix + `local`.
+  bool isTag(std::string_view local) {
+    char* const tag = at_;
+    ++at_;
+    const bool named = name(local) && at_ < end_ && (isBlank(*at_) || *at_ == '>' || *at_ == '/');
+    at_ = tag;
+    return named;
+  }
+  // The start tag of an element named prefix + `local` at the cursor, its attributes into
+  // treeAttributes_; `empty` for <a/>.
+  bool startTag(std::string_view local, bool& empty) {
+    if (!isTag(local)) return false;
+    at_ += 1 + sheet_.layout_.prefix.size() + local.size();
+    treeAttributes_.clear();
+    while (true) {
+      const bool blank = at_ < end_ && isBlank(*at_);
+      skipBlanks();
+      if (at_ == end_) return false;
+      if (*at_ == '>' || *at_ == '/') {
+        empty = *at_ == '/';
+        if (empty && (++at_ == end_ || *at_ != '>')) return false;
+        ++at_;
+        treeAttributes_.push_back(nullptr);
+        return true;
+      }
+      if (!blank) return false;  // attributes are set apart by white space
+      char* const attribute = at_;
+      const auto nameStart = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; };
+      const auto nameChar = [&](char c) { return nameStart(c) || (c >= '0' && c <= '9') || c == '.' || c == '-' || c == ':'; };
+      if (!nameStart(*at_)) return false;
+      while (at_ < end_ && nameChar(*at_)) ++at_;
+      char* const nameEnd = at_;
+      skipBlanks();
+      if (at_ == end_ || *at_ != '=') return false;
+      ++at_;
+      skipBlanks();
+      if (at_ == end_ || (*at_ != '"' && *at_ != '\'')) return false;
+      const char quote = *at_++;
+      char* const value = at_;
+      char* out = at_;
+      while (true) {
+        if (at_ == end_) return false;
+        const char c = *at_;
+        if (c == quote) break;
+        // The XML parser refuses '<' and turns white space other than blanks into blanks.
+        if (c == '<' || c == '\t' || c == '\n' || c == '\r') return false;
+        if (c == '&') {
+          ++at_;
+          if (!(*out++ = reference(at_))) return false;
+        } else {
+          *out++ = c;
+          ++at_;
+        }
+      }
+      ++at_;
+      *nameEnd = '\0';
+      *out = '\0';
+      for (std::size_t i = 0; i < treeAttributes_.size(); i += 2) {
+        if (*treeAttributes_[i] == *attribute && std::strcmp(treeAttributes_[i], attribute) == 0) return false;  // twice
+      }
+      treeAttributes_.push_back(attribute);
+      treeAttributes_.push_back(value);
+    }
+  }
+  // The end tag of prefix + `local` at the cursor.
+  bool endTag(std::string_view local) {
+    char* const tag = at_;
+    if (end_ - at_ < 2 || at_[1] != '/') return false;
+    at_ += 2;
+    if (!name(local)) {
+      at_ = tag;
+      return false;
+    }
+    skipBlanks();
+    if (at_ == end_ || *at_ != '>') {
+      at_ = tag;
+      return false;
+    }
+    ++at_;
+    return true;
+  }
+  // The text of an element whose start tag was read, decoded, and its end tag.
+  bool elementText(std::string_view local, bool empty, std::string_view& text) {
+    if (empty) {
+      text = {};
+      return true;
+    }
+    char* const begin = at_;
+    char* out = at_;
+    while (at_ < end_ && *at_ != '<') {
+      const char c = *at_;
+      if (c == '\r') return false;  // line ends the parsers normalise
+      if (c == '&') {
+        ++at_;
+        if (!(*out++ = reference(at_))) return false;
+      } else {
+        *out++ = c;
+        ++at_;
+      }
+    }
+    text = std::string_view(begin, static_cast<std::size_t>(out - begin));
+    return at_ < end_ && endTag(local);
+  }
+
+  bool scanRow() {
+    bool empty = false;
+    if (!startTag("row", empty)) return false;
+    rowStart(treeAttributes_.data());
+    if (failed() || empty) return true;
+    while (true) {
+      skipText();  // between cells: not kept
+      if (at_ == end_) return false;
+      if (endTag("row")) return true;
+      if (!startTag("c", empty)) return false;
+      cellStart(treeAttributes_.data());
+      if (failed()) return true;
+      treeValue_ = treeFormula_ = {};
+      if (!empty && !scanCellChildren()) return false;
+      cellEnd(treeValue_, treeFormula_, inlineText_);
+      if (failed()) return true;
+    }
+  }
+
+  bool scanCellChildren() {
+    while (true) {
+      skipText();  // beside the cell's elements: not kept
+      if (at_ == end_) return false;
+      if (endTag("c")) return true;
+      bool empty = false;
+      if (isTag("v")) {
+        hasValue_ = true;
+        if (!startTag("v", empty) || !elementText("v", empty, treeValue_)) return false;
+      } else if (isTag("f")) {
+        if (!startTag("f", empty)) return false;
+        hasFormula_ = true;
+        formulaAttributes_.clear();
+        for (auto a = treeAttributes_.data(); *a; a += 2) appendAttribute(formulaAttributes_, a[0], a[1]);
+        if (!elementText("f", empty, treeFormula_)) return false;
+      } else if (isTag("is")) {
+        if (!startTag("is", empty)) return false;
+        hasInline_ = true;
+        richInline_ = false;
+        inlineText_.clear();
+        while (!empty) {
+          skipText();
+          if (at_ == end_) return false;
+          if (endTag("is")) break;
+          bool emptyRun = false;
+          std::string_view run;
+          if (!startTag("t", emptyRun) || !elementText("t", emptyRun, run)) return false;
+          inlineText_ += run;
+        }
+      } else {
+        return false;
+      }
+    }
+  }
+
+  // An element named `local` whose name and attributes the events would give alike; its
+  // attributes are then in treeAttributes_.
+  bool isElement(const pugi::xml_node& node, std::string_view local, bool nonAscii) {
+    if (node.type() != pugi::node_element) return false;
+    const std::string_view name = node.name();
+    if (localName(name) != local) return false;
+    // The events take a batch whose names are not ASCII back to the XML parser.
+    if (nonAscii && std::any_of(name.begin(), name.end(), [](char ch) { return static_cast<unsigned char>(ch) >= 0x80; })) {
+      return false;
+    }
+    return attributesOf(node, nonAscii, treeAttributes_);
+  }
+
+  // The <v>, <f> and <is> of a cell into treeValue_, treeFormula_ and inlineText_; false for a
+  // child the tree reader leaves to the events.
+  bool readCellChildren(const pugi::xml_node& c, bool nonAscii) {
+    treeValue_ = treeFormula_ = {};
+    for (pugi::xml_node child = c.first_child(); child; child = child.next_sibling()) {
+      if (child.type() == pugi::node_pcdata) continue;  // text beside the cell's elements is not kept
+      if (isElement(child, "v", nonAscii) && !child.first_child()) {
+        hasValue_ = true;
+        treeValue_ = child.value();
+      } else if (isElement(child, "f", nonAscii) && !child.first_child()) {
+        hasFormula_ = true;
+        formulaAttributes_.clear();
+        for (auto a = treeAttributes_.data(); *a; a += 2) appendAttribute(formulaAttributes_, a[0], a[1]);
+        treeFormula_ = child.value();
+      } else if (isElement(child, "is", nonAscii)) {
+        hasInline_ = true;
+        richInline_ = false;
+        inlineText_.clear();
+        for (pugi::xml_node run = child.first_child(); run; run = run.next_sibling()) {
+          if (run.type() == pugi::node_pcdata) continue;
+          if (!isElement(run, "t", nonAscii) || run.first_child()) return false;
+          inlineText_ += run.value();
+        }
+      } else {
+        return false;
+      }
+    }
+    return true;
+  }
+
   void topLevelStart(std::string_view name, std::string_view local) {
     auto& layout = sheet_.layout_;
     const std::uint64_t begin = eventOffset();
@@ -294,7 +577,7 @@ class WorksheetReader : public XmlStream {
     if (depth_ == 5) {
       collect_ = nullptr;
     } else if (depth_ == 4 && local == "c") {
-      cellEnd();
+      cellEnd(value_, formula_, inlineText_);
     } else if (depth_ == 3) {
       if (!rowChildren_.empty()) {
         currentRow().children = sheet_.pool(rowChildren_);
@@ -388,29 +671,30 @@ class WorksheetReader : public XmlStream {
     return CellKind::kBlank;
   }
 
-  void cellEnd() {
+  // The cell whose start tag cellStart() read, given the texts of its <v>, <f> and <is>.
+  void cellEnd(std::string_view value, std::string_view formula, std::string_view inlineText) {
     auto& cell = cell_;
     const auto where = [&] { return cellRefText({cell.row, cell.column}); };
     const CellKind kind = kindOfType_;
     // Some writers leave an empty <v/> after a formula never calculated: no value, except
     // for a text result, which may be empty.
-    if (hasValue_ && kind != CellKind::kFormulaString && trimmedXml(value_).empty()) hasValue_ = false;
+    if (hasValue_ && kind != CellKind::kFormulaString && trimmedXml(value).empty()) hasValue_ = false;
     switch (kind) {
       case CellKind::kNumber:
         if (hasValue_) {
-          const auto number = parseNumber(value_);
-          if (!number) return fail("cell " + where() + ": \"" + value_ + "\" is not a number");
+          const auto number = parseNumber(value);
+          if (!number) return fail("cell " + where() + ": \"" + std::string(value) + "\" is not a number");
           cell.kind = CellKind::kNumber;
           cell.payload = std::bit_cast<std::uint64_t>(*number);
         }
         break;
       case CellKind::kSharedString:
         if (hasValue_) {
-          const std::string_view text = trimmedXml(value_);
+          const std::string_view text = trimmedXml(value);
           std::uint32_t index = 0;
           const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), index);
           if (ec != std::errc() || end != text.data() + text.size()) {
-            return fail("cell " + where() + ": \"" + value_ + "\" is not a shared string index");
+            return fail("cell " + where() + ": \"" + std::string(value) + "\" is not a shared string index");
           }
           cell.kind = CellKind::kSharedString;
           cell.payload = index;
@@ -418,9 +702,9 @@ class WorksheetReader : public XmlStream {
         break;
       case CellKind::kBoolean:
         if (hasValue_) {
-          const std::string_view text = trimmedXml(value_);
+          const std::string_view text = trimmedXml(value);
           if (text != "0" && text != "1" && text != "true" && text != "false") {
-            return fail("cell " + where() + ": \"" + value_ + "\" is not a boolean");
+            return fail("cell " + where() + ": \"" + std::string(value) + "\" is not a boolean");
           }
           cell.kind = CellKind::kBoolean;
           cell.payload = text == "1" || text == "true";
@@ -433,9 +717,9 @@ class WorksheetReader : public XmlStream {
           cell.kind = kind;
           decoded_.clear();
           if (cell.kind == CellKind::kFormulaString) {
-            appendDecodedXstring(decoded_, value_);
+            appendDecodedXstring(decoded_, value);
           } else {
-            decoded_.append(trimmedXml(value_));
+            decoded_.append(trimmedXml(value));
           }
           const auto span = sheet_.pool(decoded_);
           cell.payload = packSpan(span.offset, span.length);
@@ -445,7 +729,7 @@ class WorksheetReader : public XmlStream {
         if (hasInline_) {
           cell.kind = CellKind::kInlineString;
           decoded_.clear();
-          appendDecodedXstring(decoded_, inlineText_);
+          appendDecodedXstring(decoded_, inlineText);
           const auto span = sheet_.pool(decoded_);
           cell.payload = packSpan(span.offset, span.length);
         }
@@ -460,7 +744,7 @@ class WorksheetReader : public XmlStream {
       extra.attributes = sheet_.pool(attributes_);
       if (hasFormula_) {
         extra.formulaAttributes = sheet_.pool(formulaAttributes_);
-        extra.formula = sheet_.pool(formula_);
+        extra.formula = sheet_.pool(formula);
       }
       extra.children = sheet_.pool(children_);
       if (keepInline) extra.inlineXml = sheet_.pool(inlineXml_);
@@ -502,6 +786,10 @@ class WorksheetReader : public XmlStream {
   bool hasValue_ = false, hasFormula_ = false, hasInline_ = false, richInline_ = false, inInline_ = false;
   std::string value_, formula_, formulaAttributes_, attributes_, children_, rowChildren_;
   std::string inlineText_, inlineXml_, decoded_;
+  std::vector<const char*> treeAttributes_;
+  std::string_view treeValue_, treeFormula_;
+  char* at_ = nullptr;  // where readBytes() is in the batch
+  char* end_ = nullptr;
   std::string* collect_ = nullptr;
   std::string* captureTo_ = nullptr;
   std::string rootName_;
@@ -525,8 +813,13 @@ std::optional<Worksheet> Worksheet::parse(const ChunkSource& source, std::string
     error = "worksheet: " + error;
     return std::nullopt;
   }
-  sheet.cells_.shrink_to_fit();
-  sheet.pool_.shrink_to_fit();
+  // A copy to give back what growth left over costs a moment and, while it is made, the
+  // memory of both; worth it only where much is left over.
+  const auto trim = [](auto& container) {
+    if (container.capacity() - container.size() > container.size() / 8) container.shrink_to_fit();
+  };
+  trim(sheet.cells_);
+  trim(sheet.pool_);
   return sheet;
 }
 

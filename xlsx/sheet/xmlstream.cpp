@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <optional>
 #include <cstring>
 #include <functional>
 
@@ -114,8 +113,6 @@ struct XmlStream::Batches {
   State state = State::kAsked;
   std::vector<std::string> open;
   std::string unitEnd, contentEnd;  // "</row", "</sheetData"
-  // Skips ahead by the tag's length where a plain find stops at every '<'.
-  std::optional<std::boyer_moore_horspool_searcher<std::string::const_iterator>> findContentEnd;
   std::uint64_t at = 0;             // where in the part `pending` starts
   std::uint64_t line = 1, column = 0;
   std::string pending, work;
@@ -242,7 +239,6 @@ void XmlStream::readContentInBatches(std::vector<std::string> open, std::string 
   Batches& b = *batches_;
   b.unitEnd = "</" + unit;
   b.contentEnd = "</" + open.back();
-  b.findContentEnd.emplace(b.contentEnd.begin(), b.contentEnd.end());
   b.open = std::move(open);
   b.at = eventOffset() + eventLength();
   // The start tag seldom spans lines; where it does, error places after it are off.
@@ -275,12 +271,14 @@ bool XmlStream::takeBatches(bool last) {
   while (true) {
     const std::string_view pending = b.pending;
     std::size_t end = std::string_view::npos;
-    for (auto from = pending.begin() + static_cast<std::ptrdiff_t>(b.searched); from != pending.end(); ++from) {
-      from = std::search(from, pending.end(), *b.findContentEnd);
-      if (from == pending.end()) break;
-      const auto at = static_cast<std::size_t>(from - pending.begin());
-      if (endTagEnd(pending, at, b.contentEnd.size()) != std::string_view::npos) {
-        end = at;
+    // memmem skips ahead by more than a byte where a plain find stops at every '<'.
+    for (std::size_t from = b.searched; from < pending.size(); ++from) {
+      const void* found =
+          memmem(pending.data() + from, pending.size() - from, b.contentEnd.data(), b.contentEnd.size());
+      if (!found) break;
+      from = static_cast<std::size_t>(static_cast<const char*>(found) - pending.data());
+      if (endTagEnd(pending, from, b.contentEnd.size()) != std::string_view::npos) {
+        end = from;
         break;
       }
     }
@@ -315,33 +313,31 @@ bool XmlStream::readBatch(std::string_view batch) {
   Batches& b = *batches_;
   bool nonAscii = false;
   if (!plainBytes(batch, nonAscii)) return false;
-  b.work.assign(batch);
-  if (!b.document.load_buffer_inplace(b.work.data(), b.work.size(), kBatchOptions, pugi::encoding_utf8)) return false;
   saveState();
   const auto takeBack = [&] {
     restoreState();
     message_.clear();
     return false;
   };
+  b.work.assign(batch);
+  BatchRead read = readBytes(b.work.data(), b.work.size());
+  if (!message_.empty()) return takeBack();
+  if (read == BatchRead::kRead) return true;
+  restoreState();
+  b.work.assign(batch);  // as it came: the handler may have changed it
+  if (!b.document.load_buffer_inplace(b.work.data(), b.work.size(), kBatchOptions, pugi::encoding_utf8)) return false;
   pugi::xml_node node = b.document.first_child();
+  read = readTree(node, nonAscii);
+  if (!message_.empty()) return takeBack();
+  if (read == BatchRead::kRead) return true;
+  restoreState();
   while (node) {
     const pugi::xml_node_type type = node.type();
     if (type == pugi::node_pcdata) {
       text(node.value());
     } else if (type == pugi::node_element) {
       if (nonAscii && !asciiName(node.name())) return takeBack();
-      b.attributes.clear();
-      for (pugi::xml_attribute a = node.first_attribute(); a; a = a.next_attribute()) {
-        // The XML parser refuses '<' in a value and a name given twice; the DOM parser does not.
-        const char* value = a.value();
-        if (hasOpenBracket(value) || (nonAscii && !asciiName(a.name()))) return takeBack();
-        for (std::size_t i = 0; i < b.attributes.size(); i += 2) {
-          if (std::strcmp(b.attributes[i], a.name()) == 0) return takeBack();
-        }
-        b.attributes.push_back(a.name());
-        b.attributes.push_back(value);
-      }
-      b.attributes.push_back(nullptr);
+      if (!attributesOf(node, nonAscii, b.attributes)) return takeBack();
       const std::string_view name = node.name();
       startElement(name, b.attributes.data());
       const char* value = node.value();
@@ -366,6 +362,26 @@ bool XmlStream::readBatch(std::string_view batch) {
     }
     node = next;
   }
+  return true;
+}
+
+XmlStream::BatchRead XmlStream::readBytes(char*, std::size_t) { return BatchRead::kOn; }
+XmlStream::BatchRead XmlStream::readTree(const pugi::xml_node&, bool) { return BatchRead::kOn; }
+
+bool XmlStream::attributesOf(const pugi::xml_node& element, bool nonAscii, std::vector<const char*>& out) {
+  out.clear();
+  for (pugi::xml_attribute a = element.first_attribute(); a; a = a.next_attribute()) {
+    // The XML parser refuses '<' in a value and a name given twice; the DOM parser does not.
+    const char* name = a.name();
+    const char* value = a.value();
+    if (hasOpenBracket(value) || (nonAscii && !asciiName(name))) return false;
+    for (std::size_t i = 0; i < out.size(); i += 2) {
+      if (std::strcmp(out[i], name) == 0) return false;
+    }
+    out.push_back(name);
+    out.push_back(value);
+  }
+  out.push_back(nullptr);
   return true;
 }
 

@@ -9,6 +9,10 @@
 #include <string_view>
 #include <vector>
 
+namespace pugi {
+class xml_node;
+}
+
 namespace corvane::xlsx {
 
 // Calls its sink with consecutive chunks of a part, stopping early when the sink returns
@@ -46,8 +50,8 @@ class XmlStream {
   std::uint64_t eventLength() const;
 
   // From the start handler of a large element: its content, a run of `unit` elements, is read
-  // a batch of whole units at a time by a DOM parser, several times faster, with the same
-  // events. `open` names the elements from the root down to this one, as written. A batch that
+  // a batch of whole units at a time, several times faster: by the handler from the bytes or
+  // from a DOM parser's tree (readBytes, readTree), or by a DOM parser with the same events. `open` names the elements from the root down to this one, as written. A batch that
   // holds anything the DOM parser might read otherwise than the XML parser (comments, CDATA,
   // references other than the five named ones, doubtful bytes...) goes to the XML parser, and
   // so does the rest of the part; so does a batch whose events made a handler fail, so that the
@@ -56,6 +60,23 @@ class XmlStream {
   // Before each batch, and to take back the events of a batch handed to the XML parser.
   virtual void saveState() {}
   virtual void restoreState() {}
+
+  // A handler may read a batch itself: first from its bytes, before any DOM parser sees them,
+  // then straight from the DOM parser's tree (from `first`, its first node, on through its
+  // siblings), and last through events. kRead when it did; kOn leaves the batch to the next
+  // way, what was read of it taken back first. A failure (fail()) sends the batch to the XML
+  // parser as a failing event would.
+  //
+  // The bytes are those the batches' checks passed: well-formed UTF-8 without control
+  // characters, with no references but the five named ones, and no "]]>"; the handler may
+  // change them in place. `nonAscii`: the batch has bytes above 0x7F.
+  enum class BatchRead { kRead, kOn };
+  virtual BatchRead readBytes(char* bytes, std::size_t size);
+  virtual BatchRead readTree(const pugi::xml_node& first, bool nonAscii);
+  // The element's attributes as the XML parser would give them, name/value pairs ending in
+  // nullptr; false when the XML parser would read them otherwise (a '<' in a value, a name
+  // given twice, a name that is not ASCII when `nonAscii`), and the batch must go to it.
+  static bool attributesOf(const pugi::xml_node& element, bool nonAscii, std::vector<const char*>& out);
 
  private:
   struct Batches;

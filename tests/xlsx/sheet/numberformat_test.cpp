@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <string>
 
@@ -157,6 +160,32 @@ TEST(NumberFormat, ShowsScientificNotation) {
       {"####0.0E+0", 12345678900, "1.2E+10"},
   };
   expectAll(cases);
+}
+
+// Every number is cut to 15 significant digits, correctly rounded, before it is shown; the C
+// library's %.14E says what they are. Numbers of few digits, of exactly 15, and of the 16 or
+// 17 a double may need, as they are read from the different ways to the digits.
+TEST(NumberFormat, ShowsFifteenSignificantDigitsOfAnyNumber) {
+  const NumberFormat format = NumberFormat::parse("0.00000000000000E+00");
+  std::uint64_t state = 2024;
+  const auto next = [&] {
+    state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+    return state >> 11;  // 53 bits
+  };
+  for (int i = 0; i < 30000; ++i) {
+    const double scale = std::pow(10.0, static_cast<int>(next() % 40) - 20);
+    double value = 0;
+    switch (i % 3) {
+      case 0: value = static_cast<double>(next() % 1000000) * scale; break;
+      case 1: value = static_cast<double>(100000000000000 + next() % 900000000000000) * scale; break;
+      default:
+        value = std::bit_cast<double>((next() & 0x000FFFFFFFFFFFFFULL) | (std::uint64_t{1023 + next() % 200 - 100} << 52));
+    }
+    if (value == 0) continue;
+    char expected[40];
+    std::snprintf(expected, sizeof expected, "%.14E", value);
+    ASSERT_EQ(format.format(value), expected) << "value " << value;
+  }
 }
 
 // Continued-fraction convergents, worked by hand. 3.14159265358979 = [3; 7, 15, 1, 292, ...]

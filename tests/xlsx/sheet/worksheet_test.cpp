@@ -352,6 +352,79 @@ TEST(Worksheet, ErrorsDeepInALargeSheetSayWhere) {
   }
 }
 
+// What a sheet holds, cell by cell, and its rows as they are written back.
+std::string described(Worksheet& sheet, const std::string& xml, const SharedStrings& table) {
+  std::string text;
+  sheet.visit([&](const CellView& cell) {
+    text += cellRefText({cell.row, cell.column}) + " k" + std::to_string(static_cast<int>(cell.kind)) + " s" +
+            std::to_string(cell.style) + " =" + std::string(sheet.formula(cell.position)) + " [" +
+            std::string(sheet.text(cell.position, table)) + "] " + std::to_string(sheet.number(cell.position)) + "\n";
+  });
+  sheet.setValue({kMaxRow - 1, 1}, 1.0);  // so that every row is written from what was read
+  const std::string written = sheet.serialize(xml);
+  const auto begin = written.find("<sheetData"), end = written.find("</sheetData>");
+  return text + written.substr(begin, end - begin);
+}
+
+// The rows of a small sheet make one batch, read from its bytes where they can be and else from
+// the DOM parser's tree. The same rows read through events (a row further on that neither of
+// those takes) and by the streaming parser (a comment ahead of them) must give the same cells,
+// rows and errors.
+TEST(Worksheet, RowsReadFromBytesOrTreeMatchTheEventsAndTheStreamingParser) {
+  const char* const cases[] = {
+      "<row r=\"1\"><c r=\"A1\"><v>1</v></c><c r=\"B1\" t=\"b\"><v>true</v></c><c t=\"s\"><v> 1 </v></c></row>",
+      "<row r=\"1\" spans=\"1:3\" ht=\"20\" customHeight=\"1\" x14ac:dyDescent=\"0.25\">"
+      "<c r=\"A1\" s=\"2\"/><c r=\"C1\" s=\"0\"><v>-1.5E-3</v></c></row><row><c><v>2</v></c></row>",
+      "<row r=\"2\">\n  <c r=\"A2\" t=\"str\"><f>A1&amp;\"&lt;\"</f><v>a\r\nb_x000D_</v></c>\n"
+      "  <c r=\"B2\" t=\"e\"><v>#N/A</v></c><c r=\"C2\" t=\"d\"><v> 2024-01-02 </v></c>\n</row>",
+      "<row r=\"1\"><c r=\"A1\"><f t=\"shared\" ref=\"A1:A2\" si=\"0\">B1*2</f><v>2</v></c></row>"
+      "<row r=\"2\"><c r=\"A2\" cm=\"1\" vm=\"&amp;\"><f t=\"shared\" si=\"0\"/><v>4</v></c></row>",
+      "<row r=\"1\"><c r=\"A1\"><f>NOW()</f><v/></c><c r=\"B1\" t=\"str\"><f>\"\"</f><v></v></c></row>",
+      "<row r=\"1\"><c r=\"A1\" t=\"inlineStr\"><is> <t xml:space=\"preserve\"> a </t><t>&amp;b_x0041_</t> </is></c>"
+      "<c r=\"B1\" t=\"inlineStr\"><is><t/></is></c><c r=\"C1\" t=\"inlineStr\"/></row>",
+      "<row r=\"1\"><c r=\"A1\"><v>1</v><v>2</v></c>text<c r=\"B1\">between<v>3</v> after</c></row>",
+      "<x:row r=\"1\"><x:c r=\"A1\"><x:v>5</x:v></x:c></x:row>",
+      "<row r=\"3\"><c r=\"B3\"><v>1</v></c><c r=\"A3\"><v>2</v></c></row><row r=\"1\"><c r=\"A1\"><v>3</v></c></row>",
+      "<row r='1' a = \"&gt;&apos;\" b='&quot;\"'><c r=\"A1\" /><c r=\"B1\"\n s=\"1\"\t><v >2</v ></c></row >"
+      "<row r=\"2\"/><row r=\"3\"><c r=\"A3\" t=\"inlineStr\"><is/></c></row>",
+      // Left to the tree by the bytes reader.
+      "<row r=\"1\" x=\"a\tb\r\nc\"><c r=\"A1\" t=\"str\"><v>1\r\n2\r3</v></c></row>",
+      "<y:row r=\"1\"><c r=\"A1\"><y:v>1</y:v></c></y:row>",
+      // Left to the events by both.
+      "<row r=\"1\"><c r=\"A1\" t=\"inlineStr\"><is><r><t>a</t></r><r><rPr><b/></rPr><t>b</t></r></is></c></row>",
+      "<row r=\"1\"><c r=\"A1\"><v>1</v><extLst><ext uri=\"u\"/></extLst></c></row>",
+      "<row r=\"1\"><c r=\"A1\"><f>a<g/>b</f><v>1</v></c></row>",
+      "<row r=\"1\"><c r=\"A1\"><v>1</v></c><extLst/></row>",
+      // Errors, found by each reader and placed by the streaming parser.
+      "<row r=\"1\"><c r=\"A1\"><v>1x</v></c></row>",
+      "<row r=\"1\"><c r=\"A2\"><v>1</v></c></row>",
+      "<row r=\"0\"/>",
+      "<row r=\"1\"><c r=\"A1\" t=\"b\"><v>2</v></c></row>",
+      "<row r=\"1\"><c r=\"A1\"><v a=\"1\" a=\"2\">1</v></c></row>",
+      "<row r=\"1\"><c r=\"A1\"><f a=\"<\">1</f></c></row>",
+      "<row r=\"1\"><c r=\"A1\"/><c r=\"A1\"/></row>",
+      "<cell/>",
+  };
+  const SharedStrings table = strings();
+  // A row the tree reader leaves to the events; it holds no cell.
+  const std::string eventsRow = "<row r=\"1048576\"><extLst/></row>";
+  for (const char* rows : cases) {
+    const auto read = [&](const std::string& xml) {
+      std::string error;
+      auto sheet = Worksheet::parse(chunksOf(xml, 5), error);
+      if (!sheet) return "error: " + error.substr(0, error.find(" (line"));
+      std::string text = described(*sheet, xml, table);
+      if (const auto at = text.find("<row r=\"1048576\""); at != std::string::npos) {
+        text.erase(at, text.find("</row>", at) + 6 - at);  // the row for the events, written back
+      }
+      return text;
+    };
+    const std::string fromTree = read(sheetXml(rows));
+    EXPECT_EQ(read(sheetXml(rows + eventsRow)), fromTree) << rows;
+    EXPECT_EQ(read(sheetXml("<!-- x -->" + std::string(rows) + eventsRow)), fromTree) << rows;
+  }
+}
+
 TEST(Xstring, EscapesDecodeAndEncode) {
   const struct {
     const char* xml;
