@@ -65,11 +65,8 @@ int AsdkDefinedObjectEvaluator::evaluateField(AcDbField* field, host::AcDbDataba
 
   const bool current = core::samePath(*path, sources.currentDocumentPath());
   if (inDrawing && !current && status.modified) {
-    const auto stamp = ReadTimeStamp(*field);
-    if (stamp && SameTime(*stamp, *status.modified)) {
-      host::AcValue present;
-      field->getValue(present);
-      value = present;
+    if (auto kept = UnchangedValue(*field, *status.modified)) {
+      value = std::move(*kept);
       return AcDbField::kSuccess;
     }
   }

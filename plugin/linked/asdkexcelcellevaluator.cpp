@@ -81,16 +81,13 @@ int AsdkExcelCellEvaluator::evaluateField(AcDbField* field, host::AcDbDatabase* 
   }
 
   const bool inDrawing = services.isValid(field->objectId());
-  host::AcValue present;
-  const bool hasValue = field->getValue(present) == host::Acad::eOk && !present.isEmpty();
   std::optional<double> modified;
   if (!web) {
     modified = sources.fileStatus(path).modified;
-    if (modified && inDrawing && hasValue) {
-      const auto stamp = ReadTimeStamp(*field);
-      if (stamp && SameTime(*stamp, *modified)) {
+    if (modified && inDrawing) {
+      if (auto kept = UnchangedValue(*field, *modified)) {
         services.print(core::format(L"\n%s is up to date.", path));
-        value = present;
+        value = std::move(*kept);
         return AcDbField::kSuccess;
       }
     }
@@ -113,6 +110,8 @@ int AsdkExcelCellEvaluator::evaluateField(AcDbField* field, host::AcDbDatabase* 
       } else {
         services.print(L"\n" + alert);
       }
+      host::AcValue present;
+      field->getValue(present);
       value = present;
       return AcDbField::kSuccess;
     }

@@ -117,11 +117,8 @@ int AsdkTextFileEvaluator::evaluateField(AcDbField* field, host::AcDbDatabase* /
   host::AcDbHostApplicationServices& services = sources.services();
   const bool inDrawing = services.isValid(field->objectId());
   if (inDrawing && status.modified) {
-    const auto stamp = ReadTimeStamp(*field);
-    if (stamp && SameTime(*stamp, *status.modified)) {
-      host::AcValue present;
-      field->getValue(present);
-      value = present;
+    if (auto kept = UnchangedValue(*field, *status.modified)) {
+      value = std::move(*kept);
       return AcDbField::kSuccess;
     }
   }

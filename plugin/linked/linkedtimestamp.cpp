@@ -59,4 +59,12 @@ host::Acad::ErrorStatus WriteTimeStamp(host::AcDbObject& object, double oleDate)
   return object.setXData(data);
 }
 
+std::optional<host::AcValue> UnchangedValue(const host::AcDbField& field, double modified) {
+  const auto stamp = ReadTimeStamp(field);
+  if (!stamp || !SameTime(*stamp, modified)) return std::nullopt;
+  host::AcValue present;
+  if (field.getValue(present) != host::Acad::eOk || present.isEmpty()) return std::nullopt;
+  return present;
+}
+
 }  // namespace corvane

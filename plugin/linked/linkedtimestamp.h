@@ -6,6 +6,7 @@
 
 #include <optional>
 
+#include "host/acdbfield.h"
 #include "host/acdbobject.h"
 
 namespace corvane {
@@ -22,5 +23,9 @@ std::optional<double> ReadTimeStamp(const host::AcDbObject& object);
 // Registers the application when the drawing lacks it, then writes the time in place of the
 // application's first outer text, or as its first text. The object must be open for write.
 host::Acad::ErrorStatus WriteTimeStamp(host::AcDbObject& object, double oleDate);
+
+// The field's present value when its stamp says the source was written at `modified` and the
+// field has a value to keep; nullopt when the source must be read again.
+std::optional<host::AcValue> UnchangedValue(const host::AcDbField& field, double modified);
 
 }  // namespace corvane
