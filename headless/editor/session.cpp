@@ -7,6 +7,7 @@
 #include "core/textutil.h"
 #include "core/utf8.h"
 #include "headless/db/database.h"
+#include "host/acdbtable.h"
 #include "headless/hostapplication.h"
 #include "headless/settings/registryfile.h"
 #include "host/acdbobject.h"
@@ -20,7 +21,7 @@ namespace {
 // Expressions and sent text may queue more of the same; the host stops somewhere.
 constexpr int kMaxIdleRounds = 64;
 
-constexpr const wchar_t* kBuiltins[] = {L"MENULOAD", L"MENUUNLOAD"};
+constexpr const wchar_t* kBuiltins[] = {L"MENULOAD", L"MENUUNLOAD", L"TABLEDIT", L"EDITTABLECELL"};
 
 // The quoted texts of "(command "NAME" "ARG" ...)"; nullopt for any other expression.
 std::optional<std::vector<std::wstring>> commandCall(std::wstring_view expression) {
@@ -206,7 +207,40 @@ void Session::runBuiltin(std::wstring_view name) {
       return;
     }
     print(core::format(L"\nCustomization group %s unloaded.", answer));
+  } else if (core::equalsNoCase(name, L"TABLEDIT") || core::equalsNoCase(name, L"EDITTABLECELL")) {
+    editTableCell();
   }
+}
+
+void Session::editTableCell() {
+  // The table and its cell are picked, the cell selected for editing, its new text typed; the
+  // table is changed as one modification, as the host's in-place editor changes it.
+  host::AcDbObjectId picked;
+  host::AcGePoint3d at;
+  if (prompts_.entSel(L"\nSelect a table: ", picked, at) != host::RTNORM) return;
+  host::AcDbObjectPointer<host::AcDbTable> table(host_, picked, host::AcDb::kForWrite);
+  if (!table) {
+    print(L"\nThe object is not a table.");
+    return;
+  }
+  int row = 0, column = 0;
+  if (prompts_.getInt(L"\nRow of the cell: ", row) != host::RTNORM ||
+      prompts_.getInt(L"\nColumn of the cell: ", column) != host::RTNORM)
+    return;
+  if (row < 1 || column < 1 || row > table->numRows() || column > table->numColumns()) {
+    print(core::format(L"\nThe table has no cell in row %d, column %d.", row, column));
+    return;
+  }
+  std::wstring text;
+  if (prompts_.getString(true, L"\nCell text: ", text) != host::RTNORM) return;
+  table->setSubSelection(row - 1, row - 1, column - 1, column - 1);
+  const host::Acad::ErrorStatus es = table->setValue(row - 1, column - 1, text, host::AcValueOptions::kConvertTextToValue | host::AcValueOptions::kParseTextForFieldCode);
+  table->clearSubSelection();
+  if (es != host::Acad::eOk) {
+    print(core::format(L"\nThe cell cannot take the text: %s.", host::acadErrorStatusText(es)));
+    return;
+  }
+  notifyObjectModified(*table.object());
 }
 
 int Session::command(const std::vector<std::wstring>& arguments) {

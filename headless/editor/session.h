@@ -111,6 +111,7 @@ class Session : public host::HostSession, public host::AcEditor {
   Outcome execute(std::wstring_view typed);
   bool builtin(std::wstring_view name) const;
   void runBuiltin(std::wstring_view name);
+  void editTableCell();
   void evaluate(const std::wstring& expression);
   void print(std::wstring_view text);
 

@@ -159,7 +159,14 @@ void FieldEngine::evaluateTree(Field& field, Database& db, int context, BatchRes
 Acad::ErrorStatus FieldEngine::evaluateField(Field& field, Database& db, int context, BatchResult* result) {
   BatchResult local;
   evaluateTree(field, db, context, local);
-  updateHostTexts(db, {field.objectId()});
+  // The fields that hold this one show its new value too: each is put together again from the
+  // values of its children, up to the field that a text or a cell holds.
+  Field* top = &field;
+  while (Field* holder = Field::of(db.lookup(top->ownerId()))) {
+    evaluateOne(*holder, db, context, local);
+    top = holder;
+  }
+  updateHostTexts(db, {top->objectId()});
   if (result) *result = local;
   return Acad::eOk;
 }

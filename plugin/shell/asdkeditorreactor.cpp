@@ -1,11 +1,17 @@
 #include "plugin/shell/asdkeditorreactor.h"
 
+#include "core/printf.h"
 #include "core/textutil.h"
+#include "host/acdbdatabase.h"
+#include "host/acdbfield.h"
+#include "host/acdbtable.h"
+#include "host/acedprompts.h"
 
 namespace corvane {
 
-AsdkEditorReactor::AsdkEditorReactor(host::HostSession& session, ReactorState& state, bool attachNow)
-    : session_(session), state_(state) {
+AsdkEditorReactor::AsdkEditorReactor(host::HostSession& session, host::AcDbHostApplicationServices& services,
+                                     ReactorState& state, bool attachNow)
+    : session_(session), services_(services), state_(state) {
   if (attachNow) attach();
 }
 
@@ -32,10 +38,57 @@ bool AsdkEditorReactor::isTableEditCommand(const wchar_t* command) noexcept {
 
 void AsdkEditorReactor::commandWillStart(const wchar_t* command) {
   state_.copyMap.clear();
-  if (isTableEditCommand(command)) state_.tableEditInProgress = true;
+  if (!isTableEditCommand(command)) return;
+  if (const host::AcDbObjectId table = FindEditedTable(); !table.isNull()) state_.editedTableId = table;
+  state_.tableEditInProgress = true;
 }
 
-void AsdkEditorReactor::commandEnded(const wchar_t* /*command*/) { endCommand(); }
+void AsdkEditorReactor::commandEnded(const wchar_t* command) {
+  const host::AcDbObjectId table = state_.editedTableId;
+  if (isTableEditCommand(command) && services_.isValid(table) && !services_.isErased(table)) {
+    RecomputeTableFormulas(table);
+  }
+  endCommand();
+}
+
+host::AcDbObjectId AsdkEditorReactor::FindEditedTable() {
+  host::AcDbDatabase* db = services_.workingDatabase();
+  if (!db) return {};
+  const host::ResBufList filter{{0, std::wstring(L"ACAD_TABLE")}};
+  std::vector<host::AcDbObjectId> tables;
+  if (session_.prompts().ssGet(L"X", &filter, tables) != host::RTNORM) return {};
+  for (const auto id : tables) {
+    host::AcDbObjectPointer<host::AcDbTable> table(services_, id, host::AcDb::kForRead);
+    if (table && table->ownerId() == db->currentSpaceId() && table->hasSubSelection()) return id;
+  }
+  return {};
+}
+
+void AsdkEditorReactor::RecomputeTableFormulas(host::AcDbObjectId tableId) {
+  host::AcDbObjectPointer<host::AcDbTable> table(services_, tableId, host::AcDb::kForRead);
+  if (!table) return;
+  const auto recompute = [this](host::AcDbField& field, const wchar_t* failure) {
+    if (const auto es = field.upgradeOpen(); es != host::Acad::eOk) {
+      services_.print(core::format(failure, host::acadErrorStatusText(es)));
+      return;
+    }
+    field.evaluate(host::AcDbField::kDemand);
+  };
+  for (int row = 0; row < table->numRows(); ++row) {
+    for (int column = 0; column < table->numColumns(); ++column) {
+      host::AcDbObjectPointer<host::AcDbField> field(services_, table->fieldId(row, column), host::AcDb::kForRead);
+      if (!field) continue;
+      if (core::equalsNoCase(field->evaluatorId(), L"_text") && field->childCount() == 1) {
+        host::AcDbObjectPointer<host::AcDbField> child(services_, field->getChild(0), host::AcDb::kForRead);
+        if (child && core::equalsNoCase(child->evaluatorId(), L"VxExpr")) {
+          recompute(*child.object(), L"\nFailed to open the field to update: %s.");
+        }
+      } else if (core::equalsNoCase(field->evaluatorId(), L"VxExpr")) {
+        recompute(*field.object(), L"\nFailed to modify the field: %s.");
+      }
+    }
+  }
+}
 
 void AsdkEditorReactor::commandCancelled(const wchar_t* /*command*/) { endCommand(); }
 

@@ -1,8 +1,10 @@
 // The plug-in's editor reactor: it watches commands so that state kept for one command does
-// not leak into the next, and notes when a table-editing command starts.
+// not leak into the next, and recomputes the formulas of a table once a table-editing command
+// has changed one of its cells.
 #pragma once
 
 #include "host/aceditor.h"
+#include "host/hostservices.h"
 #include "host/hostsession.h"
 #include "plugin/shell/reactorstate.h"
 
@@ -12,7 +14,8 @@ class AsdkEditorReactor : public host::AcEditorReactor {
  public:
   // With `attachNow` the reactor adds itself to the host editor at once; when the host has no
   // editor it stays detached.
-  AsdkEditorReactor(host::HostSession& session, ReactorState& state, bool attachNow);
+  AsdkEditorReactor(host::HostSession& session, host::AcDbHostApplicationServices& services, ReactorState& state,
+                    bool attachNow);
   ~AsdkEditorReactor() override;
   AsdkEditorReactor(const AsdkEditorReactor&) = delete;
   AsdkEditorReactor& operator=(const AsdkEditorReactor&) = delete;
@@ -28,10 +31,16 @@ class AsdkEditorReactor : public host::AcEditorReactor {
 
   static bool isTableEditCommand(const wchar_t* command) noexcept;
 
+  // The table of the current space with a cell selected for editing; null when none has one.
+  host::AcDbObjectId FindEditedTable();
+  // Evaluates every formula field of the table's cells, nested in a text of one field or not.
+  void RecomputeTableFormulas(host::AcDbObjectId table);
+
  private:
   void endCommand();
 
   host::HostSession& session_;
+  host::AcDbHostApplicationServices& services_;
   ReactorState& state_;
   bool attached_ = false;
 };

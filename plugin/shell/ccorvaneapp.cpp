@@ -100,7 +100,7 @@ host::AcRx::AppRetCode CCorvaneApp::On_kInitAppMsg() {
 
     arrangeMenuLoading();
 
-    if (!editorReactor_) editorReactor_ = std::make_unique<AsdkEditorReactor>(*session_, reactorState_, true);
+    if (!editorReactor_) editorReactor_ = std::make_unique<AsdkEditorReactor>(*session_, services_, reactorState_, true);
     if (!databaseReactor_) {
       databaseReactor_ = std::make_unique<AsdkDataBaseReactor>(reactorState_);
       if (host::AcDbDatabase* db = services_.workingDatabase()) {
