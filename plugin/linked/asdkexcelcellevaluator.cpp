@@ -142,10 +142,13 @@ bool AsdkExcelCellEvaluator::fetch(host::ExcelApplication& excel, std::wstring_v
     return false;
   };
 
+  // An open workbook of the same name from another folder is another file.
   std::shared_ptr<host::ExcelWorkbook> workbook;
-  if (auto open = excel.workbook(core::fileNameOf(path)); open && *open) {
-    workbook = std::move(open).value();
-  } else {
+  for (std::int32_t i = 1; i <= excel.workbookCount() && !workbook; ++i) {
+    auto open = excel.workbook(i);
+    if (open && *open && core::samePath((*open)->fullName(), path)) workbook = std::move(open).value();
+  }
+  if (!workbook) {
     auto opened = excel.openWorkbook(path, 1, 1);
     if (!opened || !*opened) {
       const std::wstring described = opened ? std::wstring() : ComErrorText(sources_->excel(), opened.error());

@@ -90,20 +90,26 @@ ErrorStatus ReadDefinedObjectValue(LinkedSources& sources, std::wstring_view pat
   }
 
   host::AcDbHostApplicationServices& services = sources.services();
-  host::AcDbHostApplicationServices::DatabaseHolder side;
   host::AcDbDatabase* db = current ? services.workingDatabase() : nullptr;
+  LinkedSources::OpenDrawing& last = sources.lastDrawing();
+  if (!db && last.db && fileTime.status == CDefinedObjectTime::kValid && core::samePath(last.path, path) &&
+      sameTime(last.time, fileTime)) {
+    db = last.db.get();
+  }
   if (!db) {
     if (status.kind != host::HostSystem::FileKind::kFile) {
       text = core::format(L"Failed to read dwg: %s.", L"it is not a file");
       return host::Acad::eFileAccessErr;
     }
+    host::AcDbHostApplicationServices::DatabaseHolder side;
     std::wstring reason;
     const ErrorStatus read = services.readDrawingFile(path, side, reason);
     if (read != host::Acad::eOk || !side) {
       text = core::format(L"Failed to read dwg: %s.", reason.empty() ? host::acadErrorStatusText(read) : reason);
       return read != host::Acad::eOk ? read : host::Acad::eFilerError;
     }
-    db = side.get();
+    last = {std::wstring(path), fileTime, std::move(side)};
+    db = last.db.get();
   }
 
   // Every object of this drawing in the cache is read again while the drawing is open.

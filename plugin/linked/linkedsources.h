@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "host/excel.h"
+#include "host/hostservices.h"
 #include "host/hostsystem.h"
 #include "plugin/linked/cdefinedobject.h"
 #include "plugin/linked/excelutils.h"
@@ -18,7 +19,6 @@ namespace corvane {
 
 namespace host {
 class AcDbDatabase;
-class AcDbHostApplicationServices;
 class HostSession;
 class HostUi;
 }  // namespace host
@@ -44,6 +44,14 @@ class LinkedSources {
   std::shared_ptr<host::ExcelApplication>& webExcel() noexcept { return webExcel_; }
   // Objects of other drawings read in this session, in the order they were first read.
   CDefinedObjectArray& definedObjects() noexcept { return definedObjects_; }
+  // The other drawing read last, kept open with the file time it was read at, so that fields
+  // on further objects of it do not read it again while the file stays as it was.
+  struct OpenDrawing {
+    std::wstring path;
+    CDefinedObjectTime time;
+    host::AcDbHostApplicationServices::DatabaseHolder db;
+  };
+  OpenDrawing& lastDrawing() noexcept { return lastDrawing_; }
 
   // The current document's file: the working drawing's; empty when it was never saved.
   std::wstring currentDocumentPath() const;
@@ -62,6 +70,7 @@ class LinkedSources {
   ExcelUtils evaluationExcel_;
   std::shared_ptr<host::ExcelApplication> webExcel_;
   CDefinedObjectArray definedObjects_;
+  OpenDrawing lastDrawing_;
 };
 
 }  // namespace corvane
