@@ -340,12 +340,22 @@ TEST(Blocks, AttributesOfAReference) {
     bool invisible;
   } const expected[] = {{first, L"NAME", L"Plan", false}, {second, L"SCALE", L"1:50", true}};
   std::size_t n = 0;
+  std::wstring keptTag = L"a tag read before", keptText = L"a text read before", portTag, portText;
   for (auto it = ref->attributeIterator(); !it.done(); it.step(), ++n) {
     ASSERT_LT(n, std::size(expected));
     EXPECT_EQ(it.objectId(), expected[n].id);
     host::AcDbObjectPointer<host::AcDbAttribute> attribute(d.host, it.objectId(), host::AcDb::kForRead);
     EXPECT_EQ(attribute->tag(), expected[n].tag);
     EXPECT_EQ(attribute->textString(), expected[n].text);
+    // Read into kept strings, by this host and as the port does for any host.
+    attribute->getTag(keptTag);
+    attribute->getTextString(keptText);
+    attribute->host::AcDbAttribute::getTag(portTag);
+    attribute->host::AcDbText::getTextString(portText);
+    EXPECT_EQ(keptTag, expected[n].tag);
+    EXPECT_EQ(keptText, expected[n].text);
+    EXPECT_EQ(portTag, expected[n].tag);
+    EXPECT_EQ(portText, expected[n].text);
     EXPECT_EQ(attribute->isInvisible(), expected[n].invisible);
     EXPECT_FALSE(attribute->isConstant());
     EXPECT_EQ(attribute->ownerId(), reference);
@@ -359,6 +369,39 @@ TEST(Blocks, AttributesOfAReference) {
   EXPECT_EQ(def->prompt(), L"SHEET?");
   EXPECT_EQ(def->textString(), L"A1");
   EXPECT_TRUE(def->isConstant());
+}
+
+// A reference with few attributes walks them from the iterator itself, one with many from a
+// list; either way in order, erased ones left out, looking ahead as far as the walk goes.
+TEST(Blocks, AttributeWalksOfEverySize) {
+  for (const int count : {0, 1, 4, 5, 6, 9}) {
+    TestDrawing d;
+    const auto reference = d.addBlockReference(d.addBlock(L"Tag"));
+    std::vector<AcDbObjectId> live;
+    for (int i = 0; i < count; ++i) {
+      const auto id = d.addAttribute(reference, core::format(L"T%d", i), L"");
+      if (i % 3 == 2) {
+        host::AcDbObjectPointer<host::AcDbAttribute> erased(d.host, id, host::AcDb::kForWrite);
+        erased->erase();
+      } else {
+        live.push_back(id);
+      }
+    }
+    host::AcDbObjectPointer<host::AcDbBlockReference> ref(d.host, reference, host::AcDb::kForRead);
+    auto it = ref->attributeIterator();
+    for (int pass = 0; pass < 2; ++pass, it.start()) {
+      std::vector<AcDbObjectId> walked, aheadByTwo;
+      for (; !it.done(); it.step()) {
+        walked.push_back(it.objectId());
+        aheadByTwo.push_back(it.peek(2));
+      }
+      EXPECT_EQ(walked, live) << count;
+      for (std::size_t i = 0; i < live.size(); ++i) {
+        EXPECT_EQ(aheadByTwo[i], i + 2 < live.size() ? live[i + 2] : AcDbObjectId()) << count << " at " << i;
+      }
+      EXPECT_TRUE(it.objectId().isNull());
+    }
+  }
 }
 
 TEST(Blocks, DynamicVariantsLeadToTheirDefinition) {
