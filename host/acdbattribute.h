@@ -14,6 +14,10 @@ class AcDbAttribute : public AcDbText {
   virtual std::wstring tag() const = 0;
   virtual bool isInvisible() const = 0;
   virtual bool isConstant() const = 0;
+
+  // --- Reading into a kept string ---
+  // tag() into a string the caller keeps, as getTextString() does for the text.
+  virtual void getTag(std::wstring& tag) const { tag = this->tag(); }
 };
 
 }  // namespace corvane::host

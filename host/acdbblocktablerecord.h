@@ -27,6 +27,22 @@ class AcDbBlockTableRecord : public AcDbSymbolTableRecord {
   // blocks: the references of every block that holds a reference to it, and so on up.
   // Erased references are listed too; callers check.
   virtual Acad::ErrorStatus getBlockReferenceIds(std::vector<AcDbObjectId>& ids, bool directOnly = true) const = 0;
+
+  // --- Read-only walk ---
+  // A walk that opens every entity of a block for read, in one call. The reader is handed each
+  // entity that an open for read would give (the erased ones, those open for write and objects
+  // that are no entities are passed over), in drawing order, over the ids as they were when the
+  // walk began. Each entity is open for read while the reader has it and closed after.
+  // A host that can hand its entities out without a round trip per entity overrides it; this
+  // one opens each through the host's services. eNoDatabase for a record in no database.
+  class EntityReader {
+   public:
+    virtual void read(const AcDbEntity& entity) = 0;
+
+   protected:
+    ~EntityReader() = default;
+  };
+  virtual Acad::ErrorStatus readEntities(EntityReader& reader) const;
 };
 
 }  // namespace corvane::host

@@ -17,6 +17,11 @@ class AcDbText : public AcDbEntity {
   virtual AcGePoint3d position() const = 0;
   virtual double height() const = 0;
   virtual double rotation() const = 0;
+
+  // --- Reading into a kept string ---
+  // textString() into a string the caller keeps: a walk over many texts reuses one string
+  // instead of making one for each text.
+  virtual void getTextString(std::wstring& text) const { text = textString(); }
 };
 
 }  // namespace corvane::host

@@ -15,17 +15,26 @@ void Arc::setCenter(host::AcGePoint3d ocsCenter) {
 }
 
 void Arc::setRadius(double radius) {
-  if (radius_ != radius) record_.modified = true;
+  if (radius_ != radius) {
+    record_.modified = true;
+    area_ = std::numeric_limits<double>::quiet_NaN();
+  }
   radius_ = radius;
 }
 
 void Arc::setStartAngle(double angle) {
-  if (startAngle_ != angle) record_.modified = true;
+  if (startAngle_ != angle) {
+    record_.modified = true;
+    area_ = std::numeric_limits<double>::quiet_NaN();
+  }
   startAngle_ = angle;
 }
 
 void Arc::setEndAngle(double angle) {
-  if (endAngle_ != angle) record_.modified = true;
+  if (endAngle_ != angle) {
+    record_.modified = true;
+    area_ = std::numeric_limits<double>::quiet_NaN();
+  }
   endAngle_ = angle;
 }
 
@@ -37,7 +46,8 @@ void Arc::setNormal(host::AcGeVector3d normal) {
 double Arc::sweep() const noexcept { return geometry::ccwSweep(startAngle_, endAngle_); }
 
 Acad::ErrorStatus Arc::getArea(double& area) const {
-  area = geometry::circularSegmentArea(radius_, sweep());
+  if (std::isnan(area_)) area_ = geometry::circularSegmentArea(radius_, sweep());
+  area = area_;
   return Acad::eOk;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 #include "headless/db/curve.h"
 #include "host/acdbarc.h"
 
@@ -48,6 +50,8 @@ class Arc : public CurveEntity<host::AcDbArc> {
   double radius_ = 1.0;
   double startAngle_ = 0.0;
   double endAngle_ = geometry::kPi;
+  // The area once worked out; NaN until then and after the radius or an angle changes.
+  mutable double area_ = std::numeric_limits<double>::quiet_NaN();
   host::AcGeVector3d normal_{0, 0, 1};
 };
 

@@ -21,6 +21,7 @@ class Attribute : public TextEntity<host::AcDbAttribute> {
   std::wstring className() const override { return L"AcDbAttribute"; }
 
   std::wstring tag() const override { return tag_.wide(); }
+  void getTag(std::wstring& tag) const override { tag_.wide(tag); }
   void setTag(std::wstring tag);
   int flags() const noexcept { return flags_; }
   void setFlags(int flags);

@@ -72,12 +72,12 @@ void BlockReference::addAttributeId(host::AcDbObjectId attribute) {
 }
 
 host::AcDbObjectIterator BlockReference::attributeIterator() const {
-  std::vector<host::AcDbObjectId> live;
+  host::AcDbObjectIterator live;
   for (const host::AcDbObjectId id : attributes_) {
     const host::AcDbObject* attribute = record_.database ? record_.database->lookup(id) : nullptr;
-    if (attribute && !attribute->isErased()) live.push_back(id);
+    if (attribute && !attribute->isErased()) live.append(id);
   }
-  return host::AcDbObjectIterator(std::move(live));
+  return live;
 }
 
 void BlockReference::setDynamicBlockName(std::wstring name) {

@@ -6,6 +6,7 @@
 
 #include "headless/db/attributedefinition.h"
 #include "headless/db/database.h"
+#include "headless/db/objecttable.h"
 
 namespace corvane::headless {
 
@@ -57,6 +58,47 @@ host::AcDbBlockTableRecordIterator BlockTableRecord::newIterator(bool skipErased
     if (entity && !entity->isErased()) live.push_back(id);
   }
   return host::AcDbBlockTableRecordIterator(std::move(live));
+}
+
+host::Acad::ErrorStatus BlockTableRecord::readEntities(EntityReader& reader) const {
+  if (!record_.database) return host::Acad::eNoDatabase;
+  const ObjectTable& table = record_.database->objects();
+  // Ids are only ever appended, so the first `count` are the ids the walk began with, however
+  // many the reader adds.
+  const std::size_t count = entities_.size();
+  // The first two lines of each entity (the open's state, the layer, the first fields a
+  // reader looks at) are asked for this far ahead. What an entity keeps apart (vertices,
+  // loops) is not: most readers never look at it, and asking would hold the walk up.
+  constexpr std::size_t kAhead = 16;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i + kAhead < count) {
+      if (const auto* coming = reinterpret_cast<const char*>(table.lookup(entities_[i + kAhead]))) {
+        __builtin_prefetch(coming);
+        __builtin_prefetch(coming + 64);
+      }
+    }
+    const host::AcDbObjectId id = entities_[i];
+    HeadlessObject* headless = table.lookupHeadless(id);
+    if (!headless) continue;
+    ObjectRecord& record = headless->record();
+    // What an open for read refuses.
+    if (record.erased || record.writeOpen) continue;
+    host::AcDbObject* object = table.lookup(id);
+    const host::AcDbEntity* entity = object->isKindOf(host::AcDbEntity::desc())
+                                         ? static_cast<const host::AcDbEntity*>(object)
+                                         : dynamic_cast<const host::AcDbEntity*>(object);
+    if (!entity) continue;
+    // Open for read while the reader has it, closed on every way out.
+    struct ReadOpen {
+      ObjectRecord& record;
+      explicit ReadOpen(ObjectRecord& r) : record(r) { ++record.readers; }
+      ~ReadOpen() { --record.readers; }
+      ReadOpen(const ReadOpen&) = delete;
+      ReadOpen& operator=(const ReadOpen&) = delete;
+    } const open(record);
+    reader.read(*entity);
+  }
+  return host::Acad::eOk;
 }
 
 void BlockTableRecord::addReference(host::AcDbObjectId reference) {

@@ -54,6 +54,8 @@ class BlockTableRecord : public SymbolTableRecordImpl<host::AcDbBlockTableRecord
   const std::vector<host::AcDbObjectId>& entities() const noexcept { return entities_; }
   void append(host::AcDbObjectId id) { entities_.push_back(id); }
   host::AcDbBlockTableRecordIterator newIterator(bool skipErased = true) const override;
+  // Hands each entity out of the id table with the open's bookkeeping done in place.
+  host::Acad::ErrorStatus readEntities(EntityReader& reader) const override;
 
   // Direct references, erased ones included. The database keeps them as references are added.
   const std::vector<host::AcDbObjectId>& referenceIds() const noexcept { return references_; }

@@ -57,6 +57,12 @@ CompactText::CompactText(std::wstring_view text) {
 
 std::wstring CompactText::wide() const {
   std::wstring text;
+  wide(text);
+  return text;
+}
+
+void CompactText::wide(std::wstring& text) const {
+  text.clear();
   text.reserve(bytes_.size());
   const auto* p = reinterpret_cast<const unsigned char*>(bytes_.data());
   const auto* end = p + bytes_.size();
@@ -71,7 +77,6 @@ std::wstring CompactText::wide() const {
     text.push_back(static_cast<wchar_t>(static_cast<std::uint32_t>(c)));
     p += n;
   }
-  return text;
 }
 
 }  // namespace corvane::headless

@@ -15,6 +15,8 @@ class CompactText {
   explicit CompactText(std::wstring_view text);
 
   std::wstring wide() const;
+  // The same into `text`, which keeps its room: no allocation once it has held a text as long.
+  void wide(std::wstring& text) const;
   bool empty() const noexcept { return bytes_.empty(); }
   // The stored bytes, for tests of the spelling.
   const std::string& bytes() const noexcept { return bytes_; }

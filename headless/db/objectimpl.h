@@ -16,12 +16,8 @@ namespace corvane::headless {
 class Database;
 
 struct ObjectRecord {
-  host::AcDbObjectId id;
-  host::AcDbHandle handle;
-  host::AcDbObjectId owner;
-  Database* database = nullptr;
-  host::AcDbObjectId extensionDictionary;
-  XDataList xdata;  // every application's groups, each starting with its 1001
+  // The open and erase state first: a walk over many objects reads it for each, and finds it
+  // on the line that holds the object's start.
   int readers = 0;
   bool writeOpen = false;
   bool erased = false;
@@ -29,6 +25,12 @@ struct ObjectRecord {
   bool modified = false;
   // An entity's visibility, kept in the byte the fields above leave spare.
   bool visible = true;
+  host::AcDbObjectId id;
+  host::AcDbHandle handle;
+  host::AcDbObjectId owner;
+  Database* database = nullptr;
+  host::AcDbObjectId extensionDictionary;
+  XDataList xdata;  // every application's groups, each starting with its 1001
 };
 
 // Open-state bookkeeping, shared by all object classes.

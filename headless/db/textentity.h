@@ -20,6 +20,7 @@ class TextEntity : public ShapeEntity<Interface>, public TextHost {
       : position_(position), height_(height), text_(text) {}
 
   std::wstring textString() const override { return text_.wide(); }
+  void getTextString(std::wstring& text) const override { text_.wide(text); }
   void setTextString(std::wstring text) {
     CompactText compact(text);
     if (compact != text_) this->record_.modified = true;

@@ -74,6 +74,31 @@ std::vector<BlockCondition> readConditions(const FieldOptions& options) {
   return conditions;
 }
 
+// What a condition's operator does: one of the four numeric comparisons, or a comparison of
+// texts; read once per condition rather than once per attribute.
+enum class Comparison { kAtLeast, kAtMost, kMore, kLess, kUnequalText, kEqualText };
+
+Comparison comparisonOf(const std::wstring& op) noexcept {
+  if (op == L">=") return Comparison::kAtLeast;
+  if (op == L"<=") return Comparison::kAtMost;
+  if (op == L">") return Comparison::kMore;
+  if (op == L"<") return Comparison::kLess;
+  if (op == L"!=") return Comparison::kUnequalText;
+  return Comparison::kEqualText;
+}
+
+bool comparisonHolds(Comparison comparison, const BlockCondition& condition, std::wstring_view a, double filter) {
+  switch (comparison) {
+    case Comparison::kAtLeast: return filter - core::wtof(a) < kEqualPoint;
+    case Comparison::kAtMost: return core::wtof(a) - filter < kEqualPoint;
+    case Comparison::kMore: return core::wtof(a) - filter > kEqualPoint;
+    case Comparison::kLess: return filter - core::wtof(a) > kEqualPoint;
+    case Comparison::kUnequalText: return !core::equalsNoCase(a, condition.value);
+    case Comparison::kEqualText: break;
+  }
+  return core::equalsNoCase(a, condition.value);
+}
+
 // A dynamic property's value as the text an attribute would hold.
 std::wstring valueText(const host::AcValue& value) {
   std::wstring text;
@@ -90,7 +115,10 @@ class BlockCounter {
   BlockCounter(host::AcDbDatabase& db, const BlockCountQuery& query)
       : services_(db.services()), db_(db), query_(query) {
     if (!query.space.empty()) space_ = host::AcDbHandle::fromText(query.space);
-    for (const BlockCondition& condition : query.conditions) filterNumbers_.push_back(core::wtof(condition.value));
+    for (const BlockCondition& condition : query.conditions) {
+      filterNumbers_.push_back(core::wtof(condition.value));
+      comparisons_.push_back(comparisonOf(condition.op));
+    }
   }
 
   long count() {
@@ -107,11 +135,9 @@ class BlockCounter {
       std::vector<AcDbObjectId> references;
       record->getBlockReferenceIds(references, true);
       record.close();
-      constexpr std::size_t kAhead = 12;  // insertions asked for ahead of the one being counted
-      for (std::size_t i = 0; i < references.size(); ++i) {
-        if (i + kAhead < references.size()) services_.willOpen(references[i + kAhead]);
-        total += countReference(references[i], named, name);
-      }
+      // No hint of the insertions to come: a count does little with each, and the hint's own
+      // work cost more than the waits it saved.
+      for (const AcDbObjectId reference : references) total += countReference(reference, named, name);
     }
     return total;
   }
@@ -147,25 +173,27 @@ class BlockCounter {
 
   bool conditionsHold(const host::AcDbBlockReference& reference) {
     for (std::size_t i = 0; i < query_.conditions.size(); ++i) {
-      if (!conditionHolds(reference, query_.conditions[i], filterNumbers_[i])) return false;
+      if (!conditionHolds(reference, query_.conditions[i], comparisons_[i], filterNumbers_[i])) return false;
     }
     return true;
   }
 
-  bool conditionHolds(const host::AcDbBlockReference& reference, const BlockCondition& condition, double filter) {
+  bool conditionHolds(const host::AcDbBlockReference& reference, const BlockCondition& condition,
+                      Comparison comparison, double filter) {
     for (auto attributes = reference.attributeIterator(); !attributes.done(); attributes.step()) {
       AcDbObjectPointer<host::AcDbAttribute> attribute(services_, attributes.objectId(), AcDb::kForRead);
-      if (attribute && core::equalsNoCase(attribute->tag(), condition.tag) &&
-          corvane::conditionHolds(condition, attribute->textString(), filter)) {
-        return true;
-      }
+      if (!attribute) continue;
+      attribute->getTag(tag_);
+      if (!core::equalsNoCase(tag_, condition.tag)) continue;
+      attribute->getTextString(text_);
+      if (comparisonHolds(comparison, condition, text_, filter)) return true;
     }
     if (!reference.isDynamicBlock()) return false;
     std::vector<host::AcDbDynBlockReferenceProperty> properties;
     if (reference.getBlockProperties(properties) != host::Acad::eOk) return false;
     for (const auto& property : properties) {
       if (core::equalsNoCase(property.propertyName(), condition.tag) &&
-          corvane::conditionHolds(condition, valueText(property.value()), filter)) {
+          comparisonHolds(comparison, condition, valueText(property.value()), filter)) {
         return true;
       }
     }
@@ -228,9 +256,13 @@ class BlockCounter {
   const BlockCountQuery& query_;
   std::optional<host::AcDbHandle> space_;
   std::vector<double> filterNumbers_;  // each condition's value read as a number, once
+  std::vector<Comparison> comparisons_;  // each condition's operator, read once
   std::unordered_map<std::uint64_t, Owner> owners_;
   std::unordered_map<std::uint64_t, bool> definitions_;
   std::unordered_map<std::uint64_t, long> placements_;
+  // An attribute's tag and text, read into the same two strings for every attribute.
+  std::wstring tag_;
+  std::wstring text_;
 };
 
 }  // namespace
@@ -240,16 +272,7 @@ bool conditionHolds(const BlockCondition& condition, std::wstring_view a) {
 }
 
 bool conditionHolds(const BlockCondition& condition, std::wstring_view a, double filter) {
-  const std::wstring& op = condition.op;
-  if (op == L">=" || op == L"<=" || op == L">" || op == L"<") {
-    const double attribute = core::wtof(a);
-    if (op == L">=") return filter - attribute < kEqualPoint;
-    if (op == L"<=") return attribute - filter < kEqualPoint;
-    if (op == L">") return attribute - filter > kEqualPoint;
-    return filter - attribute > kEqualPoint;
-  }
-  if (op == L"!=") return !core::equalsNoCase(a, condition.value);
-  return core::equalsNoCase(a, condition.value);
+  return comparisonHolds(comparisonOf(condition.op), condition, a, filter);
 }
 
 BlockCountQuery parseBlockCount(std::wstring_view text) {

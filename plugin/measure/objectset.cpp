@@ -49,6 +49,19 @@ double measureEntity(const host::AcDbEntity& entity, const ObjectSet& set, Entit
   return measure(entity, set.typeMask);
 }
 
+// Adds the measure of each entity a space's walk hands over to one running sum, entity by
+// entity across the spaces.
+class Summer final : public host::AcDbBlockTableRecord::EntityReader {
+ public:
+  Summer(const ObjectSet& set, EntityMeasure measure, double& sum) : set_(set), measure_(measure), sum_(sum) {}
+  void read(const host::AcDbEntity& entity) override { sum_ += measureEntity(entity, set_, measure_); }
+
+ private:
+  const ObjectSet& set_;
+  EntityMeasure measure_;
+  double& sum_;
+};
+
 double sumExplicit(host::AcDbDatabase& db, const ObjectSet& set, EntityMeasure measure) {
   host::AcDbHostApplicationServices& services = db.services();
   double sum = 0.0;
@@ -79,12 +92,8 @@ double sumSpaces(host::AcDbDatabase& db, AcDbObjectId ownerId, const ObjectSet& 
     } else if (scope == SpaceScope::kOwnerSpace && !ownedBy(services, ownerId, recordId)) {
       continue;
     }
-    constexpr std::size_t kAhead = 12;  // objects asked for ahead of the one being measured
-    for (auto entities = record->newIterator(false); !entities.done(); entities.step()) {
-      services.willOpen(entities.peek(kAhead));
-      AcDbObjectPointer<host::AcDbEntity> entity(services, entities.objectId(), AcDb::kForRead);
-      if (entity) sum += measureEntity(*entity.object(), set, measure);
-    }
+    Summer summer(set, measure, sum);
+    record->readEntities(summer);
   }
   return sum;
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -241,6 +242,83 @@ TEST(Blocks, EntitiesOfABlockInOrderWithoutErased) {
   EXPECT_EQ(done.getEntityId(past), Acad::eInvalidIndex);
 }
 
+// The read-only walk, as this host serves it and as the port does for any host: the entities a
+// read open gives, each open for read while the reader has it, over the ids of the walk's start.
+TEST(Blocks, ReadOnlyWalkHandsOutWhatAReadOpenGives) {
+  using Walk = Acad::ErrorStatus (*)(const host::AcDbBlockTableRecord&, host::AcDbBlockTableRecord::EntityReader&);
+  struct Case {
+    const char* name;
+    Walk walk;
+  } const cases[] = {
+      {"this host", [](const host::AcDbBlockTableRecord& r, host::AcDbBlockTableRecord::EntityReader& reader) {
+         return r.readEntities(reader);
+       }},
+      {"any host", [](const host::AcDbBlockTableRecord& r, host::AcDbBlockTableRecord::EntityReader& reader) {
+         return r.host::AcDbBlockTableRecord::readEntities(reader);
+       }},
+  };
+  for (const Case& c : cases) {
+    TestDrawing d;
+    const auto line = d.addLine({0, 0, 0}, {1, 0, 0});
+    const auto erased = d.addCircle(1);
+    const auto held = d.addCircle(2);
+    const auto notAnEntity = d.db.appendEntity(std::make_unique<Dictionary>());
+    const auto gone = d.addText(L"gone");
+    const auto text = d.addText(L"x");
+    d.db.destroyObject(gone);
+    {
+      host::AcDbObjectPointer<host::AcDbEntity> entity(d.host, erased, host::AcDb::kForWrite);
+      entity->erase();
+    }
+    host::AcDbObjectPointer<host::AcDbEntity> writing(d.host, held, host::AcDb::kForWrite);
+    ASSERT_TRUE(writing);
+
+    struct Reader final : host::AcDbBlockTableRecord::EntityReader {
+      TestDrawing* d = nullptr;
+      std::vector<AcDbObjectId> ids;
+      std::vector<bool> readEnabled;
+      std::vector<Acad::ErrorStatus> writeOpens;
+      void read(const host::AcDbEntity& entity) override {
+        ids.push_back(entity.objectId());
+        readEnabled.push_back(entity.isReadEnabled());
+        host::AcDbObjectPointer<host::AcDbEntity> again(d->host, entity.objectId(), host::AcDb::kForWrite);
+        writeOpens.push_back(again.openStatus());
+        // Added during the walk: not in it.
+        if (ids.size() == 1) d->addLine({5, 5, 0}, {6, 6, 0});
+      }
+    } reader;
+    reader.d = &d;
+    {
+      host::AcDbObjectPointer<host::AcDbBlockTableRecord> space(d.host, d.db.modelSpaceId(), host::AcDb::kForRead);
+      EXPECT_EQ(c.walk(*space.object(), reader), Acad::eOk) << c.name;
+    }
+    EXPECT_EQ(reader.ids, (std::vector<AcDbObjectId>{line, text})) << c.name;
+    EXPECT_EQ(reader.readEnabled, (std::vector<bool>{true, true})) << c.name;
+    EXPECT_EQ(reader.writeOpens, (std::vector<Acad::ErrorStatus>{Acad::eWasOpenForRead, Acad::eWasOpenForRead})) << c.name;
+    // Each was closed after its turn.
+    for (const AcDbObjectId id : {line, text}) {
+      host::AcDbObjectPointer<host::AcDbEntity> after(d.host, id, host::AcDb::kForWrite);
+      EXPECT_EQ(after.openStatus(), Acad::eOk) << c.name;
+    }
+    EXPECT_TRUE(d.db.get<Dictionary>(notAnEntity));
+
+    // A reader that throws leaves the entity closed.
+    struct Thrower final : host::AcDbBlockTableRecord::EntityReader {
+      void read(const host::AcDbEntity&) override { throw std::runtime_error("reader failed"); }
+    } thrower;
+    {
+      host::AcDbObjectPointer<host::AcDbBlockTableRecord> space(d.host, d.db.modelSpaceId(), host::AcDb::kForRead);
+      EXPECT_THROW(c.walk(*space.object(), thrower), std::runtime_error) << c.name;
+    }
+    host::AcDbObjectPointer<host::AcDbEntity> first(d.host, line, host::AcDb::kForWrite);
+    EXPECT_EQ(first.openStatus(), Acad::eOk) << c.name;
+
+    // A block outside any drawing has nothing to walk.
+    BlockTableRecord loose(L"Loose");
+    EXPECT_EQ(c.walk(loose, reader), Acad::eNoDatabase) << c.name;
+  }
+}
+
 TEST(Blocks, AttributesOfAReference) {
   TestDrawing d;
   const auto block = d.addBlock(L"Title");
@@ -262,12 +340,22 @@ TEST(Blocks, AttributesOfAReference) {
     bool invisible;
   } const expected[] = {{first, L"NAME", L"Plan", false}, {second, L"SCALE", L"1:50", true}};
   std::size_t n = 0;
+  std::wstring keptTag = L"a tag read before", keptText = L"a text read before", portTag, portText;
   for (auto it = ref->attributeIterator(); !it.done(); it.step(), ++n) {
     ASSERT_LT(n, std::size(expected));
     EXPECT_EQ(it.objectId(), expected[n].id);
     host::AcDbObjectPointer<host::AcDbAttribute> attribute(d.host, it.objectId(), host::AcDb::kForRead);
     EXPECT_EQ(attribute->tag(), expected[n].tag);
     EXPECT_EQ(attribute->textString(), expected[n].text);
+    // Read into kept strings, by this host and as the port does for any host.
+    attribute->getTag(keptTag);
+    attribute->getTextString(keptText);
+    attribute->host::AcDbAttribute::getTag(portTag);
+    attribute->host::AcDbText::getTextString(portText);
+    EXPECT_EQ(keptTag, expected[n].tag);
+    EXPECT_EQ(keptText, expected[n].text);
+    EXPECT_EQ(portTag, expected[n].tag);
+    EXPECT_EQ(portText, expected[n].text);
     EXPECT_EQ(attribute->isInvisible(), expected[n].invisible);
     EXPECT_FALSE(attribute->isConstant());
     EXPECT_EQ(attribute->ownerId(), reference);
@@ -281,6 +369,39 @@ TEST(Blocks, AttributesOfAReference) {
   EXPECT_EQ(def->prompt(), L"SHEET?");
   EXPECT_EQ(def->textString(), L"A1");
   EXPECT_TRUE(def->isConstant());
+}
+
+// A reference with few attributes walks them from the iterator itself, one with many from a
+// list; either way in order, erased ones left out, looking ahead as far as the walk goes.
+TEST(Blocks, AttributeWalksOfEverySize) {
+  for (const int count : {0, 1, 4, 5, 6, 9}) {
+    TestDrawing d;
+    const auto reference = d.addBlockReference(d.addBlock(L"Tag"));
+    std::vector<AcDbObjectId> live;
+    for (int i = 0; i < count; ++i) {
+      const auto id = d.addAttribute(reference, core::format(L"T%d", i), L"");
+      if (i % 3 == 2) {
+        host::AcDbObjectPointer<host::AcDbAttribute> erased(d.host, id, host::AcDb::kForWrite);
+        erased->erase();
+      } else {
+        live.push_back(id);
+      }
+    }
+    host::AcDbObjectPointer<host::AcDbBlockReference> ref(d.host, reference, host::AcDb::kForRead);
+    auto it = ref->attributeIterator();
+    for (int pass = 0; pass < 2; ++pass, it.start()) {
+      std::vector<AcDbObjectId> walked, aheadByTwo;
+      for (; !it.done(); it.step()) {
+        walked.push_back(it.objectId());
+        aheadByTwo.push_back(it.peek(2));
+      }
+      EXPECT_EQ(walked, live) << count;
+      for (std::size_t i = 0; i < live.size(); ++i) {
+        EXPECT_EQ(aheadByTwo[i], i + 2 < live.size() ? live[i + 2] : AcDbObjectId()) << count << " at " << i;
+      }
+      EXPECT_TRUE(it.objectId().isNull());
+    }
+  }
 }
 
 TEST(Blocks, DynamicVariantsLeadToTheirDefinition) {

@@ -47,9 +47,12 @@ TEST(CompactText, EveryCharacterComesBackInTheBytesItsRangeNeeds) {
       {of({'A', 0, 'B'}), 3},
       {of({'a', 0x80, 0x800, 0x10000, 0x200000, 0x4000000, 0xFFFFFFFFu, 'z'}), 1 + 2 + 3 + 4 + 5 + 6 + 7 + 1},
   };
+  std::wstring kept = L"what the kept string held before";  // and then each case before
   for (const Case& c : cases) {
     const CompactText compact(c.text);
     EXPECT_EQ(compact.wide(), c.text) << compact.bytes();
+    compact.wide(kept);
+    EXPECT_EQ(kept, c.text) << compact.bytes();
     EXPECT_EQ(compact.bytes().size(), c.bytes) << compact.bytes();
     EXPECT_EQ(compact.empty(), c.text.empty());
   }

@@ -307,6 +307,25 @@ TEST(Curves, KeptAreasFollowEveryChange) {
   EXPECT_DOUBLE_EQ(areaOf(hatch), 16.0);
   hatch.setLoops({HatchLoop::polyline({{{0, 0}}, {{1, 0}}, {{1, 1}}, {{0, 1}}})});
   EXPECT_DOUBLE_EQ(areaOf(hatch), 1.0);
+
+  // An arc's segment: r^2 / 2 (sweep - sin sweep), after each change that moves it.
+  Arc arc({5, 5, 0}, 2.0, 0.0, kPiValue / 2);
+  const auto segment = [](double radius, double sweep) { return radius * radius / 2 * (sweep - std::sin(sweep)); };
+  EXPECT_NEAR(areaOf(arc), segment(2.0, kPiValue / 2), 1e-12);
+  struct Change {
+    const char* what;
+    void (*apply)(Arc&);
+    double radius, sweep;
+  } const changes[] = {
+      {"radius", [](Arc& a) { a.setRadius(1.0); }, 1.0, kPiValue / 2},
+      {"end angle", [](Arc& a) { a.setEndAngle(kPiValue); }, 1.0, kPiValue},
+      {"start angle", [](Arc& a) { a.setStartAngle(kPiValue / 2); }, 1.0, kPiValue / 2},
+      {"centre, which keeps it", [](Arc& a) { a.setCenter({-3, 0, 0}); }, 1.0, kPiValue / 2},
+  };
+  for (const Change& c : changes) {
+    c.apply(arc);
+    EXPECT_NEAR(areaOf(arc), segment(c.radius, c.sweep), 1e-12) << c.what;
+  }
 }
 
 TEST(Curves, PropertiesAsFieldsReadThem) {
