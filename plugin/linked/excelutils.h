@@ -70,6 +70,9 @@ class ExcelUtils {
   // The evaluator's hidden Excel, made by the program and marked by its caption.
   bool StartPrivateExcel();
   const std::shared_ptr<host::ExcelApplication>& privateExcel() const noexcept { return private_; }
+  // Lets go of the hidden Excel and every workbook it holds open; the next evaluation that
+  // needs it starts a new one, which reads the workbooks as they are then.
+  void ReleasePrivateExcel() noexcept { private_.reset(); }
 
   const std::shared_ptr<host::ExcelApplication>& application() const noexcept { return application_; }
   const std::shared_ptr<host::ExcelWorkbook>& workbook() const noexcept { return workbook_; }

@@ -14,6 +14,15 @@ LinkedSources::LinkedSources(host::AcDbHostApplicationServices& services, host::
                              host::ExcelAutomation* excel)
     : services_(services), system_(system), excel_(excel), evaluationExcel_(excel, nullptr, services) {}
 
+LinkedSources::~LinkedSources() = default;
+
+void LinkedSources::releaseExcelInstance() { evaluationExcel_.ReleasePrivateExcel(); }
+
+// The backend's instances end when they are let go of: none is ever left over to end.
+void LinkedSources::endLeftOverExcel() {}
+
+void LinkedSources::freeDefinedObjects() { lastDrawing_ = {}; }
+
 host::ExcelAutomation* LinkedSources::excel() { return session_ ? session_->excel() : excel_; }
 
 host::HostUi* LinkedSources::ui() { return session_ ? &session_->ui() : nullptr; }

@@ -13,6 +13,7 @@
 #include "host/hostservices.h"
 #include "host/hostsystem.h"
 #include "plugin/linked/cdefinedobject.h"
+#include "plugin/fields/asdkfieldreactor.h"
 #include "plugin/linked/excelutils.h"
 
 namespace corvane {
@@ -23,13 +24,14 @@ class HostSession;
 class HostUi;
 }  // namespace host
 
-class LinkedSources {
+class LinkedSources : public AsdkFieldBatchResources {
  public:
   // Within an editor session: its files, its Excel and its UI.
   LinkedSources(host::AcDbHostApplicationServices& services, host::HostSession& session);
   // Outside one: `system` null, no file can be reached; `excel` null, no Excel; alerts go to
   // the command line.
   LinkedSources(host::AcDbHostApplicationServices& services, host::HostSystem* system, host::ExcelAutomation* excel);
+  ~LinkedSources() override;
   LinkedSources(const LinkedSources&) = delete;
   LinkedSources& operator=(const LinkedSources&) = delete;
 
@@ -52,6 +54,14 @@ class LinkedSources {
     host::AcDbHostApplicationServices::DatabaseHolder db;
   };
   OpenDrawing& lastDrawing() noexcept { return lastDrawing_; }
+
+  // Around each batch of evaluations: the hidden Excel is let go of, so that a workbook changed
+  // since is read afresh; the other drawing kept open is closed after the batch. Objects read
+  // from other drawings stay listed for the session.
+  void releaseExcelInstance() override;
+  void endLeftOverExcel() override;
+  void loadDefinedObjects() override {}
+  void freeDefinedObjects() override;
 
   // The current document's file: the working drawing's; empty when it was never saved.
   std::wstring currentDocumentPath() const;

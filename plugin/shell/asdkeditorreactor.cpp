@@ -10,8 +10,8 @@
 namespace corvane {
 
 AsdkEditorReactor::AsdkEditorReactor(host::HostSession& session, host::AcDbHostApplicationServices& services,
-                                     ReactorState& state, bool attachNow)
-    : session_(session), services_(services), state_(state) {
+                                     ReactorState& state, bool attachNow, AsdkFieldBatchResources* resources)
+    : session_(session), services_(services), state_(state), resources_(resources) {
   if (attachNow) attach();
 }
 
@@ -97,6 +97,10 @@ void AsdkEditorReactor::commandFailed(const wchar_t* /*command*/) { endCommand()
 void AsdkEditorReactor::endCommand() {
   state_.editedTableId = host::AcDbObjectId();
   state_.tableEditInProgress = false;
+  if (resources_) {
+    resources_->releaseExcelInstance();
+    resources_->endLeftOverExcel();
+  }
 }
 
 }  // namespace corvane

@@ -6,6 +6,7 @@
 #include "host/aceditor.h"
 #include "host/hostservices.h"
 #include "host/hostsession.h"
+#include "plugin/fields/asdkfieldreactor.h"
 #include "plugin/shell/reactorstate.h"
 
 namespace corvane {
@@ -14,8 +15,9 @@ class AsdkEditorReactor : public host::AcEditorReactor {
  public:
   // With `attachNow` the reactor adds itself to the host editor at once; when the host has no
   // editor it stays detached.
+  // `resources`, when given, lose their hidden Excel at the end of every command.
   AsdkEditorReactor(host::HostSession& session, host::AcDbHostApplicationServices& services, ReactorState& state,
-                    bool attachNow);
+                    bool attachNow, AsdkFieldBatchResources* resources = nullptr);
   ~AsdkEditorReactor() override;
   AsdkEditorReactor(const AsdkEditorReactor&) = delete;
   AsdkEditorReactor& operator=(const AsdkEditorReactor&) = delete;
@@ -42,6 +44,7 @@ class AsdkEditorReactor : public host::AcEditorReactor {
   host::HostSession& session_;
   host::AcDbHostApplicationServices& services_;
   ReactorState& state_;
+  AsdkFieldBatchResources* resources_;
   bool attached_ = false;
 };
 

@@ -45,14 +45,14 @@ CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services)
     : services_(services),
       linked_(std::make_unique<LinkedSources>(services, nullptr, nullptr)),
       loader_([this](std::size_t row) { return makeEvaluator(row); }),
-      fieldReactor_(fieldEvaluationActive_) {}
+      fieldReactor_(fieldEvaluationActive_, linked_.get()) {}
 
 CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSession& session)
     : services_(services),
       session_(&session),
       linked_(std::make_unique<LinkedSources>(services, session)),
       loader_([this](std::size_t row) { return makeEvaluator(row); }),
-      fieldReactor_(fieldEvaluationActive_),
+      fieldReactor_(fieldEvaluationActive_, linked_.get()),
       registry_(&session.registry()) {}
 
 CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services, host::HostSystem& system,
@@ -60,7 +60,7 @@ CCorvaneApp::CCorvaneApp(host::AcDbHostApplicationServices& services, host::Host
     : services_(services),
       linked_(std::make_unique<LinkedSources>(services, &system, excel)),
       loader_([this](std::size_t row) { return makeEvaluator(row); }),
-      fieldReactor_(fieldEvaluationActive_) {}
+      fieldReactor_(fieldEvaluationActive_, linked_.get()) {}
 
 std::unique_ptr<host::AcFdFieldEvaluator> CCorvaneApp::makeEvaluator(std::size_t row) {
   switch (row) {
@@ -100,7 +100,7 @@ host::AcRx::AppRetCode CCorvaneApp::On_kInitAppMsg() {
 
     arrangeMenuLoading();
 
-    if (!editorReactor_) editorReactor_ = std::make_unique<AsdkEditorReactor>(*session_, services_, reactorState_, true);
+    if (!editorReactor_) editorReactor_ = std::make_unique<AsdkEditorReactor>(*session_, services_, reactorState_, true, linked_.get());
     if (!databaseReactor_) {
       databaseReactor_ = std::make_unique<AsdkDataBaseReactor>(reactorState_);
       if (host::AcDbDatabase* db = services_.workingDatabase()) {

@@ -35,12 +35,28 @@ struct LinkedDrawing : TestDrawing {
   headless::OsServices system{L"corvane.so", [](std::wstring_view) {}};
   xlsx::BookAutomation excel;
   CCorvaneApp app{host, system, &excel};
+  // How many workbooks the evaluations' Excel held open as the last batch ended, before the
+  // plug-in let go of it: its reactor is added after this one and hears of the end after it.
+  struct BatchWatch : host::AcFdFieldReactor {
+    LinkedDrawing* drawing = nullptr;
+    std::int32_t workbooks = 0;
+    host::Acad::ErrorStatus endEvaluateFields(int, host::AcDbDatabase*) override {
+      const auto& instance = drawing->sources().evaluationExcel().privateExcel();
+      workbooks = instance ? instance->workbookCount() : 0;
+      return host::Acad::eOk;
+    }
+  } watch;
 
   LinkedDrawing() {
     db.setFilename(path("site.dxf"));
+    watch.drawing = this;
+    host.engine().addFieldReactor(&watch);
     app.onInitialize();
   }
-  ~LinkedDrawing() { app.onUnload(); }
+  ~LinkedDrawing() {
+    app.onUnload();
+    host.engine().removeFieldReactor(&watch);
+  }
 
   std::wstring path(const std::string& name) const { return core::fromUtf8((folder / name).string()); }
   LinkedSources& sources() { return app.linkedSources(); }
