@@ -188,6 +188,23 @@ double wcstod(std::wstring_view text, std::size_t* consumed) noexcept {
   bool negative = false;
   if (i < text.size() && (text[i] == L'+' || text[i] == L'-')) negative = text[i++] == L'-';
 
+  // A plain whole number, by far the commonest text read, needs no general parse: up to 15
+  // digits are exact in a double. Anything that could go on as a number goes the long way.
+  std::size_t wholeEnd = i;
+  std::uint64_t whole = 0;
+  while (wholeEnd < text.size() && wholeEnd - i < 16 && text[wholeEnd] >= L'0' && text[wholeEnd] <= L'9')
+    whole = whole * 10 + static_cast<std::uint64_t>(text[wholeEnd++] - L'0');
+  if (wholeEnd > i && wholeEnd - i <= 15) {
+    const wchar_t next = wholeEnd < text.size() ? text[wholeEnd] : L'\0';
+    const bool more = next == L'.' || next == L'e' || next == L'E' || (next >= L'0' && next <= L'9') ||
+                      (wholeEnd - i == 1 && whole == 0 && (next == L'x' || next == L'X'));
+    if (!more) {
+      if (consumed) *consumed = wholeEnd;
+      const auto exact = static_cast<double>(whole);
+      return negative ? -exact : exact;
+    }
+  }
+
   double value = 0.0;
   std::size_t end = 0;
   NumberSpan span;

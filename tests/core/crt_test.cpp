@@ -128,6 +128,14 @@ TEST(Crt, WcstodTakesTheLongestNumberPrefix) {
       {L"infx", HUGE_VAL, 3},
       {L"-inf", -HUGE_VAL, 4},
       {L"in", 0, 0},
+      // Whole numbers either side of the fifteen digits read without the general parse.
+      {L"900", 900, 3},
+      {L"-007 mm", -7, 4},
+      {L"999999999999999", 999999999999999.0, 15},
+      {L"9007199254740993", 9007199254740992.0, 16},  // rounded to even, as the long way does
+      {L"12e3", 12000, 4},
+      {L"0x", 0, 1},
+      {L"10x", 10, 2},
   };
   for (const auto& c : cases) {
     std::size_t consumed = 99;
