@@ -1,7 +1,5 @@
 #include "plugin/linked/definedobjectvalue.h"
 
-#include <cmath>
-
 #include "core/filepath.h"
 #include "core/printf.h"
 #include "core/textutil.h"
@@ -11,6 +9,7 @@
 #include "host/acdbtext.h"
 #include "host/hostservices.h"
 #include "plugin/linked/linkedsources.h"
+#include "plugin/linked/linkedtimestamp.h"
 
 namespace corvane {
 
@@ -26,7 +25,7 @@ CDefinedObjectTime timeOf(const host::HostSystem::FileStatus& status) {
 
 bool sameTime(const CDefinedObjectTime& a, const CDefinedObjectTime& b) {
   if (a.status != b.status) return false;
-  return a.status != CDefinedObjectTime::kValid || std::abs(a.date - b.date) < 1.0 / 172800.0;
+  return a.status != CDefinedObjectTime::kValid || SameTime(a.date, b.date);
 }
 
 }  // namespace
