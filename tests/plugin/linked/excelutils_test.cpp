@@ -12,9 +12,7 @@
 #include "headless/db/database.h"
 #include "headless/editor/session.h"
 #include "headless/editor/terminalui.h"
-#include "headless/hostapplication.h"
-#include "headless/settings/registryfile.h"
-#include "support/scratchfolder.h"
+#include "support/editorsession.h"
 #include "xlsx/bookapplication.h"
 #include "xlsx/bookautomation.h"
 
@@ -23,28 +21,11 @@ namespace {
 
 using testing::ScratchFolder;
 
-struct Rig {
-  ScratchFolder folder;
-  headless::HostApplication host;
-  headless::Database db{host};
-  std::wstring printed;
-  headless::RegistryFile registry{folder / "registry.reg", [](std::wstring_view) {}};
-  headless::Session session{host, headless::Script(L""), options()};
+struct Rig : testing::EditorSession {
   xlsx::BookAutomation excel;
   ExcelUtils utils{session, host};
 
-  Rig() {
-    host.setOutput([this](std::wstring_view t) { printed += t; });
-    session.openDocument(&db);
-    session.setExcel(&excel);
-  }
-  headless::Session::Options options() {
-    headless::Session::Options o;
-    o.registry = &registry;
-    o.progress = nullptr;
-    o.notice = [](std::wstring_view) {};
-    return o;
-  }
+  Rig() { session.setExcel(&excel); }
   const std::vector<headless::TerminalUi::Box>& boxes() { return static_cast<headless::TerminalUi&>(session.ui()).boxes(); }
   // A workbook saved at `name` in the scratch folder, its first sheet filled with the rows.
   std::wstring makeWorkbook(const std::string& name, const std::vector<std::vector<host::ExcelValue>>& rows = {}) {
@@ -162,7 +143,7 @@ TEST(ExcelUtils, DeletesRowsOneAfterAnotherAndFills) {
   ASSERT_TRUE(rig.utils.EnsureWorkbook());
   // Row 3 is deleted after row 1 moved everything up: "four" goes, not "three".
   rig.utils.DeleteRows(*rig.utils.worksheet(), {1, 3});
-  EXPECT_EQ(rig.printed, L"\nDelete the row 1 successfully.\nDelete the row 3 successfully.");
+  EXPECT_EQ(rig.out, L"\nDelete the row 1 successfully.\nDelete the row 3 successfully.");
   const auto textAt = [&](const wchar_t* cell) { return *(*rig.utils.worksheet()->range(cell))->text(); };
   EXPECT_EQ(textAt(L"A1"), L"two");
   EXPECT_EQ(textAt(L"A2"), L"three");
@@ -191,7 +172,7 @@ TEST(ExcelUtils, WindowsAndThePrivateInstanceCarryMarkers) {
   rig.session.setExcel(nullptr);
   EXPECT_FALSE(rig.utils.StartPrivateExcel());
   EXPECT_FALSE(rig.utils.privateExcel());
-  EXPECT_EQ(rig.printed.substr(0, 24), L"\nasdkexcelcellevaluator:");
+  EXPECT_EQ(rig.out.substr(0, 24), L"\nasdkexcelcellevaluator:");
 }
 
 TEST(ExcelUtils, ReportsFailuresWithTheBestTextThereIs) {

@@ -8,9 +8,6 @@
 #include "headless/db/database.h"
 #include "headless/db/field.h"
 #include "headless/db/text.h"
-#include "headless/editor/session.h"
-#include "headless/hostapplication.h"
-#include "headless/settings/registryfile.h"
 #include "plugin/linked/asdkdefinedobjectoptiondialog.h"
 #include "plugin/linked/asdkexcelrangeoptiondialog.h"
 #include "plugin/linked/asdktextfilefieldoptiondialog.h"
@@ -19,41 +16,25 @@
 #include "plugin/linked/linkedsources.h"
 #include "plugin/shell/ccorvaneapp.h"
 #include "plugin/support/corvanesettings.h"
-#include "support/scratchfolder.h"
+#include "support/editorsession.h"
 
 namespace corvane {
 namespace {
 
 using testing::ScratchFolder;
 
-struct Rig {
-  ScratchFolder folder;
-  headless::HostApplication host;
-  headless::Database db{host};
-  std::wstring out;
-  headless::RegistryFile registryFile{folder / "registry.reg", [](std::wstring_view) {}};
-  headless::Session session;
+struct Rig : testing::EditorSession {
   LinkedSources sources{host, session};
   CRegistry registry{&session.registry()};
 
   // `drawing` empty: a drawing never saved.
   explicit Rig(std::wstring_view script = L"", const std::string& drawing = "plans/site/plan.dxf")
-      : session(host, headless::Script(script), options(*this)) {
-    host.setOutput([this](std::wstring_view t) { out += t; });
+      : EditorSession(script) {
     if (!drawing.empty()) {
       ScratchFolder::write(folder / drawing, "0\nEOF\n");
       db.setFilename((folder / drawing).wstring());
     }
-    session.openDocument(&db);
-    host.setWorkingDatabase(&db);
     registry.setRoot(host::RegistryHive::kCurrentUser, settings::kMaker);
-  }
-  static headless::Session::Options options(Rig& rig) {
-    headless::Session::Options o;
-    o.registry = &rig.registryFile;
-    o.progress = nullptr;
-    o.notice = [](std::wstring_view) {};
-    return o;
   }
   std::wstring path(const std::string& name) const { return (folder / name).wstring(); }
   // The boxes shown so far as "caption: text", and forgotten.

@@ -7,30 +7,17 @@
 
 #include "headless/db/database.h"
 #include "headless/db/table.h"
-#include "headless/editor/session.h"
 #include "headless/fields/fieldengine.h"
-#include "headless/hostapplication.h"
-#include "headless/settings/registryfile.h"
 #include "plugin/shell/ccorvaneapp.h"
-#include "support/scratchfolder.h"
+#include "support/editorsession.h"
 
 namespace corvane {
 namespace {
 
-using testing::ScratchFolder;
-
-struct TableRig {
-  ScratchFolder folder;
-  headless::HostApplication host;
-  headless::Database db{host};
-  std::wstring out;
-  headless::RegistryFile registry{folder / "registry.reg", [](std::wstring_view) {}};
-  headless::Session session;
+struct TableRig : testing::EditorSession {
   host::AcDbObjectId table;
 
-  explicit TableRig(const std::wstring& script) : session(host, headless::Script(L""), options(*this)) {
-    host.setOutput([this](std::wstring_view t) { out += t; });
-    session.openDocument(&db);
+  explicit TableRig(const std::wstring& script) {
     // Quantity, price and their product; a total of the products below.
     auto made = std::make_unique<headless::Table>(3, 3);
     table = db.appendEntity(std::move(made));
@@ -47,13 +34,6 @@ struct TableRig {
     for (auto at = answers.find(L'@'); at != std::wstring::npos; at = answers.find(L'@', at + pick.size()))
       answers.replace(at, 1, pick);
     session.script() = headless::Script(answers);
-  }
-  static headless::Session::Options options(TableRig& rig) {
-    headless::Session::Options o;
-    o.registry = &rig.registry;
-    o.progress = nullptr;
-    o.notice = [](std::wstring_view) {};
-    return o;
   }
   void evaluateAll() { host.engine().evaluateFields(&db, {}, host::AcDbField::kDemand); }
   std::wstring cell(int row, int column) {
