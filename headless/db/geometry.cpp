@@ -269,19 +269,27 @@ double ccwSweep(double startAngle, double endAngle) noexcept {
   return d;
 }
 
-std::optional<BulgeArc> bulgeArc(const AcGePoint2d& from, const AcGePoint2d& to, double bulge) noexcept {
+std::optional<BulgeCircle> bulgeCircle(const AcGePoint2d& from, const AcGePoint2d& to, double bulge) noexcept {
   const double chord = from.distanceTo(to);
   if (bulge == 0.0 || chord == 0.0) return std::nullopt;
-  const double sweep = 4.0 * std::atan(bulge);
   const AcGePoint2d middle{(from.x + to.x) / 2, (from.y + to.y) / 2};
   const AcGeVector2d left{-(to.y - from.y) / chord, (to.x - from.x) / chord};
   // With b = tan(sweep / 4): tan(sweep / 2) = 2b / (1 - b^2) and sin(sweep / 2) = 2b / (1 + b^2).
   const double offset = chord * (1.0 - bulge * bulge) / (4.0 * bulge);
+  BulgeCircle circle;
+  circle.center = {middle.x + left.x * offset, middle.y + left.y * offset};
+  circle.radius = chord * (1.0 + bulge * bulge) / (4.0 * std::abs(bulge));
+  return circle;
+}
+
+std::optional<BulgeArc> bulgeArc(const AcGePoint2d& from, const AcGePoint2d& to, double bulge) noexcept {
+  const auto circle = bulgeCircle(from, to, bulge);
+  if (!circle) return std::nullopt;
   BulgeArc arc;
-  arc.center = {middle.x + left.x * offset, middle.y + left.y * offset};
-  arc.radius = chord * (1.0 + bulge * bulge) / (4.0 * std::abs(bulge));
+  arc.center = circle->center;
+  arc.radius = circle->radius;
   arc.startAngle = std::atan2(from.y - arc.center.y, from.x - arc.center.x);
-  arc.sweep = sweep;
+  arc.sweep = 4.0 * std::atan(bulge);
   return arc;
 }
 

@@ -45,6 +45,12 @@ struct Vertex {
 
 // The circle a bulged segment runs on: its start angle and its signed sweep (positive
 // counter-clockwise).
+// The circle a bulged segment lies on; nullopt as for bulgeArc.
+struct BulgeCircle {
+  AcGePoint2d center;
+  double radius = 0.0;
+};
+std::optional<BulgeCircle> bulgeCircle(const AcGePoint2d& from, const AcGePoint2d& to, double bulge) noexcept;
 struct BulgeArc {
   AcGePoint2d center;
   double radius = 0.0;

@@ -11,19 +11,19 @@ using host::Acad;
 void Polyline::setVertices(std::vector<Vertex> vertices) {
   if (vertices_ != vertices) record_.modified = true;
   vertices_ = std::move(vertices);
-  area_ = std::numeric_limits<double>::quiet_NaN();
+  forgetWorkedOut();
 }
 
 void Polyline::addVertex(Vertex vertex) {
   vertices_.push_back(vertex);
-  area_ = std::numeric_limits<double>::quiet_NaN();
+  forgetWorkedOut();
   record_.modified = true;
 }
 
 void Polyline::setClosed(bool closed) {
   if (closed_ != closed) {
     record_.modified = true;
-    area_ = std::numeric_limits<double>::quiet_NaN();
+    forgetWorkedOut();
   }
   closed_ = closed;
 }
@@ -41,6 +41,11 @@ void Polyline::setConstantWidth(double width) {
 void Polyline::setNormal(host::AcGeVector3d normal) {
   if (!(normal_ == normal)) record_.modified = true;
   normal_ = normal;
+}
+
+void Polyline::forgetWorkedOut() noexcept {
+  area_ = std::numeric_limits<double>::quiet_NaN();
+  arcAngles_.reset();
 }
 
 std::size_t Polyline::segmentCount() const noexcept {
@@ -69,11 +74,28 @@ Acad::ErrorStatus Polyline::getLineSegAt(unsigned int index, host::AcGeLineSeg2d
 Acad::ErrorStatus Polyline::getArcSegAt(unsigned int index, host::AcGeCircArc2d& arc) const {
   if (index >= vertices_.size()) return Acad::eInvalidIndex;
   if (segType(index) != kArc) return Acad::eWrongObjectType;
+  const std::size_t n = vertices_.size();
   const Vertex& from = vertices_[index];
-  const auto bulged =
-      geometry::bulgeArc(from.point, vertices_[index + 1 == vertices_.size() ? 0 : index + 1].point, from.bulge);
-  if (!bulged) return Acad::eWrongObjectType;
-  arc = geometry::toCircArc(*bulged);
+  const auto circle = geometry::bulgeCircle(from.point, vertices_[index + 1 == n ? 0 : index + 1].point, from.bulge);
+  if (!circle) return Acad::eWrongObjectType;
+  if (!arcAngles_) {
+    // The same arithmetic as one arc alone, so a kept angle is the one a fresh one would be.
+    arcAngles_ = std::make_unique<ArcAngles[]>(n);
+    for (std::size_t i = 0; i < n; ++i) {
+      const auto bulged = segType(static_cast<unsigned int>(i)) == kArc
+                              ? geometry::bulgeArc(vertices_[i].point, vertices_[i + 1 == n ? 0 : i + 1].point,
+                                                   vertices_[i].bulge)
+                              : std::nullopt;
+      if (!bulged) {
+        arcAngles_[i] = {0.0, 0.0};
+        continue;
+      }
+      const host::AcGeCircArc2d worked = geometry::toCircArc(*bulged);
+      arcAngles_[i] = {worked.startAng(), worked.endAng()};
+    }
+  }
+  const ArcAngles& angles = arcAngles_[index];
+  arc = host::AcGeCircArc2d(circle->center, circle->radius, angles.start, angles.end, from.bulge < 0);
   return Acad::eOk;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <limits>
+#include <memory>
 #include <vector>
 
 #include "headless/db/geometry.h"
@@ -11,7 +12,7 @@ namespace corvane::headless {
 
 // A lightweight polyline (LWPOLYLINE): 2D vertices in its object coordinate system at one
 // elevation, each with the bulge and widths of the segment it starts.
-class Polyline : public CurveEntity<host::AcDbPolyline> {
+class Polyline final : public CurveEntity<host::AcDbPolyline> {
  public:
   using Vertex = geometry::Vertex;
   Polyline() = default;
@@ -56,10 +57,20 @@ class Polyline : public CurveEntity<host::AcDbPolyline> {
   double distanceAt(double param) const noexcept override;
 
   std::size_t segmentCount() const noexcept;
+  void forgetWorkedOut() noexcept;
+
 
   std::vector<Vertex> vertices_;
   // The area once worked out; NaN until then and after the vertices or closing change.
   mutable double area_ = std::numeric_limits<double>::quiet_NaN();
+  // The start and end angles of every arc segment, worked out at the first arc asked for: the
+  // arc tangents are most of what a length costs, and fields measure the same polylines again
+  // and again. Null until then and after the vertices or closing change.
+  struct ArcAngles {
+    double start;
+    double end;
+  };
+  mutable std::unique_ptr<ArcAngles[]> arcAngles_;
   bool closed_ = false;
   double elevation_ = 0.0;
   double constantWidth_ = 0.0;

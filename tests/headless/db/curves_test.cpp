@@ -9,6 +9,8 @@
 #include "host/acdbcircle.h"
 #include "host/acdbhatch.h"
 #include "host/acdbline.h"
+#include "headless/db/geometry.h"
+#include "headless/db/polyline.h"
 #include "host/acdbpolyline.h"
 #include "support/testdrawing.h"
 
@@ -197,6 +199,44 @@ TEST(Curves, SegmentsAddUpToTheLength) {
       EXPECT_NEAR(sum, lengthOf(d, id), 1e-12) << closed;
     }
   }
+}
+
+// Arc segments are worked out once and kept. What is kept must be, to the last bit, what the
+// vertices give afresh, and must follow the vertices and the closing when they change.
+TEST(Curves, KeptArcSegmentsMatchFreshOnesAndFollowChanges) {
+  TestDrawing d;
+  const std::vector<Vertex> first{{{0, 0}, -kQuarter}, {{1, 1}, 0.5}, {{3, 1}}, {{3, 3}, -2.0}, {{0.1, 3.7}, 0.3}};
+  const std::vector<Vertex> second{{{0, 0}, 1.0}, {{2, 0}, -0.7}, {{4, 0.5}, 0.2}};
+  const auto id = d.addPolyline(first, false);
+  auto* pline = d.db.get<headless::Polyline>(id);
+  const auto expectFresh = [&](const char* when) {
+    const auto& vertices = pline->vertices();
+    for (unsigned int i = 0; i < vertices.size(); ++i) {
+      host::AcGeCircArc2d kept;
+      if (pline->getArcSegAt(i, kept) != Acad::eOk) {
+        EXPECT_NE(pline->segType(i), AcDbPolyline::kArc) << when << " " << i;
+        continue;
+      }
+      const auto bulged =
+          geometry::bulgeArc(vertices[i].point, vertices[(i + 1) % vertices.size()].point, vertices[i].bulge);
+      ASSERT_TRUE(bulged) << when << " " << i;
+      const host::AcGeCircArc2d fresh = geometry::toCircArc(*bulged);
+      EXPECT_EQ(kept.startAng(), fresh.startAng()) << when << " " << i;
+      EXPECT_EQ(kept.endAng(), fresh.endAng()) << when << " " << i;
+      EXPECT_EQ(kept.radius(), fresh.radius()) << when << " " << i;
+      EXPECT_EQ(kept.center(), fresh.center()) << when << " " << i;
+      EXPECT_EQ(kept.isClockWise(), fresh.isClockWise()) << when << " " << i;
+    }
+  };
+  expectFresh("open");
+  pline->setClosed(true);  // the bulged closing segment appears
+  expectFresh("closed");
+  pline->setVertices(second);
+  expectFresh("new vertices");
+  pline->addVertex({{1, -3}, -0.4});
+  expectFresh("added vertex");
+  host::AcGeCircArc2d arc;
+  EXPECT_EQ(pline->getArcSegAt(3, arc), Acad::eOk);  // the added vertex closes with an arc
 }
 
 TEST(Curves, ClosednessAndClassesThroughThePort) {
