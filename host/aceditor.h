@@ -1,8 +1,13 @@
 // The host editor's notifications: a reactor added to the editor hears of every command's
-// start and of how it ended. The command name passed is the command's global name.
+// start and of how it ended. The command name passed is the command's global name. A command
+// that copies objects brackets each deep clone: the mapping is empty at the beginning and
+// holds every object cloned, owned ones included, at the end.
 #pragma once
 
 namespace corvane::host {
+
+class AcDbDatabase;
+class AcDbIdMapping;
 
 class AcEditorReactor {
  public:
@@ -11,6 +16,8 @@ class AcEditorReactor {
   virtual void commandEnded(const wchar_t* /*command*/) {}
   virtual void commandCancelled(const wchar_t* /*command*/) {}
   virtual void commandFailed(const wchar_t* /*command*/) {}
+  virtual void beginDeepClone(AcDbDatabase* /*to*/, AcDbIdMapping& /*mapping*/) {}
+  virtual void endDeepClone(AcDbIdMapping& /*mapping*/) {}
 };
 
 class AcEditor {

@@ -41,6 +41,8 @@ class BlockReference : public ShapeEntity<host::AcDbBlockReference> {
   // reference.
   const std::vector<host::AcDbObjectId>& attributeIds() const noexcept { return attributes_; }
   void addAttributeId(host::AcDbObjectId attribute);
+  // A copy made for a clone starts without the source's attributes; their clones join it.
+  void clearAttributeIds() noexcept { attributes_.clear(); }
   host::AcDbObjectIterator attributeIterator() const override;
 
   const std::wstring& dynamicBlockName() const noexcept { return dynamicBlockName_; }

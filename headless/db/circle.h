@@ -19,6 +19,10 @@ class Circle : public CurveEntity<host::AcDbCircle> {
   // the world's for the default normal (0, 0, 1).
   host::AcGePoint3d center() const override;  // in world coordinates
   host::AcGePoint3d ocsCenter() const noexcept { return host::AcGePoint3d::fromArray(center_); }
+  void setOcsCenter(host::AcGePoint3d center) {
+    if (center.asArray() != center_) record_.modified = true;
+    center_ = center.asArray();
+  }
   double radius() const override { return radius_; }
   const host::AcGeVector3d& normal() const noexcept { return normal_; }
   void setNormal(host::AcGeVector3d normal);

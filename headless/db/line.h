@@ -17,6 +17,11 @@ class Line : public CurveEntity<host::AcDbLine> {
 
   const Point& start() const noexcept { return start_; }
   const Point& end() const noexcept { return end_; }
+  void setEnds(Point start, Point end) {
+    if (start != start_ || end != end_) record_.modified = true;
+    start_ = start;
+    end_ = end;
+  }
   double length() const noexcept;
 
   host::AcGePoint3d startPoint() const override { return host::AcGePoint3d::fromArray(start_); }

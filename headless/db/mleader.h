@@ -31,6 +31,10 @@ class MLeader : public ShapeEntity<host::AcDbEntity>, public TextHost {
   void setTextHeight(double height);
   const std::vector<std::vector<host::AcGePoint3d>>& leaderLines() const noexcept { return leaderLines_; }
   void addLeaderLine(std::vector<host::AcGePoint3d> points);
+  void setLeaderLines(std::vector<std::vector<host::AcGePoint3d>> lines) {
+    if (lines != leaderLines_) record_.modified = true;
+    leaderLines_ = std::move(lines);
+  }
 
   void addExtents(host::AcDbExtents& extents, const geometry::Transform& transform) const override;
 

@@ -7,6 +7,7 @@
 #include "core/textutil.h"
 #include "core/utf8.h"
 #include "headless/db/database.h"
+#include "headless/editor/copycommand.h"
 #include "host/acdbtable.h"
 #include "headless/hostapplication.h"
 #include "headless/settings/registryfile.h"
@@ -21,7 +22,8 @@ namespace {
 // Expressions and sent text may queue more of the same; the host stops somewhere.
 constexpr int kMaxIdleRounds = 64;
 
-constexpr const wchar_t* kBuiltins[] = {L"MENULOAD", L"MENUUNLOAD", L"TABLEDIT", L"EDITTABLECELL"};
+constexpr const wchar_t* kBuiltins[] = {L"MENULOAD", L"MENUUNLOAD", L"TABLEDIT", L"EDITTABLECELL", L"COPY",
+                                        L"COPYTOLAYOUT"};
 
 // The quoted texts of "(command "NAME" "ARG" ...)"; nullopt for any other expression.
 std::optional<std::vector<std::wstring>> commandCall(std::wstring_view expression) {
@@ -209,6 +211,10 @@ void Session::runBuiltin(std::wstring_view name) {
     print(core::format(L"\nCustomization group %s unloaded.", answer));
   } else if (core::equalsNoCase(name, L"TABLEDIT") || core::equalsNoCase(name, L"EDITTABLECELL")) {
     editTableCell();
+  } else if (core::equalsNoCase(name, L"COPY")) {
+    copyObjects(*this);
+  } else if (core::equalsNoCase(name, L"COPYTOLAYOUT")) {
+    copyToLayout(*this);
   }
 }
 

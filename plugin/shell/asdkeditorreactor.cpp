@@ -6,6 +6,7 @@
 #include "host/acdbfield.h"
 #include "host/acdbtable.h"
 #include "host/acedprompts.h"
+#include "plugin/shell/copymaintenance.h"
 
 namespace corvane {
 
@@ -93,6 +94,51 @@ void AsdkEditorReactor::RecomputeTableFormulas(host::AcDbObjectId tableId) {
 void AsdkEditorReactor::commandCancelled(const wchar_t* /*command*/) { endCommand(); }
 
 void AsdkEditorReactor::commandFailed(const wchar_t* /*command*/) { endCommand(); }
+
+void AsdkEditorReactor::endDeepClone(host::AcDbIdMapping& mapping) {
+  host::AcDbIdMappingIter pairs(mapping);
+  for (pairs.start(); !pairs.done(); pairs.next()) {
+    host::AcDbIdPair pair;
+    if (!pairs.getMap(pair)) continue;
+    if (host::AcDbObjectPointer<host::AcDbTable> table(services_, pair.value(), host::AcDb::kForRead); table) {
+      fixCopiedTable(*table.object(), mapping);
+      continue;
+    }
+    if (host::AcDbObjectPointer<host::AcDbField> field(services_, pair.value(), host::AcDb::kForRead); field) {
+      fixCopiedField(*field.object(), mapping);
+    }
+  }
+}
+
+void AsdkEditorReactor::fixCopiedField(host::AcDbField& field, const host::AcDbIdMapping& mapping) {
+  const std::wstring evaluator = field.evaluatorId();
+  if (core::equalsNoCase(evaluator, L"TableCell")) {
+    FixTableReference(services_, field, mapping);
+  } else if (core::equalsNoCase(evaluator, L"AcArea")) {
+    FixHandleList(services_, field, mapping, L"AcArea Data");
+  } else if (core::equalsNoCase(evaluator, L"AcLength")) {
+    FixHandleList(services_, field, mapping, L"AcLength Data");
+  }
+}
+
+void AsdkEditorReactor::fixCopiedTable(const host::AcDbTable& table, const host::AcDbIdMapping& mapping) {
+  for (int row = 0; row < table.numRows(); ++row) {
+    for (int column = 0; column < table.numColumns(); ++column) {
+      const host::AcDbObjectId fieldId = table.fieldId(row, column);
+      if (!services_.isValid(fieldId)) continue;
+      host::AcDbObjectPointer<host::AcDbField> field(services_, fieldId, host::AcDb::kForRead);
+      if (!field) continue;
+      if (core::equalsNoCase(field->evaluatorId(), L"TableCell")) {
+        FixTableReference(services_, *field.object(), mapping);
+      } else if (core::equalsNoCase(field->evaluatorId(), L"_text") && field->childCount() == 1) {
+        host::AcDbObjectPointer<host::AcDbField> child(services_, field->getChild(0), host::AcDb::kForRead);
+        if (child && core::equalsNoCase(child->evaluatorId(), L"TableCell")) {
+          FixTableReference(services_, *child.object(), mapping);
+        }
+      }
+    }
+  }
+}
 
 void AsdkEditorReactor::endCommand() {
   state_.editedTableId = host::AcDbObjectId();

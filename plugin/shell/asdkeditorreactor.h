@@ -1,8 +1,10 @@
 // The plug-in's editor reactor: it watches commands so that state kept for one command does
-// not leak into the next, and recomputes the formulas of a table once a table-editing command
-// has changed one of its cells.
+// not leak into the next, recomputes the formulas of a table once a table-editing command
+// has changed one of its cells, and keeps the references of copied fields on the copies.
 #pragma once
 
+#include "host/acdbidmapping.h"
+#include "host/acdbtable.h"
 #include "host/aceditor.h"
 #include "host/hostservices.h"
 #include "host/hostsession.h"
@@ -30,6 +32,7 @@ class AsdkEditorReactor : public host::AcEditorReactor {
   void commandEnded(const wchar_t* command) override;
   void commandCancelled(const wchar_t* command) override;
   void commandFailed(const wchar_t* command) override;
+  void endDeepClone(host::AcDbIdMapping& mapping) override;
 
   static bool isTableEditCommand(const wchar_t* command) noexcept;
 
@@ -40,6 +43,11 @@ class AsdkEditorReactor : public host::AcEditorReactor {
 
  private:
   void endCommand();
+  // An area, length or table cell field among the clones.
+  void fixCopiedField(host::AcDbField& field, const host::AcDbIdMapping& mapping);
+  // The table cell fields of a cloned table, directly in a cell or alone in a cell's text.
+  // Area and length fields in cells are left as they are.
+  void fixCopiedTable(const host::AcDbTable& table, const host::AcDbIdMapping& mapping);
 
   host::HostSession& session_;
   host::AcDbHostApplicationServices& services_;
