@@ -45,7 +45,7 @@ void Polyline::setNormal(host::AcGeVector3d normal) {
 
 void Polyline::forgetWorkedOut() noexcept {
   area_ = std::numeric_limits<double>::quiet_NaN();
-  arcAngles_.reset();
+  arcAngles_.angles.reset();
 }
 
 std::size_t Polyline::segmentCount() const noexcept {
@@ -78,23 +78,23 @@ Acad::ErrorStatus Polyline::getArcSegAt(unsigned int index, host::AcGeCircArc2d&
   const Vertex& from = vertices_[index];
   const auto circle = geometry::bulgeCircle(from.point, vertices_[index + 1 == n ? 0 : index + 1].point, from.bulge);
   if (!circle) return Acad::eWrongObjectType;
-  if (!arcAngles_) {
+  if (!arcAngles_.angles) {
     // The same arithmetic as one arc alone, so a kept angle is the one a fresh one would be.
-    arcAngles_ = std::make_unique<ArcAngles[]>(n);
+    arcAngles_.angles = std::make_unique<ArcAngles[]>(n);
     for (std::size_t i = 0; i < n; ++i) {
       const auto bulged = segType(static_cast<unsigned int>(i)) == kArc
                               ? geometry::bulgeArc(vertices_[i].point, vertices_[i + 1 == n ? 0 : i + 1].point,
                                                    vertices_[i].bulge)
                               : std::nullopt;
       if (!bulged) {
-        arcAngles_[i] = {0.0, 0.0};
+        arcAngles_.angles[i] = {0.0, 0.0};
         continue;
       }
       const host::AcGeCircArc2d worked = geometry::toCircArc(*bulged);
-      arcAngles_[i] = {worked.startAng(), worked.endAng()};
+      arcAngles_.angles[i] = {worked.startAng(), worked.endAng()};
     }
   }
-  const ArcAngles& angles = arcAngles_[index];
+  const ArcAngles& angles = arcAngles_.angles[index];
   arc = host::AcGeCircArc2d(circle->center, circle->radius, angles.start, angles.end, from.bulge < 0);
   return Acad::eOk;
 }

@@ -70,7 +70,20 @@ class Polyline final : public CurveEntity<host::AcDbPolyline> {
     double start;
     double end;
   };
-  mutable std::unique_ptr<ArcAngles[]> arcAngles_;
+  // A copy of the polyline works its arcs out anew.
+  struct KeptArcs {
+    std::unique_ptr<ArcAngles[]> angles;
+    KeptArcs() = default;
+    KeptArcs(const KeptArcs&) noexcept {}
+    KeptArcs(KeptArcs&&) noexcept = default;
+    KeptArcs& operator=(const KeptArcs&) noexcept {
+      angles.reset();
+      return *this;
+    }
+    KeptArcs& operator=(KeptArcs&&) noexcept = default;
+    ~KeptArcs() = default;
+  };
+  mutable KeptArcs arcAngles_;
   bool closed_ = false;
   double elevation_ = 0.0;
   double constantWidth_ = 0.0;

@@ -50,13 +50,17 @@ void FixHandleList(host::AcDbHostApplicationServices& services, host::AcDbField&
   constexpr std::wstring_view kOpening = L"Object(<";
   const std::size_t at = text.find(kOpening);
   if (at == std::wstring::npos) return;
+  // The list ends at its ">": a record may go on with options (a type mask, layers), and no
+  // handle holds a ">".
   std::wstring_view oldList = std::wstring_view(text).substr(at + kOpening.size());
+  oldList = oldList.substr(0, oldList.find(L'>'));
   while (!oldList.empty() && (oldList.back() == L'>' || oldList.back() == L')')) oldList.remove_suffix(1);
 
   host::AcDbDatabase* db = sourceDatabase(services, mapping);
   std::vector<std::wstring> items = core::split(oldList, L';');
   for (std::wstring& item : items) {
-    if (item.empty()) continue;
+    // A named set ("*MSPObjects*") names a whole space, which a copy does not change.
+    if (item.empty() || item.front() == L'*') continue;
     host::AcDbObjectId source;
     if (const Acad::ErrorStatus es = lookUpHandle(db, item, source); es != Acad::eOk) {
       services.print(
