@@ -62,6 +62,16 @@ enum ParseOption : int {
 };
 }  // namespace AcValueOptions
 
+// A rectangle of cells, as the host's table sub-selection holds one: 0-based rows and columns,
+// top-left to bottom-right, both ends included.
+struct AcCellRange {
+  int topRow = 0;
+  int leftColumn = 0;
+  int bottomRow = 0;
+  int rightColumn = 0;
+  bool operator==(const AcCellRange&) const = default;
+};
+
 class AcDbTable : public AcDbEntity {
  public:
   virtual int numRows() const = 0;

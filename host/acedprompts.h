@@ -1,5 +1,6 @@
 // The editor's prompts on the command line: points, window corners, entity picks, selection
-// sets, keywords, strings and integers. Each returns one of the host's result codes.
+// sets, ranges of table cells, keywords, strings and integers. Each returns one of the host's
+// result codes.
 #pragma once
 
 #include <string>
@@ -11,6 +12,8 @@
 #include "host/resbuf.h"
 
 namespace corvane::host {
+
+struct AcCellRange;
 
 enum PromptResult : int {
   RTNONE = 5000,   // Enter on an empty input
@@ -49,6 +52,12 @@ class AcEdPrompts {
   // 8 the layer) with wildcard values, combined by the logical operators of group code -4
   // ("<or" ... "or>", "<and", "<not", "<xor"); null or empty passes everything.
   virtual int ssGet(std::wstring_view mode, const ResBufList* filter, std::vector<AcDbObjectId>& selection) = 0;
+  // A range of cells of one table, picked as the user selects cells in the editor: the table,
+  // then the cells from one corner to the other. The range comes back as the table's
+  // sub-selection holds it, smallest row and column first. An object that the filter (as for
+  // ssGet) does not pass, or that is no table, is refused and the pick asked for again.
+  virtual int getTableCellRange(std::wstring_view prompt, const ResBufList* filter, AcDbObjectId& table,
+                                AcCellRange& range) = 0;
   virtual int getKword(std::wstring_view prompt, std::wstring& keyword) = 0;
   // A text; without `allowSpaces` it ends at the first blank as the host's does.
   virtual int getString(bool allowSpaces, std::wstring_view prompt, std::wstring& text) = 0;

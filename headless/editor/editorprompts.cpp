@@ -1,5 +1,6 @@
 #include "headless/editor/editorprompts.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -42,6 +43,20 @@ std::size_t requiredLength(std::wstring_view keyword) {
   std::size_t n = 0;
   while (n < keyword.size() && keyword[n] >= L'A' && keyword[n] <= L'Z') ++n;
   return n == 0 ? 1 : n;
+}
+
+// A cell typed as "row,column": two whole numbers; nullopt for anything else.
+std::optional<std::pair<int, int>> cellAnswer(std::wstring_view text) {
+  const auto parts = core::split(text, L',');
+  if (parts.size() != 2) return std::nullopt;
+  int values[2] = {0, 0};
+  for (std::size_t i = 0; i < 2; ++i) {
+    const std::wstring_view part = core::trimmed(parts[i]);
+    if (part.empty() || part.size() > 9 || part.find_first_not_of(L"0123456789") != std::wstring_view::npos)
+      return std::nullopt;
+    values[i] = static_cast<int>(core::wtoi64(part));
+  }
+  return std::pair{values[0], values[1]};
 }
 
 }  // namespace
@@ -284,6 +299,70 @@ int EditorPrompts::ssGet(std::wstring_view mode, const ResBufList* filter, std::
   if (chosen.empty()) return RTERROR;
   selection = std::move(chosen);
   return RTNORM;
+}
+
+int EditorPrompts::getTableCellRange(std::wstring_view prompt, const ResBufList* filter, AcDbObjectId& table,
+                                     AcCellRange& range) {
+  take();
+  std::optional<SelectionFilter> parsed;
+  if (filter) {
+    std::wstring error;
+    parsed = SelectionFilter::parse(*filter, error);
+    if (!parsed) {
+      print_(L"\n" + error);
+      return RTERROR;
+    }
+  }
+  const auto* db = dynamic_cast<const Database*>(host_.workingDatabase());
+  if (!db) return RTERROR;
+  const AcDbTable* picked = nullptr;
+  AcDbObjectId pickedId;
+  while (!picked) {
+    std::wstring answer;
+    if (!ask(prompt, answer)) return RTCAN;
+    const std::wstring trimmed = core::trim(answer);
+    if (trimmed.empty()) return RTERROR;  // Enter picks nothing
+    const auto id = pickedEntity(trimmed);
+    if (!id || id->isNull()) {
+      print_(parsePoint(trimmed, lastPoint_) ? L"\nThis host picks objects by handle: answer (handent \"handle\") or L."
+                                             : L"\n*Invalid selection*");
+    } else if (!passes(*id, parsed ? &*parsed : nullptr)) {
+      print_(L"\n1 found, 1 was filtered out.");
+    } else if (!(picked = db->get<AcDbTable>(*id))) {
+      print_(L"\nThe object is not a table.");
+    } else {
+      pickedId = *id;
+    }
+  }
+  int firstRow = 0, firstColumn = 0;
+  if (!askCell(L"\nFirst cell of the range (row,column): ", *picked, false, firstRow, firstColumn)) return RTCAN;
+  int lastRow = firstRow, lastColumn = firstColumn;
+  if (!askCell(L"\nLast cell of the range (row,column) <first cell>: ", *picked, true, lastRow, lastColumn))
+    return RTCAN;
+  table = pickedId;
+  range = AcCellRange{std::min(firstRow, lastRow) - 1, std::min(firstColumn, lastColumn) - 1,
+                      std::max(firstRow, lastRow) - 1, std::max(firstColumn, lastColumn) - 1};
+  return RTNORM;
+}
+
+bool EditorPrompts::askCell(std::wstring_view prompt, const AcDbTable& table, bool optional, int& row, int& column) {
+  while (true) {
+    std::wstring answer;
+    if (!ask(prompt, answer)) return false;
+    const std::wstring trimmed = core::trim(answer);
+    if (trimmed.empty() && optional) return true;
+    const auto cell = cellAnswer(trimmed);
+    if (!cell) {
+      print_(L"\nRequires a cell as row,column.");
+    } else if (cell->first < 1 || cell->second < 1 || cell->first > table.numRows() ||
+               cell->second > table.numColumns()) {
+      print_(core::format(L"\nThe table has no cell in row %d, column %d.", cell->first, cell->second));
+    } else {
+      row = cell->first;
+      column = cell->second;
+      return true;
+    }
+  }
 }
 
 int EditorPrompts::getKword(std::wstring_view prompt, std::wstring& keyword) {

@@ -4,7 +4,9 @@
 // are "x,y" or "x,y,z", "@dx,dy" relative to the base point (or the last point), and "d<a" or
 // "@d<a" with the angle in degrees. Objects are picked by handle, "(handent "1F")", or "L" for
 // the last one drawn. A selection prompt takes such answers, or "ALL", one per line, until an
-// empty line. "^C" or the end of the script cancels the prompt.
+// empty line. A range of table cells is the table, picked so, then its first and last cell as
+// "row,column", counted from 1 as the table is read (Enter for the last takes the first cell
+// alone). "^C" or the end of the script cancels the prompt.
 #pragma once
 
 #include <functional>
@@ -17,6 +19,7 @@
 #include "headless/editor/script.h"
 #include "headless/editor/selectionfilter.h"
 #include "host/acdbobject.h"
+#include "host/acdbtable.h"
 #include "host/acedprompts.h"
 
 namespace corvane::headless {
@@ -35,6 +38,8 @@ class EditorPrompts : public host::AcEdPrompts {
   int getCorner(const host::AcGePoint3d& base, std::wstring_view prompt, host::AcGePoint3d& point) override;
   int entSel(std::wstring_view prompt, host::AcDbObjectId& entity, host::AcGePoint3d& picked) override;
   int ssGet(std::wstring_view mode, const host::ResBufList* filter, std::vector<host::AcDbObjectId>& selection) override;
+  int getTableCellRange(std::wstring_view prompt, const host::ResBufList* filter, host::AcDbObjectId& table,
+                        host::AcCellRange& range) override;
   int getKword(std::wstring_view prompt, std::wstring& keyword) override;
   int getString(bool allowSpaces, std::wstring_view prompt, std::wstring& text) override;
   int getInt(std::wstring_view prompt, int& value) override;
@@ -64,6 +69,9 @@ class EditorPrompts : public host::AcEdPrompts {
   // An entity named by an answer: "(handent "H")" or "L"; null id when the answer names none.
   std::optional<host::AcDbObjectId> pickedEntity(std::wstring_view answer) const;
   bool passes(host::AcDbObjectId id, const SelectionFilter* filter) const;
+  // A cell of the table as "row,column" (1-based), asked until it names one; false when cancelled.
+  // With `optional`, Enter is an answer and leaves the cell as it was.
+  bool askCell(std::wstring_view prompt, const host::AcDbTable& table, bool optional, int& row, int& column);
 
   Script& script_;
   HostApplication& host_;

@@ -11,7 +11,9 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
+#include "host/acdbtable.h"
 #include "host/acrxarxapp.h"
 #include "host/hostservices.h"
 #include "host/hostsession.h"
@@ -112,6 +114,10 @@ class CCorvaneApp : public host::AcRxArxApp {
   void arrangeMenuLoading();
   void notAvailable(const wchar_t* localName);
   void openPage(const wchar_t* address);
+  // Writes the first cell's formula, moved, into the other cells of the range. Gives the
+  // table's formula fields in reading order, or none when the first cell holds no formula or
+  // the table cannot be changed.
+  std::vector<host::AcDbObjectId> fillFormulas(host::AcDbObjectId table, const host::AcCellRange& range);
 
   host::AcDbHostApplicationServices& services_;
   host::HostSession* session_ = nullptr;
