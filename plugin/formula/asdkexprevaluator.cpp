@@ -6,8 +6,8 @@
 #include "core/crt.h"
 #include "host/acdbdatabase.h"
 #include "plugin/formula/exprengine.h"
-#include "plugin/formula/exprfieldbinding.h"
 #include "plugin/formula/exprvalue.h"
+#include "plugin/formula/formulavariablebinding.h"
 
 namespace corvane {
 
@@ -51,7 +51,7 @@ int AsdkExprEvaluator::evaluateField(AcDbField* field, host::AcDbDatabase* db, h
   if (!record.get(code)) return AcDbField::kInvalidCode;
   if (!db) return AcDbField::kOtherError;
 
-  ExprFieldBinding binding(db->services());
+  FormulaVariableBinding binding(db->services());
   binding.bindContext(*field, dialogOwnerTable_ ? *dialogOwnerTable_ : host::AcDbObjectId());
   ExprEngine engine(FormulaExpressionOf(code), binding);
   std::wstring result;

@@ -3,11 +3,11 @@
 #include "core/filepath.h"
 #include "core/printf.h"
 #include "host/hostui.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/linked/asdkdefinedobjectevaluator.h"
 #include "plugin/linked/cdefineobjectdialog.h"
 #include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
-#include "plugin/measure/showmodal.h"
 
 namespace corvane {
 

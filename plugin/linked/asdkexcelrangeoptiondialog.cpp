@@ -7,11 +7,11 @@
 #include "core/printf.h"
 #include "core/textutil.h"
 #include "host/hostui.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/linked/excelcellcode.h"
 #include "plugin/linked/excelutils.h"
 #include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
-#include "plugin/measure/showmodal.h"
 #include "plugin/support/corvanesettings.h"
 
 namespace corvane {

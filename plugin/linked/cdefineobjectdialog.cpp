@@ -8,10 +8,10 @@
 #include "host/acdbdatabase.h"
 #include "host/hostservices.h"
 #include "host/hostui.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/linked/definedobjectvalue.h"
 #include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
-#include "plugin/measure/showmodal.h"
 #include "plugin/support/corvanesettings.h"
 
 namespace corvane {

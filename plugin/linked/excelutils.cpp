@@ -7,7 +7,7 @@
 #include "host/hostservices.h"
 #include "host/hostsession.h"
 #include "host/hostui.h"
-#include "plugin/measure/showmodal.h"
+#include "plugin/fields/showmodal.h"
 
 namespace corvane {
 

@@ -5,8 +5,8 @@
 #include "core/textutil.h"
 #include "host/hostservices.h"
 #include "host/hostui.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/linked/linkedsources.h"
-#include "plugin/measure/showmodal.h"
 
 namespace corvane {
 

@@ -6,13 +6,13 @@
 #include <string>
 
 #include "host/acgepoint.h"
+#include "plugin/fields/combolist.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/measure/additionalformat.h"
 #include "plugin/measure/cadditionalformatdialog.h"
 #include "plugin/measure/cblockfilterdialog.h"
 #include "plugin/measure/cdefinewindowpointsdialog.h"
-#include "plugin/measure/combolist.h"
 #include "plugin/measure/dialoghost.h"
-#include "plugin/measure/showmodal.h"
 #include "plugin/support/cregistry.h"
 
 namespace corvane {

@@ -1,6 +1,6 @@
 #include "plugin/measure/asdklengthoptiondialog.h"
 
-#include "plugin/measure/formatpieces.h"
+#include "plugin/fields/formatpieces.h"
 
 namespace corvane {
 

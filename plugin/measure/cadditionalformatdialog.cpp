@@ -5,7 +5,7 @@
 #include "core/crt.h"
 #include "core/printf.h"
 #include "core/textutil.h"
-#include "plugin/measure/formatlists.h"
+#include "plugin/fields/formatlists.h"
 
 namespace corvane {
 

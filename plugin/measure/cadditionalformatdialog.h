@@ -5,9 +5,9 @@
 #include <string>
 
 #include "host/acvalue.h"
+#include "plugin/fields/combolist.h"
+#include "plugin/fields/formathost.h"
 #include "plugin/measure/additionalformat.h"
-#include "plugin/measure/combolist.h"
-#include "plugin/measure/formathost.h"
 
 namespace corvane {
 

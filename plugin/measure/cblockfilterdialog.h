@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "plugin/fields/combolist.h"
 #include "plugin/measure/cobjectfilterdialog.h"
-#include "plugin/measure/combolist.h"
 #include "plugin/measure/dialoghost.h"
 
 namespace corvane {

@@ -7,7 +7,7 @@
 #include "core/textutil.h"
 #include "host/acedprompts.h"
 #include "host/hostui.h"
-#include "plugin/measure/showmodal.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/support/corvanesettings.h"
 
 namespace corvane {

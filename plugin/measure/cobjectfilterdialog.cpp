@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/hostui.h"
-#include "plugin/measure/showmodal.h"
+#include "plugin/fields/showmodal.h"
 
 namespace corvane {
 

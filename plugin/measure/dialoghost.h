@@ -1,7 +1,7 @@
-// What the option dialogs of the measurement fields need of the host beyond number formats:
-// the drawing's layers and blocks, entities named by handle, picks on the screen, message
-// boxes and a preview evaluation of a field code. The Windows view hides the field dialog
-// around the picks; the headless host answers them from its script.
+// What the option dialogs of the measurement fields need of the host beyond what every option
+// page does: the drawing's layers and blocks, entities named by handle and picks on the screen.
+// The Windows view hides the field dialog around the picks; the headless host answers them
+// from its script.
 #pragma once
 
 #include <optional>
@@ -12,7 +12,7 @@
 #include "host/acdbextents.h"
 #include "host/acgepoint.h"
 #include "host/resbuf.h"
-#include "plugin/measure/formathost.h"
+#include "plugin/fields/optionpagehost.h"
 
 namespace corvane::host {
 class AcDbEntity;
@@ -27,14 +27,7 @@ struct EntityFacts {
   int typeBit = 0;  // its ObjectTypeMask bit, 0 for a kind no filter offers
 };
 
-// A field code evaluated once in the preview context.
-struct PreviewResult {
-  int status = 1;      // the field's evaluation status; 2 success
-  double value = 0.0;  // the value as a real, when it is a number
-  std::wstring text;   // what the field shows
-};
-
-class DialogHost : public FormatHost {
+class DialogHost : public OptionPageHost {
  public:
   // Every layer of the working drawing, in table order.
   virtual std::vector<std::wstring> layerNames() = 0;
@@ -52,11 +45,6 @@ class DialogHost : public FormatHost {
   virtual int getCorner(const host::AcGePoint3d& base, std::wstring_view prompt, host::AcGePoint3d& point) = 0;
   // One entity and the box around its geometry; eInvalidExtents-like failures give RTERROR.
   virtual int pickExtents(std::wstring_view prompt, EntityFacts& picked, host::AcDbExtents& extents) = 0;
-
-  virtual int messageBox(std::wstring_view text, std::wstring_view caption, unsigned flags) = 0;
-  // A temporary field (the host's new AcDbField) with the code, evaluated in the working
-  // drawing in the preview context.
-  virtual PreviewResult preview(const std::wstring& code) = 0;
 };
 
 // The ObjectTypeMask bit of an entity's class, by kind-of tests.

@@ -7,9 +7,9 @@
 #include "core/textutil.h"
 #include "host/acedprompts.h"
 #include "plugin/fields/asdkfieldevaluator.h"
+#include "plugin/fields/formatlists.h"
+#include "plugin/fields/formatpieces.h"
 #include "plugin/measure/fieldoptions.h"
-#include "plugin/measure/formatlists.h"
-#include "plugin/measure/formatpieces.h"
 #include "plugin/measure/measurefield.h"
 #include "plugin/measure/parsedformat.h"
 

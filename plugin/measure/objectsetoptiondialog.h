@@ -7,13 +7,13 @@
 #include <vector>
 
 #include "host/acdbfield.h"
+#include "plugin/fields/combolist.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/measure/additionalformat.h"
 #include "plugin/measure/cadditionalformatdialog.h"
 #include "plugin/measure/cobjectfilterdialog.h"
-#include "plugin/measure/combolist.h"
 #include "plugin/measure/dialoghost.h"
 #include "plugin/measure/objectset.h"
-#include "plugin/measure/showmodal.h"
 #include "plugin/support/cregistry.h"
 
 namespace corvane {

@@ -5,6 +5,7 @@
 
 #include "core/crt.h"
 #include "core/matchgroups.h"
+#include "plugin/fields/formatlists.h"
 
 namespace corvane {
 
@@ -62,6 +63,14 @@ void ParsedFormat::applyTo(AdditionalFormat& settings) const {
   if (suffix) settings.suffix = *suffix;
   if (conversionFactor) settings.conversionFactor = *conversionFactor;
   if (zeros) settings.zeros = *zeros;
+}
+
+void selectFromFormat(FormatHost& host, const ParsedFormat& parsed, ComboList& units, ComboList& precision) {
+  if (parsed.units) {
+    units.selectItem(*parsed.units);
+    fillPrecisionList(host, units.selectedItem().value_or(kUnitsNone), precision);
+  }
+  if (parsed.precision) precision.selectItem(*parsed.precision);
 }
 
 }  // namespace corvane

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "plugin/fields/combolist.h"
+#include "plugin/fields/formathost.h"
 #include "plugin/measure/additionalformat.h"
 
 namespace corvane {
@@ -25,5 +27,10 @@ struct ParsedFormat {
 };
 
 ParsedFormat parseFormat(std::wstring_view format);
+
+// Selects what a format string read back names: the units entry (then the precision list is
+// refilled for the selected units) and the precision entry. An item value with no entry
+// leaves the selection as it was.
+void selectFromFormat(FormatHost& host, const ParsedFormat& parsed, ComboList& units, ComboList& precision);
 
 }  // namespace corvane

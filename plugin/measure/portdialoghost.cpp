@@ -1,13 +1,10 @@
 #include "plugin/measure/portdialoghost.h"
 
-#include <cstdint>
-
 #include "host/acdbarc.h"
 #include "host/acdbblockreference.h"
 #include "host/acdbblocktablerecord.h"
 #include "host/acdbcircle.h"
 #include "host/acdbdatabase.h"
-#include "host/acdbfield.h"
 #include "host/acdbhatch.h"
 #include "host/acdbline.h"
 #include "host/acdbmtext.h"
@@ -110,24 +107,6 @@ int PortDialogHost::pickExtents(std::wstring_view prompt, EntityFacts& picked, h
     return host::RTERROR;
   }
   picked = {services_.handle(id).text(), entity->layer(), entityTypeBit(*entity.object())};
-  return result;
-}
-
-PreviewResult PortDialogHost::preview(const std::wstring& code) {
-  PreviewResult result;
-  host::AcDbHostApplicationServices::FieldHolder field = services_.newField();
-  if (!field || field->setFieldCode(code) != host::Acad::eOk) {
-    result.status = host::AcDbField::kInvalidCode;
-    return result;
-  }
-  field->evaluate(host::AcDbField::kPreview, services_.workingDatabase());
-  result.status = field->evaluationStatus();
-  host::AcValue value;
-  if (field->getValue(value) == host::Acad::eOk) {
-    std::int32_t whole = 0;
-    if (!value.get(result.value) && value.get(whole)) result.value = whole;
-  }
-  result.text = field->getDisplayText();
   return result;
 }
 

@@ -3,8 +3,8 @@
 #include "host/acedprompts.h"
 #include "host/hostservices.h"
 #include "host/hostui.h"
+#include "plugin/fields/portoptionpagehost.h"
 #include "plugin/measure/dialoghost.h"
-#include "plugin/measure/portformathost.h"
 
 namespace corvane {
 
@@ -13,17 +13,27 @@ namespace corvane {
 class PortDialogHost : public DialogHost {
  public:
   PortDialogHost(host::AcDbHostApplicationServices& services, host::AcEdPrompts& prompts, host::HostUi& ui)
-      : services_(services), prompts_(prompts), ui_(ui), format_(services) {}
+      : services_(services), prompts_(prompts), page_(services, prompts, ui) {}
 
   bool realToString(double value, int units, int precision, std::wstring& text) override {
-    return format_.realToString(value, units, precision, text);
+    return page_.realToString(value, units, precision, text);
   }
-  bool getShortVar(std::wstring_view name, int& value) override { return format_.getShortVar(name, value); }
-  bool setShortVar(std::wstring_view name, int value) override { return format_.setShortVar(name, value); }
+  bool getShortVar(std::wstring_view name, int& value) override { return page_.getShortVar(name, value); }
+  bool setShortVar(std::wstring_view name, int value) override { return page_.setShortVar(name, value); }
   std::wstring formatValue(const host::AcValue& value, const std::wstring& format) override {
-    return format_.formatValue(value, format);
+    return page_.formatValue(value, format);
   }
-  int hostVersion() override { return format_.hostVersion(); }
+  int hostVersion() override { return page_.hostVersion(); }
+  int messageBox(std::wstring_view text, std::wstring_view caption, unsigned flags) override {
+    return page_.messageBox(text, caption, flags);
+  }
+  PreviewResult preview(const std::wstring& code) override { return page_.preview(code); }
+  int pickTableCell(std::wstring_view prompt, TableCellPick& pick) override {
+    return page_.pickTableCell(prompt, pick);
+  }
+  int pickTable(std::wstring_view prompt, host::AcDbObjectId& table, host::Acad::ErrorStatus& opened) override {
+    return page_.pickTable(prompt, table, opened);
+  }
 
   std::vector<std::wstring> layerNames() override;
   std::vector<std::wstring> blockNames() override;
@@ -37,18 +47,13 @@ class PortDialogHost : public DialogHost {
     return prompts_.getCorner(base, prompt, point);
   }
   int pickExtents(std::wstring_view prompt, EntityFacts& picked, host::AcDbExtents& extents) override;
-  int messageBox(std::wstring_view text, std::wstring_view caption, unsigned flags) override {
-    return ui_.messageBox(text, caption, flags);
-  }
-  PreviewResult preview(const std::wstring& code) override;
 
  private:
   std::optional<EntityFacts> facts(host::AcDbObjectId id);
 
   host::AcDbHostApplicationServices& services_;
   host::AcEdPrompts& prompts_;
-  host::HostUi& ui_;
-  PortFormatHost format_;
+  PortOptionPageHost page_;
 };
 
 }  // namespace corvane

@@ -6,7 +6,7 @@
 
 #include "headless/db/database.h"
 #include "headless/hostapplication.h"
-#include "plugin/measure/portformathost.h"
+#include "plugin/fields/portformathost.h"
 
 namespace corvane {
 namespace {

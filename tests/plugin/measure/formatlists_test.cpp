@@ -1,4 +1,4 @@
-#include "plugin/measure/formatlists.h"
+#include "plugin/fields/formatlists.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,9 @@
 
 #include "headless/db/database.h"
 #include "headless/hostapplication.h"
-#include "plugin/measure/formatpieces.h"
-#include "plugin/measure/portformathost.h"
+#include "plugin/fields/formatpieces.h"
+#include "plugin/fields/portformathost.h"
+#include "plugin/measure/parsedformat.h"
 
 namespace corvane {
 namespace {

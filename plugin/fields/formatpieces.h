@@ -1,10 +1,10 @@
-// The units and precision pieces that begin a measurement field's format string; the
+// The units and precision pieces that begin a numeric field's format string; the
 // additional-format piece follows them.
 #pragma once
 
 #include <string>
 
-#include "plugin/measure/combolist.h"
+#include "plugin/fields/combolist.h"
 
 namespace corvane {
 

@@ -1,4 +1,4 @@
-#include "plugin/measure/formatlists.h"
+#include "plugin/fields/formatlists.h"
 
 namespace corvane {
 
@@ -48,14 +48,6 @@ void fillPrecisionList(FormatHost& host, int unitsItem, ComboList& precision) {
     precision.enabled = false;
   }
   if (saved) host.setShortVar(L"DIMZIN", dimzin);
-}
-
-void selectFromFormat(FormatHost& host, const ParsedFormat& parsed, ComboList& units, ComboList& precision) {
-  if (parsed.units) {
-    units.selectItem(*parsed.units);
-    fillPrecisionList(host, units.selectedItem().value_or(kUnitsNone), precision);
-  }
-  if (parsed.precision) precision.selectItem(*parsed.precision);
 }
 
 }  // namespace corvane

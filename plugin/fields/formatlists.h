@@ -1,9 +1,8 @@
-// The lists the measurement fields' option dialogs choose their number format from.
+// The lists the option pages of numeric fields choose their number format from.
 #pragma once
 
-#include "plugin/measure/combolist.h"
-#include "plugin/measure/formathost.h"
-#include "plugin/measure/parsedformat.h"
+#include "plugin/fields/combolist.h"
+#include "plugin/fields/formathost.h"
 
 namespace corvane {
 
@@ -21,10 +20,5 @@ ComboList thousandsSeparatorList();
 // with the first entry selected. The samples are made with DIMZIN 1 (every zero written),
 // which is restored afterwards; Architectural and Fractional are sampled in Decimal.
 void fillPrecisionList(FormatHost& host, int unitsItem, ComboList& precision);
-
-// Selects what a format string read back names: the units entry (then the precision list is
-// refilled for the selected units) and the precision entry. An item value with no entry
-// leaves the selection as it was.
-void selectFromFormat(FormatHost& host, const ParsedFormat& parsed, ComboList& units, ComboList& precision);
 
 }  // namespace corvane

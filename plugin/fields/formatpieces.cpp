@@ -1,7 +1,7 @@
-#include "plugin/measure/formatpieces.h"
+#include "plugin/fields/formatpieces.h"
 
 #include "core/printf.h"
-#include "plugin/measure/formatlists.h"
+#include "plugin/fields/formatlists.h"
 
 namespace corvane {
 

@@ -1,4 +1,4 @@
-// How an option dialog opens one of its own dialogs: the view shows it modally and reports
+// How an option page opens one of its own dialogs: the view shows it modally and reports
 // whether the user closed it with OK. A view that shows nothing (a script, a test) works the
 // dialog's controls and calls its OK itself.
 #pragma once

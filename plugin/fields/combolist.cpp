@@ -1,4 +1,4 @@
-#include "plugin/measure/combolist.h"
+#include "plugin/fields/combolist.h"
 
 namespace corvane {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/hostservices.h"
-#include "plugin/measure/formathost.h"
+#include "plugin/fields/formathost.h"
 
 namespace corvane {
 

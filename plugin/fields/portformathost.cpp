@@ -1,4 +1,4 @@
-#include "plugin/measure/portformathost.h"
+#include "plugin/fields/portformathost.h"
 
 #include <cstdint>
 #include <variant>
