@@ -1,7 +1,10 @@
 #include "headless/db/field.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <memory>
+#include <variant>
 
 #include "core/textutil.h"
 #include "headless/db/database.h"
@@ -58,6 +61,7 @@ void Field::assignCode(std::wstring_view code, bool asText) {
   ParsedFieldCode parsed = parseFieldCode(code, asText);
   evaluatorId_ = std::move(parsed.evaluatorId);
   ownCode_ = std::move(parsed.ownCode);
+  format_ = splitFormatOption(ownCode_).second;
   for (const auto id : parsed.objectIds) objectIds_.emplace_back(id);
   for (const auto& childCode : parsed.childCodes) {
     children_.push_back(create(db, childCode, record_.id, false, listed_));
@@ -94,6 +98,7 @@ void Field::restore(std::wstring evaluatorId, std::wstring ownCode, std::vector<
                     std::vector<host::AcDbObjectId> objectIds) {
   evaluatorId_ = std::move(evaluatorId);
   ownCode_ = std::move(ownCode);
+  format_ = splitFormatOption(ownCode_).second;
   children_ = std::move(children);
   objectIds_ = std::move(objectIds);
 }
@@ -125,7 +130,7 @@ Acad::ErrorStatus Field::getValue(host::AcValue& value) const {
   return Acad::eOk;
 }
 
-std::wstring Field::getFormat() const { return splitFormatOption(ownCode_).second; }
+std::wstring Field::getFormat() const { return format_; }
 
 Acad::ErrorStatus Field::setEvaluationOption(int option) {
   if (option < 0 || option > kAutomatic) return Acad::eInvalidInput;
@@ -160,7 +165,29 @@ void Field::storeStatus(int status, int errorCode, std::wstring message) {
 namespace corvane::headless {
 
 host::Acad::ErrorStatus Field::formatValue(std::wstring& text) const {
-  text = displayFieldValue(value_, getFormat(), *record_.database);
+  // Without a format a text shows as it is and a whole number as "%d" prints it: the values
+  // of nearly every cell of a table, spared the formatter's general path.
+  if (format_.empty()) {
+    if (const auto* string = std::get_if<std::wstring>(&value_.data())) {
+      text = *string;
+      return host::Acad::eOk;
+    }
+    if (const auto* whole = std::get_if<std::int32_t>(&value_.data())) {
+      wchar_t digits[12];
+      wchar_t* const end = digits + std::size(digits);
+      wchar_t* p = end;
+      const std::int64_t wide = *whole;
+      std::uint64_t rest = static_cast<std::uint64_t>(wide < 0 ? -wide : wide);
+      do {
+        *--p = static_cast<wchar_t>(L'0' + rest % 10);
+        rest /= 10;
+      } while (rest != 0);
+      if (wide < 0) *--p = L'-';
+      text.assign(p, end);
+      return host::Acad::eOk;
+    }
+  }
+  text = displayFieldValue(value_, format_, *record_.database);
   return host::Acad::eOk;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <typeinfo>
 #include <utility>
 #include <vector>
@@ -51,15 +52,22 @@ class Field final : public ObjectImpl<host::AcDbField> {
   // Sets the code, replacing the children by new field objects made from the code.
   void assignCode(std::wstring_view code, bool asText = false);
   const std::wstring& ownCode() const noexcept { return ownCode_; }
+  // The evaluator id, format and display text without a copy, for the engine's every-field work.
+  const std::wstring& ownEvaluatorId() const noexcept { return evaluatorId_; }
+  const std::wstring& format() const noexcept { return format_; }
+  const std::wstring& displayText() const noexcept { return displayText_; }
+  const host::AcValue& value() const noexcept { return value_; }
   const std::vector<host::AcDbObjectId>& children() const noexcept { return children_; }
   const std::vector<host::AcDbObjectId>& objectIds() const noexcept { return objectIds_; }
   const std::vector<std::pair<std::wstring, host::AcValue>>& dataSet() const noexcept { return data_; }
   void putData(std::wstring_view key, const host::AcValue& value);
   void storeValue(const host::AcValue& value);
   void storeStatus(int status, int errorCode, std::wstring message);
-  void storeDisplayText(std::wstring text) {
-    if (text != displayText_) record_.modified = true;
-    displayText_ = std::move(text);
+  // An unchanged text is left as it is, without a copy: most evaluations show what they did.
+  void storeDisplayText(std::wstring_view text) {
+    if (text == displayText_) return;
+    record_.modified = true;
+    displayText_.assign(text);
   }
   void setState(int state) noexcept {
     if (state != state_) record_.modified = true;
@@ -74,6 +82,7 @@ class Field final : public ObjectImpl<host::AcDbField> {
 
   std::wstring evaluatorId_;
   std::wstring ownCode_;
+  std::wstring format_;  // the format option of ownCode_, split off whenever it is set
   std::vector<host::AcDbObjectId> children_;
   std::vector<host::AcDbObjectId> objectIds_;
   std::vector<std::pair<std::wstring, host::AcValue>> data_;

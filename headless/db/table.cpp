@@ -494,11 +494,11 @@ void Table::fieldEvaluated(host::AcDbObjectId id, const std::wstring& displayTex
     hit = fieldCells_.find(id.asOldId());
     if (hit == fieldCells_.end()) return;
   }
-  const Field* field = record_.database ? record_.database->get<Field>(id) : nullptr;
+  const Field* field = record_.database ? Field::of(record_.database->lookup(id)) : nullptr;
   {
     auto& c = cells_[hit->second];
-    host::AcValue fieldValue;
-    if (field) field->getValue(fieldValue);
+    static const host::AcValue kNoValue;
+    const host::AcValue& fieldValue = field ? field->value() : kNoValue;
     if (c.text != displayText || !(c.value == fieldValue)) {
       c.edited = true;
       record_.modified = true;

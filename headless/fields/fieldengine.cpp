@@ -1,6 +1,7 @@
 #include "headless/fields/fieldengine.h"
 
 #include <algorithm>
+#include <typeinfo>
 
 #include "core/textutil.h"
 #include "headless/db/cellhost.h"
@@ -8,6 +9,7 @@
 #include "headless/db/field.h"
 #include "headless/db/fieldlist.h"
 #include "headless/db/fieldvaluetext.h"
+#include "headless/db/table.h"
 #include "headless/db/texthost.h"
 #include "headless/fields/hostevaluators.h"
 
@@ -18,7 +20,7 @@ using host::AcDbField;
 
 namespace {
 
-constexpr const wchar_t* kOwnIds[] = {L"_text", L"AcVar", L"AcObjProp"};
+constexpr std::wstring_view kOwnIds[] = {L"_text", L"AcVar", L"AcObjProp"};
 
 // Collects what an evaluator reports for one field.
 class FieldResult : public host::AcFdFieldResult {
@@ -40,6 +42,14 @@ class FieldResult : public host::AcFdFieldResult {
   bool valueSet_ = false;
   bool statusSet_ = false;
 };
+
+// The object as a holder of cell fields, or null. A table, the usual one, is told apart by its
+// type alone: a cast through the hierarchy for each field of a big table costs more than the
+// field's own update.
+CellHost* cellHostOf(host::AcDbObject* object) {
+  if (object && typeid(*object) == typeid(Table)) return static_cast<Table*>(object);
+  return dynamic_cast<CellHost*>(object);
+}
 
 // Keeps the field open for write while an evaluator works on it.
 class WriteOpen {
@@ -93,12 +103,15 @@ Acad::ErrorStatus FieldEngine::removeFieldReactor(host::AcFdFieldReactor* reacto
 }
 
 host::AcFdFieldEvaluator* FieldEngine::findEvaluator(std::wstring_view evaluatorId) {
+  return evaluatorFor(std::wstring(evaluatorId));
+}
+
+host::AcFdFieldEvaluator* FieldEngine::evaluatorFor(const std::wstring& evaluatorId) {
   for (std::size_t i = 0; i < own_.size(); ++i) {
     if (core::equalsNoCase(evaluatorId, kOwnIds[i])) return own_[i].get();
   }
-  const std::wstring id(evaluatorId);
   for (auto* loader : loaders_) {
-    if (auto* evaluator = loader->getEvaluator(id.c_str())) return evaluator;
+    if (auto* evaluator = loader->getEvaluator(evaluatorId.c_str())) return evaluator;
   }
   return nullptr;
 }
@@ -108,7 +121,7 @@ void FieldEngine::evaluateOne(Field& field, Database& db, int context, BatchResu
   if ((field.evaluationOption() & context) == 0 && context != AcDbField::kPreview) return;
   ++result.evaluated;
 
-  host::AcFdFieldEvaluator* evaluator = findEvaluator(field.evaluatorId());
+  host::AcFdFieldEvaluator* evaluator = evaluatorFor(field.ownEvaluatorId());
   if (!evaluator) {
     field.storeStatus(AcDbField::kEvaluatorNotFound, 0, L"");
     field.storeDisplayText(L"####");
@@ -137,7 +150,7 @@ void FieldEngine::evaluateOne(Field& field, Database& db, int context, BatchResu
   } else {
     std::wstring formatted;
     field.formatValue(formatted);
-    field.storeDisplayText(std::move(formatted));
+    field.storeDisplayText(formatted);
   }
   host::acutDelString(text);
   field.setState(field.state() | AcDbField::kEvaluated | AcDbField::kHasFormattedString);
@@ -203,8 +216,8 @@ void FieldEngine::updateHostTexts(Database& db, const std::vector<host::AcDbObje
   for (const auto id : topLevel) {
     const auto* field = Field::of(db.lookup(id));
     if (!field || field->evaluationStatus() == AcDbField::kNotYetEvaluated) continue;
-    if (auto* cells = dynamic_cast<CellHost*>(db.lookup(field->ownerId()))) {
-      cells->fieldEvaluated(id, field->getDisplayText());
+    if (auto* cells = cellHostOf(db.lookup(field->ownerId()))) {
+      cells->fieldEvaluated(id, field->displayText());
       continue;
     }
     const auto* fieldDict = db.lookup(field->ownerId());

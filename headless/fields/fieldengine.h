@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -36,6 +37,8 @@ class FieldEngine : public host::AcFdFieldEngine {
   host::Acad::ErrorStatus evaluateField(Field& field, Database& db, int context, BatchResult* result = nullptr);
 
  private:
+  // findEvaluator for an id kept as a string already: the loaders take it as it is.
+  host::AcFdFieldEvaluator* evaluatorFor(const std::wstring& evaluatorId);
   void evaluateTree(Field& field, Database& db, int context, BatchResult& result);
   void evaluateOne(Field& field, Database& db, int context, BatchResult& result);
   void updateHostTexts(Database& db, const std::vector<host::AcDbObjectId>& topLevel);

@@ -16,18 +16,29 @@ namespace {
 
 Database* headlessDatabase(host::AcDbDatabase* db) { return dynamic_cast<Database*>(db); }
 
+// The same when the field is known: its own drawing, the one it is nearly always evaluated
+// in, is found without a cast.
+Database* headlessDatabase(host::AcDbDatabase* db, const Field& field) {
+  Database* own = field.record().database;
+  return own && db == own ? own : headlessDatabase(db);
+}
+
 class TextEvaluator : public host::AcFdFieldEvaluator {
  public:
   Acad::ErrorStatus evaluate(AcDbField* field, int, host::AcDbDatabase* db, host::AcFdFieldResult* result) override {
-    auto* own = dynamic_cast<Field*>(field);
-    Database* database = headlessDatabase(db);
+    Field* own = Field::of(field);
+    Database* database = own ? headlessDatabase(db, *own) : nullptr;
     if (!own || !database) return Acad::eInvalidInput;
-    const std::wstring text = expandPlaceholders(own->ownCode(), L"_FldIdx", [&](std::size_t index) -> std::wstring {
+    const auto childText = [&](std::size_t index) -> std::wstring_view {
       if (index >= own->children().size()) return L"";
-      const auto* child = database->get<Field>(own->children()[index]);
-      return child ? child->getDisplayText() : L"####";
-    });
-    result->setFieldValue(host::AcValue(text));
+      const auto* child = Field::of(database->lookup(own->children()[index]));
+      return child ? std::wstring_view(child->displayText()) : L"####";
+    };
+    // A cell or text that is one field and nothing else, the common case, is that field's text.
+    static constexpr std::wstring_view kOnlyChild = L"%<\\_FldIdx 0>%";
+    std::wstring text = own->ownCode() == kOnlyChild ? std::wstring(childText(0))
+                                                     : expandPlaceholders(own->ownCode(), L"_FldIdx", childText);
+    result->setFieldValue(host::AcValue(std::move(text)));
     result->setEvaluationStatus(AcDbField::kSuccess);
     return Acad::eOk;
   }
@@ -66,8 +77,8 @@ class VariableEvaluator : public host::AcFdFieldEvaluator {
 class ObjectPropertyEvaluator : public host::AcFdFieldEvaluator {
  public:
   Acad::ErrorStatus evaluate(AcDbField* field, int, host::AcDbDatabase* db, host::AcFdFieldResult* result) override {
-    auto* own = dynamic_cast<Field*>(field);
-    Database* database = headlessDatabase(db);
+    Field* own = Field::of(field);
+    Database* database = own ? headlessDatabase(db, *own) : nullptr;
     if (!own || !database) return Acad::eInvalidInput;
     // "\AcObjProp Object(%<\_ObjIdx 0>%).Property"
     const std::wstring code = splitFormatOption(own->ownCode()).first;

@@ -260,11 +260,10 @@ void ExprEngine::resolve(std::wstring& value) {
 }
 
 bool ExprEngine::IsVariable(std::wstring_view name) {
-  if (name.empty() || name.size() > kMaxNameLength || OccursInOperatorTables(name) || IsFunctionName(name)) {
-    return false;
-  }
   // A number is never a name the drawing knows: plain arithmetic stays away from the host.
-  if (IsNumericText(name)) return false;
+  // Most operands are numbers, so that test comes first.
+  if (name.empty() || name.size() > kMaxNameLength || IsNumericText(name)) return false;
+  if (OccursInOperatorTables(name) || IsFunctionName(name)) return false;
   while (!name.empty() && core::isSpace(name.front())) name.remove_prefix(1);
   while (!name.empty() && core::isSpace(name.back())) name.remove_suffix(1);
   if (name.empty()) return false;

@@ -15,6 +15,7 @@
 #include "host/acdbfield.h"
 #include "host/acdbtable.h"
 #include "plugin/fields/fieldreferences.h"
+#include "plugin/formula/exprvalue.h"
 
 namespace corvane {
 
@@ -25,6 +26,7 @@ namespace {
 // "%.15G" of the C runtime: to_chars with a precision is defined by printf's "%g". Every cell a
 // formula reads goes through here, so it skips the general formatter.
 std::wstring realText(double real) {
+  if (auto whole = WholeNumberText(real, 15)) return std::move(*whole);
   char buffer[64];
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, real, std::chars_format::general, 15);
   if (result.ec != std::errc()) return core::format(L"%.15G", real);
@@ -84,7 +86,7 @@ std::optional<std::wstring> ExprFieldBinding::OwnerTableCell(int row, int column
   // A number is read as the number it is, whatever the cell's display format rounds it to.
   std::int32_t whole = 0;
   double real = 0;
-  if (value.get(whole)) return core::format(L"%d", whole);
+  if (value.get(whole)) return *WholeNumberText(whole, 15);  // every 32-bit integer is one
   if (value.get(real)) return realText(real);
   if (table->contentType(r, c) == host::AcDb::kCellContentTypeField) return services_.formatValue(value, value.getFormat());
   std::wstring text;
@@ -102,34 +104,41 @@ void ExprFieldBinding::bindContext(const host::AcDbField& field, host::AcDbObjec
   // Each step goes one owner up; a drawing's ownership is a tree, so the walk ends.
   for (int depth = 0; depth < 1000; ++depth) {
     if (id.isNull() || !services_.isValid(id) || services_.isErased(id)) return;
-    // A cell's field is owned by its table.
-    if (host::AcDbObjectPointer<host::AcDbTable> table(services_, id, host::AcDb::kForRead); table) {
-      ownerTable_ = id;
-      openTable_ = std::move(table);
-      return;
-    }
-    if (host::AcDbObjectPointer<host::AcDbBlockTableRecord> block(services_, id, host::AcDb::kForRead); block) {
-      if (block->isAnonymous()) {
-        std::vector<host::AcDbObjectId> references;
-        block->getBlockReferenceIds(references);
-        if (references.empty()) return;
-        if (host::AcDbObjectPointer<host::AcDbTable> table(services_, references.front(), host::AcDb::kForRead); table) {
-          ownerTable_ = references.front();
-        } else {
-          selfBlock_ = references.front();
-        }
-        return;
-      }
-      if (!block->isLayout()) return;
-    }
-    if (host::AcDbObjectPointer<host::AcDbBlockReference> reference(services_, id, host::AcDb::kForRead); reference) {
-      selfBlock_ = id;
-      return;
-    }
     host::AcDbObjectPointer<host::AcDbObject> object(services_, id, host::AcDb::kForRead);
     if (!object) return;
+    // A field (the text of a cell that holds the formula) is none of the kinds below, and
+    // trying each by a cast costs more than the rest of a cell's update.
+    if (object->className() != L"AcDbField" && bindOwner(id)) return;
     id = object->ownerId();
   }
+}
+
+bool ExprFieldBinding::bindOwner(host::AcDbObjectId id) {
+  // A cell's field is owned by its table.
+  if (host::AcDbObjectPointer<host::AcDbTable> table(services_, id, host::AcDb::kForRead); table) {
+    ownerTable_ = id;
+    openTable_ = std::move(table);
+    return true;
+  }
+  if (host::AcDbObjectPointer<host::AcDbBlockTableRecord> block(services_, id, host::AcDb::kForRead); block) {
+    if (block->isAnonymous()) {
+      std::vector<host::AcDbObjectId> references;
+      block->getBlockReferenceIds(references);
+      if (references.empty()) return true;
+      if (host::AcDbObjectPointer<host::AcDbTable> table(services_, references.front(), host::AcDb::kForRead); table) {
+        ownerTable_ = references.front();
+      } else {
+        selfBlock_ = references.front();
+      }
+      return true;
+    }
+    if (!block->isLayout()) return true;
+  }
+  if (host::AcDbObjectPointer<host::AcDbBlockReference> reference(services_, id, host::AcDb::kForRead); reference) {
+    selfBlock_ = id;
+    return true;
+  }
+  return false;
 }
 
 std::optional<std::wstring> ExprFieldBinding::SelfBlockProperty(std::wstring_view property) {

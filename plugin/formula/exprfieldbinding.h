@@ -54,6 +54,11 @@ class ExprFieldBinding : public ExprBinding {
   // unless the evaluation succeeds.
   std::optional<std::wstring> evaluateInTemporaryField(std::wstring_view code);
 
+  // One step of bindContext: binds the object when it is a table, an anonymous block (through
+  // its reference) or a block reference. True when the walk ends there, false to go on up
+  // (a layout's block, or an object of another kind).
+  bool bindOwner(host::AcDbObjectId id);
+
   // A dynamic property, or else an attribute, of a block reference, as text.
   std::optional<std::wstring> referenceProperty(host::AcDbObjectId reference, std::wstring_view property,
                                                 bool attributes);

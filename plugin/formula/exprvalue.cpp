@@ -3,6 +3,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
+#include <utility>
 
 #include "core/crt.h"
 #include "core/printf.h"
@@ -77,11 +79,34 @@ double TextToNumber(std::wstring_view text) noexcept {
   return core::wcstod(text);
 }
 
+std::optional<std::wstring> WholeNumberText(double value, int precision) {
+  static constexpr double kPowers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7,
+                                       1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  if (precision < 1 || precision > 15) return std::nullopt;
+  // Below 10^precision a whole number has no more digits than the precision keeps, so the
+  // conversion prints them all and no point; NaN fails the first test.
+  if (!(std::fabs(value) < kPowers[precision]) || value != std::trunc(value)) return std::nullopt;
+  if (value == 0 && std::signbit(value)) return std::nullopt;  // "-0"
+  wchar_t digits[20];
+  wchar_t* end = digits + std::size(digits);
+  wchar_t* p = end;
+  std::int64_t whole = static_cast<std::int64_t>(value);
+  const bool negative = whole < 0;
+  if (negative) whole = -whole;
+  do {
+    *--p = static_cast<wchar_t>(L'0' + whole % 10);
+    whole /= 10;
+  } while (whole != 0);
+  if (negative) *--p = L'-';
+  return std::wstring(p, end);
+}
+
 std::wstring FormatNumber(double value) {
   // A formula prints a number at nearly every step. std::to_chars with a precision is the
   // printf conversion without the format parsing (the engine's own tests hold the two equal);
   // infinities and NaNs keep the runtime's spelling.
   if (!std::isfinite(value)) return core::format(L"%G", value);
+  if (auto whole = WholeNumberText(value, 6)) return std::move(*whole);
   char digits[32];
   const auto converted = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::general, 6);
   std::wstring text;

@@ -2,6 +2,7 @@
 // read from the text each time an operator consumes it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +26,11 @@ double TextToNumber(std::wstring_view text) noexcept;
 
 // "%G": six significant digits, upper-case exponent with at least two digits.
 std::wstring FormatNumber(double value);
+
+// The digits of a whole number that "%G" with `precision` significant digits prints without an
+// exponent (below 10^precision in magnitude, -0 excepted), as that conversion prints it; nullopt
+// for any other value. Most numbers a table's formulas read and make are such.
+std::optional<std::wstring> WholeNumberText(double value, int precision);
 
 // Every string marker at either end removed, as concatenation and comparison see a value.
 std::wstring_view StripStringMarkers(std::wstring_view text) noexcept;

@@ -119,6 +119,40 @@ TEST(AsdkExprEvaluator, BindsTheTableItStandsIn) {
   app.onUnload();
 }
 
+// The evaluator keeps what it parsed between evaluations: a cell read again after an edit,
+// and a formula whose text or format changed, must show what they are now.
+TEST(AsdkExprEvaluator, RecomputesWhatChangedBetweenEvaluations) {
+  TestDrawing d;
+  CCorvaneApp app(d.host);
+  app.onInitialize();
+  const auto table = d.addTable({{L"2"}, {L"%<\\VxExpr (A1*10)>%"}});
+  struct Step {
+    std::wstring a1, formula;  // empty: left as it is
+    std::wstring shown;
+  } const steps[] = {
+      {L"", L"", L"20"},
+      {L"3", L"", L"30"},
+      {L"", L"%<\\VxExpr (A1*100)>%", L"300"},
+      {L"", L"%<\\VxExpr (a1*100)>%", L"300"},
+      {L"4", L"%<\\VxExpr (A1 *100) \\f \"%lu2%pr2\">%", L"400.00"},
+      {L"", L"%<\\VxExpr (A1*10)>%", L"40"},
+      {L"3", L"%<\\VxExpr (A1-10)>%", L"-7"},
+      {L"x", L"%<\\VxExpr (A1+1)>%", L"#VAL!"},
+      {L"5", L"", L"6"},
+  };
+  for (const auto& step : steps) {
+    {
+      host::AcDbObjectPointer<host::AcDbTable> cells(d.host, table, host::AcDb::kForWrite);
+      const int options = host::AcValueOptions::kConvertTextToValue | host::AcValueOptions::kParseTextForFieldCode;
+      if (!step.a1.empty()) cells->setValue(0, 0, step.a1, options);
+      if (!step.formula.empty()) cells->setValue(1, 0, step.formula, options);
+    }
+    d.evaluateAll();
+    EXPECT_EQ(d.table(table).textString(1, 0), step.shown) << step.formula.size() << " " << step.a1.size();
+  }
+  app.onUnload();
+}
+
 TEST(AsdkExprEvaluator, BindsTheBlockReferenceItStandsIn) {
   TestDrawing d;
   CCorvaneApp app(d.host);
@@ -130,8 +164,12 @@ TEST(AsdkExprEvaluator, BindsTheBlockReferenceItStandsIn) {
       {host::AcDbDynBlockReferenceProperty(L"Width", AcValue(0.9))});
   const auto attribute = d.addAttribute(reference, L"W", L"");
   const auto field = headless::attachField(d.db, attribute, L"%<\\VxExpr (VX_SELF('Width')*1000)>%");
+  // Within a text field the formula's owner is that field, and the walk goes on past it.
+  const auto within = d.addAttribute(reference, L"WT", L"");
+  const auto text = headless::attachField(d.db, within, L"W=%<\\VxExpr (VX_SELF('Width')*1000)>% mm");
   d.evaluateAll();
   EXPECT_EQ(d.field(field).getDisplayText(), L"900");
+  EXPECT_EQ(d.field(text).getDisplayText(), L"W=900 mm");
   app.onUnload();
 }
 

@@ -72,6 +72,40 @@ TEST(ExprValue, NumbersArePrintedWithPercentG) {
   for (const auto& c : cases) EXPECT_EQ(FormatNumber(c.value), c.text) << c.value;
 }
 
+TEST(ExprValue, WholeNumbersBelowThePrecisionAreTheirDigits) {
+  struct Case {
+    double value;
+    int precision;
+    const wchar_t* text;  // null: left to the general conversion
+  } const cases[] = {
+      {0, 6, L"0"},
+      {-0.0, 6, nullptr},
+      {42, 6, L"42"},
+      {-42, 6, L"-42"},
+      {999999, 6, L"999999"},
+      {1e6, 6, nullptr},
+      {-999999, 6, L"-999999"},
+      {2.5, 6, nullptr},
+      {999999999999999, 15, L"999999999999999"},
+      {1e15, 15, nullptr},
+      {-2147483648.0, 15, L"-2147483648"},
+      {std::nan(""), 15, nullptr},
+      {HUGE_VAL, 15, nullptr},
+      {7, 0, nullptr},
+      {7, 16, nullptr},
+  };
+  for (const auto& c : cases) {
+    const auto text = WholeNumberText(c.value, c.precision);
+    if (!c.text) {
+      EXPECT_FALSE(text) << c.value << " " << c.precision;
+      continue;
+    }
+    ASSERT_TRUE(text) << c.value << " " << c.precision;
+    EXPECT_EQ(*text, c.text);
+    EXPECT_EQ(*text, core::format(c.precision == 6 ? L"%G" : L"%.15G", c.value)) << c.value;
+  }
+}
+
 TEST(ExprValue, FastPathsAgreeWithTheRuntimeConversions) {
   // Reading and printing numbers take shortcuts for the common cases; they must give exactly
   // what the C-runtime conversions give, on every kind of value.
