@@ -215,9 +215,11 @@ bool UpdateFieldsInExcel::Update(host::ExcelWorkbook& book, host::ExcelWorksheet
       }
       db = side.get();
     }
+    // One temporary field takes each code of the drawing in turn: the host deletes a field by
+    // searching the drawing's objects, which for thousands of fields costs more than the rest.
+    host::AcDbHostApplicationServices::FieldHolder temporary = services.newField();
     for (const Work::Field& field : drawing.fields) {
       progressAt(++position);
-      host::AcDbHostApplicationServices::FieldHolder temporary = services.newField();
       int status = host::AcDbField::kNotYetEvaluated;
       if (temporary && temporary->setFieldCode(ObjHandleToId(services, field.code, db)) == host::Acad::eOk) {
         temporary->evaluate(host::AcDbField::kPreview, db);
