@@ -21,5 +21,7 @@ void addSaveCommand(CLI::App& app, Action& action);
 void addRunCommand(CLI::App& app, Action& action);
 void addTableCommand(CLI::App& app, Action& action);
 void addCellsCommand(CLI::App& app, Action& action);
+void addExportFieldsCommand(CLI::App& app, Action& action);
+void addUpdateExcelCommand(CLI::App& app, Action& action);
 
 }  // namespace corvane::cli

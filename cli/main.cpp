@@ -21,6 +21,8 @@ int main(int argc, char** argv) {
   corvane::cli::addRunCommand(app, action);
   corvane::cli::addTableCommand(app, action);
   corvane::cli::addCellsCommand(app, action);
+  corvane::cli::addExportFieldsCommand(app, action);
+  corvane::cli::addUpdateExcelCommand(app, action);
 
   try {
     app.parse(argc, argv);

@@ -301,8 +301,6 @@ TEST(CCorvaneApp, CommandsOfTheShell) {
        L""},
       {L"Corvane_List_DefObj_InSession", L"", L""},  // nothing read in this session yet
       {L"Corvane_Workbooks_Manager", L"\nCorvane_Workbooks_Manager is not available in this build.", L""},
-      {L"Corvane_Update_Fields_In_Excel", L"\nCorvane_Update_Fields_In_Excel is not available in this build.", L""},
-      {L"Corvane_Export_Fields_to_Excel", L"\nCorvane_Export_Fields_to_Excel is not available in this build.", L""},
   };
   for (const auto& c : cases) {
     Rig rig;
