@@ -115,8 +115,6 @@ void CCorvaneApp::notAvailable(const wchar_t* localName) {
 }
 
 void CCorvaneApp::Corvane_Insert_Fields_To_Drawings() { notAvailable(L"Corvane_Insert_Fields_To_Drawings"); }
-void CCorvaneApp::Corvane_Multi_Cell_Fields() { notAvailable(L"Corvane_Multi_Cell_Fields"); }
-void CCorvaneApp::Corvane_Workbooks_Manager() { notAvailable(L"Corvane_Workbooks_Manager"); }
 void CCorvaneApp::Corvane_AutoFill_Formulas() { notAvailable(L"Corvane_AutoFill_Formulas"); }
 void CCorvaneApp::Corvane_Update_Fields_In_Excel() { notAvailable(L"Corvane_Update_Fields_In_Excel"); }
 void CCorvaneApp::Corvane_Export_Fields_to_Excel() { notAvailable(L"Corvane_Export_Fields_to_Excel"); }
