@@ -18,6 +18,8 @@
 #include "plugin/shell/ccorvaneapp.h"
 #include "xlsx/bookapplication.h"
 #include "xlsx/bookautomation.h"
+#include "xlsx/bookrange.h"
+#include "xlsx/booksheet.h"
 #include "xlsx/bookworkbook.h"
 
 namespace corvane::cli {
@@ -32,6 +34,7 @@ struct RunOptions {
   bool force = false;
   bool light = false;
   std::vector<std::string> workbooks;
+  std::string selection;
   std::vector<std::string> commands;
 };
 
@@ -43,6 +46,50 @@ std::wstring moduleFile() {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   return error ? std::wstring(L"corvane") : core::fromUtf8(self.string());
+}
+
+// "Sheet1!A1:B3,D5" (the sheet optional, in single quotes when its name has blanks): the cells
+// become the selection of the active workbook, its first cell the active cell.
+bool selectCells(xlsx::BookApplication& excel, const std::string& text) {
+  const auto book = excel.activeWorkbook();
+  if (!book) {
+    fail("--select needs a workbook (--workbook)");
+    return false;
+  }
+  std::wstring areas = core::fromUtf8(text);
+  std::shared_ptr<host::ExcelWorksheet> sheet = book->activeSheet();
+  if (const std::size_t bang = areas.rfind(L'!'); bang != std::wstring::npos) {
+    std::wstring name = areas.substr(0, bang);
+    if (name.size() >= 2 && name.front() == L'\'' && name.back() == L'\'') name = name.substr(1, name.size() - 2);
+    auto named = book->worksheet(name);
+    if (!named) {
+      fail("--select: " + core::toUtf8(named.error().text));
+      return false;
+    }
+    sheet = std::move(named).value();
+    areas = areas.substr(bang + 1);
+  }
+  auto bookSheet = std::dynamic_pointer_cast<xlsx::BookSheet>(sheet);
+  std::vector<xlsx::CellRange> cells;
+  std::size_t from = 0;
+  while (bookSheet && from <= areas.size()) {
+    const std::size_t comma = std::min(areas.find(L',', from), areas.size());
+    const std::wstring area = areas.substr(from, comma - from);
+    auto range = bookSheet->range(area, {});
+    if (!range) {
+      fail("--select: " + core::toUtf8(range.error().text));
+      return false;
+    }
+    const auto& parts = std::static_pointer_cast<xlsx::BookRange>(*range)->cellAreas();
+    cells.insert(cells.end(), parts.begin(), parts.end());
+    from = comma + 1;
+  }
+  if (cells.empty()) {
+    fail("--select names no cells");
+    return false;
+  }
+  excel.select(std::make_shared<xlsx::BookRange>(bookSheet, std::move(cells)));
+  return true;
 }
 
 int runCommands(const RunOptions& options) {
@@ -102,6 +149,7 @@ int runCommands(const RunOptions& options) {
       return 1;
     }
   }
+  if (!options.selection.empty() && !selectCells(excel.start(), options.selection)) return 1;
 
   int problems = 0;
   {
@@ -175,6 +223,9 @@ void addRunCommand(CLI::App& app, Action& action) {
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->check(CLI::ExistingFile);
+  run->add_option("--select", options->selection,
+                  "Cells selected in the last workbook, as 'Sheet1!A1:B3,D5' (the sheet optional; areas "
+                  "separated by commas), its first cell the active cell");
   run->add_option("COMMAND", options->commands, "Commands to run in order; put -- before them");
   run->callback([&action, options] { action = [options] { return runCommands(*options); }; });
 }

@@ -48,6 +48,11 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   void setDrawingReader(DrawingReader reader) { reader_ = std::move(reader); }
   host::Acad::ErrorStatus getPropertyValue(host::AcDbObjectId id, std::wstring_view name,
                                            host::AcValue& value) const override;
+  host::Acad::ErrorStatus entGet(host::AcDbObjectId id, host::ResBufList& data) const override;
+  host::Acad::ErrorStatus setField(host::AcDbObjectId object, std::wstring_view property, std::wstring_view code,
+                                   host::AcDbObjectId& fieldId) override;
+  host::Acad::ErrorStatus appendMText(host::AcDbObjectId space, const host::AcGePoint3d& location,
+                                      std::wstring_view contents, host::AcDbObjectId& id) override;
   std::optional<FieldSpan> findField(std::wstring_view text, std::size_t from = 0) const override;
   void print(std::wstring_view text) override;
   // Ends the command line's last line when something was printed on it, so that what the program

@@ -8,9 +8,11 @@
 #include <string>
 #include <string_view>
 
+#include "host/acgepoint.h"
 #include "host/acvalue.h"
 #include "host/errorstatus.h"
 #include "host/objectid.h"
+#include "host/resbuf.h"
 
 namespace corvane::host {
 
@@ -53,6 +55,22 @@ class AcDbHostApplicationServices {
   // says what went wrong in the file.
   using DatabaseHolder = std::unique_ptr<AcDbDatabase, std::function<void(AcDbDatabase*)>>;
   virtual Acad::ErrorStatus readDrawingFile(std::wstring_view path, DatabaseHolder& db, std::wstring& reason) = 0;
+
+  // acdbEntGet: an object's record as group codes, in the order a DXF file has them, starting
+  // with 0 (the record name), 5 (the handle) and 330 (the owner). References to other objects
+  // (330) come as handle text, as the file writes them. eNotImplementedYet for a record whose
+  // body the host does not hand out; the head is filled all the same.
+  virtual Acad::ErrorStatus entGet(AcDbObjectId id, ResBufList& data) const = 0;
+  // AcDbObject::setField with a new field made from the code: the field is linked to the
+  // object's property ("TEXT" for the text of a text, multiline text, attribute or multileader)
+  // in place of an earlier one, and added to the drawing's field list. The object must not be
+  // open; eNotApplicable for an object whose property cannot hold a field.
+  virtual Acad::ErrorStatus setField(AcDbObjectId object, std::wstring_view property, std::wstring_view code,
+                                     AcDbObjectId& fieldId) = 0;
+  // A new multiline text (new AcDbMText, then appendAcDbEntity) at `location` in the block
+  // `space` (a layout's space), with the drawing's text height and the given contents.
+  virtual Acad::ErrorStatus appendMText(AcDbObjectId space, const AcGePoint3d& location, std::wstring_view contents,
+                                        AcDbObjectId& id) = 0;
 
   // A named property of an object as the host's property system reads it ("Area", "Layer",
   // "Radius", ...): eInvalidObjectId/eWasErased for a missing object, eKeyNotFound for a

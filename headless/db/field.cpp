@@ -91,6 +91,8 @@ host::Acad::ErrorStatus Field::evaluate(int context, host::AcDbDatabase* /*db*/)
 Acad::ErrorStatus Field::setFieldCode(std::wstring_view code) {
   if (!record_.writeOpen) return Acad::eNotOpenForWrite;
   assignCode(code);
+  // What the old code gave is no value of the new one: the field has none until evaluated.
+  value_ = host::AcValue();
   return Acad::eOk;
 }
 

@@ -115,7 +115,5 @@ void CCorvaneApp::notAvailable(const wchar_t* localName) {
 }
 
 void CCorvaneApp::Corvane_Insert_Fields_To_Drawings() { notAvailable(L"Corvane_Insert_Fields_To_Drawings"); }
-void CCorvaneApp::Corvane_Multi_Cell_Fields() { notAvailable(L"Corvane_Multi_Cell_Fields"); }
-void CCorvaneApp::Corvane_Workbooks_Manager() { notAvailable(L"Corvane_Workbooks_Manager"); }
 
 }  // namespace corvane

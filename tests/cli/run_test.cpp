@@ -50,8 +50,8 @@ TEST(RunCommand, RunsCommandsInANewDrawing) {
       // Without commands the script holds them, answers after each.
       {{"run", "new", "--script", (folder / "session.scr").string()},
        kNoMenu + "\nCommand: Corvane_Test\n6.687500\nCommand: Corvane_About" + box +
-           "[OK] -> OK (default)\nCommand: Corvane_Multi_Cell_Fields\nCorvane_Multi_Cell_Fields is not available in "
-           "this build.\n",
+           "[OK] -> OK (default)\nCommand: Corvane_Multi_Cell_Fields\n** Halvek Corvane (Information) **\nPlease "
+           "start Excel and open a workbook first.\n[OK] -> OK (default)\n",
        0},
       {{"run", "--lt", "new", "Corvane_Test", "Nothing"},
        "\nCommand: Corvane_Test\n6.687500\nCommand: Nothing\nUnknown command \"NOTHING\".\n", 1},

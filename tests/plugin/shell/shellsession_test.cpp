@@ -86,7 +86,7 @@ TEST(ShellSession, LoadingThePluginLoadsItsMenu) {
 }
 
 TEST(ShellSession, AScriptedSessionWithTheShellsCommands) {
-  Rig rig(L"Corvane_Test\n_CORVANE_ABOUT\n[OK]\ncorvane_help\nCorvane_LoadMenu\nCorvane_Workbooks_Manager\n"
+  Rig rig(L"Corvane_Test\n_CORVANE_ABOUT\n[OK]\ncorvane_help\nCorvane_LoadMenu\nCorvane_Workbooks_Manager\neXit\n"
           L"Corvane_About\nNot_A_Command\n",
           L"acad", {"Corvane.cuix", "Corvane.chm"});
   CCorvaneApp app(rig.host, rig.session);
@@ -102,7 +102,8 @@ TEST(ShellSession, AScriptedSessionWithTheShellsCommands) {
                          L"Enter name of customization file to load: " + rig.install(L"Corvane.cuix") +
                          L"\nThe customization group \"Corvane\" is already loaded."
                          L"\nCommand: Corvane_Workbooks_Manager"
-                         L"\nCorvane_Workbooks_Manager is not available in this build."
+                         L"\nExcel cell fields: 0, selected: 0. [Select/Workbook/Sheet/Cell/Shift/Path/List/eXit] "
+                         L"<eXit>: eXit"
                          L"\nCommand: Corvane_About\n" + about +
                          L" (default)\nCommand: Not_A_Command\nUnknown command \"NOT_A_COMMAND\".");
   // The menu stands on the bar once, however often it is loaded.
