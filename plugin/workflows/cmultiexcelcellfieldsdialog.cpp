@@ -8,7 +8,7 @@
 #include "plugin/linked/excelutils.h"
 #include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
-#include "plugin/measure/showmodal.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/support/corvanesettings.h"
 
 namespace corvane {

@@ -15,7 +15,7 @@
 #include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
 #include "plugin/linked/linkedtimestamp.h"
-#include "plugin/measure/showmodal.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/support/corvanesettings.h"
 
 namespace corvane {

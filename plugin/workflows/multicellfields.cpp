@@ -17,7 +17,7 @@
 #include "plugin/linked/excelutils.h"
 #include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
-#include "plugin/measure/showmodal.h"
+#include "plugin/fields/showmodal.h"
 #include "plugin/workflows/cmultiexcelcellfieldsdialog.h"
 
 namespace corvane {

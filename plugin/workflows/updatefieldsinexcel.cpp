@@ -19,7 +19,7 @@
 #include "plugin/fields/fieldreferences.h"
 #include "plugin/linked/excelutils.h"
 #include "plugin/linked/linkedsources.h"
-#include "plugin/measure/showmodal.h"
+#include "plugin/fields/showmodal.h"
 
 namespace corvane {
 
