@@ -17,6 +17,8 @@
 #include "dxf/tags/recordheader.h"
 #include "dxf/tags/recordview.h"
 #include "dxf/tags/textpieces.h"
+#include "headless/db/attribute.h"
+#include "headless/db/blockreference.h"
 #include "headless/db/blocktable.h"
 #include "headless/db/blocktablerecord.h"
 #include "headless/db/database.h"
@@ -526,6 +528,7 @@ std::size_t DrawingFile::placeNewRecord(const host::AcDbObject& object, std::siz
     section = sectionNamed("OBJECTS");
     return doc.sections()[section].records.size();
   }
+  if (db_->get<headless::BlockReference>(record.owner)) return placeAttribute(record.owner, section);
   const auto* block = db_->get<headless::BlockTableRecord>(record.owner);
   if (!block) throw std::runtime_error("a new entity must be owned by a block");
   if (core::equalsNoCase(block->name(), L"*Model_Space") || core::equalsNoCase(block->name(), L"*Paper_Space")) {
@@ -543,6 +546,29 @@ std::size_t DrawingFile::placeNewRecord(const host::AcDbObject& object, std::siz
     else if (type == "ENDBLK" && inBlock) return i;
   }
   throw std::runtime_error("the block of a new entity has no definition in the drawing");
+}
+
+std::size_t DrawingFile::placeAttribute(AcDbObjectId reference, std::size_t& section) const {
+  // After the attributes the reference has, before the end of their sequence.
+  const Document& doc = *doc_;
+  const RecordId owner = recordOf(reference);
+  for (std::size_t s = 0; s < doc.sections().size(); ++s) {
+    const auto& records = doc.sections()[s].records;
+    const auto at = std::find(records.begin(), records.end(), owner);
+    if (owner == kNoRecord || at == records.end()) continue;
+    auto next = at + 1;
+    while (next != records.end() && doc.recordType(*next) == "ATTRIB") ++next;
+    if (next == records.end() || doc.recordType(*next) != "SEQEND") break;
+    section = s;
+    return static_cast<std::size_t>(next - records.begin());
+  }
+  throw std::runtime_error("an attribute cannot be added to a block reference saved without attributes");
+}
+
+bool DrawingFile::comesWithItsReference(const host::AcDbObject& object) const {
+  const auto* attribute = dynamic_cast<const headless::Attribute*>(&object);
+  return attribute && db_->get<headless::BlockReference>(attribute->ownerId()) &&
+         recordOf(attribute->ownerId()) == kNoRecord;
 }
 
 void DrawingFile::ensureClasses() {
@@ -584,6 +610,7 @@ struct DrawingFile::Saving {
   std::vector<AcDbObjectId> changed;
   std::vector<AcDbObjectId> added;
   std::vector<std::optional<std::vector<NewTag>>> spelt;  // the records of `added`, in order
+  std::unordered_map<std::uint64_t, std::size_t> spelling;  // an added object's place in `spelt`
 };
 
 Status DrawingFile::update() {
@@ -601,7 +628,7 @@ Status DrawingFile::update() {
     if (auto spelt = spellNewRecords(saving, writer); !spelt) return spelt;
     removeRecords(saving);
     for (const auto id : saving.changed) writer.writeBack(recordOf(id), *db_->lookup(id));
-    if (auto inserted = insertNewRecords(saving); !inserted) return inserted;
+    if (auto inserted = insertNewRecords(saving, writer); !inserted) return inserted;
     header_.save(*doc_, *db_);
     if (!saving.added.empty()) writeHandseed();
     db_->markUnmodified();
@@ -668,9 +695,10 @@ Status DrawingFile::spellNewRecords(Saving& saving, const ObjectWriter& writer) 
       continue;
     }
     std::string error;
+    saving.spelling[id.asOldId()] = saving.spelt.size();
     saving.spelt.push_back(writer.newRecord(object, error));
     if (!saving.spelt.back()) return Status::failure(error);
-    placeNewRecord(object, section);
+    if (!comesWithItsReference(object)) placeNewRecord(object, section);
   }
   return Status::success();
 }
@@ -691,7 +719,7 @@ void DrawingFile::removeRecords(Saving& saving) {
   }
 }
 
-Status DrawingFile::insertNewRecords(Saving& saving) {
+Status DrawingFile::insertNewRecords(Saving& saving, const ObjectWriter& writer) {
   headless::Database& db = *db_;
   bool newField = false;
   bool newFieldList = false;
@@ -710,14 +738,39 @@ Status DrawingFile::insertNewRecords(Saving& saving) {
       bindRecord(id, created.table);
       continue;
     }
+    // Attributes of a new reference are written with it, right after it.
+    if (recordOf(id) != kNoRecord || comesWithItsReference(object)) continue;
     std::size_t section = 0;
     const std::size_t position = placeNewRecord(object, section);
     bindRecord(id, doc_->insertRecord(section, position, *saving.spelt[n]));
+    if (const auto* reference = dynamic_cast<const headless::BlockReference*>(&object)) {
+      insertAttributes(saving, writer, *reference, section, position + 1);
+    }
     newField |= object.dxfName() == L"FIELD";
     newFieldList |= object.dxfName() == L"FIELDLIST";
   }
   if (newField || newFieldList) ensureClasses();
   return Status::success();
+}
+
+void DrawingFile::insertAttributes(const Saving& saving, const ObjectWriter& writer,
+                                   const headless::BlockReference& reference, std::size_t section,
+                                   std::size_t position) {
+  const auto attributes = writer.attributesOf(reference);
+  if (attributes.empty()) return;
+  for (const AcDbObjectId attribute : attributes) {
+    const auto spelt = saving.spelling.find(attribute.asOldId());
+    if (spelt == saving.spelling.end() || recordOf(attribute) != kNoRecord) continue;
+    bindRecord(attribute, doc_->insertRecord(section, position++, *saving.spelt[spelt->second]));
+  }
+  // The end of the sequence is an object of the drawing, as one read from a file is, so that it
+  // goes with its reference.
+  auto end = std::make_unique<headless::ProxyEntity>(
+      std::make_shared<const headless::ProxyKind>(headless::ProxyKind{L"SEQEND", L"AcDbSequenceEnd"}));
+  end->setLayer(reference.layer());
+  const AcDbObjectId endId = db_->addObject(std::move(end), reference.objectId());
+  const auto tags = writer.sequenceEnd(reference, db_->objects().handle(endId).value());
+  bindRecord(endId, doc_->insertRecord(section, position, tags));
 }
 
 // The header's seed stays past every handle the save gave out.

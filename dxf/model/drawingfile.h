@@ -22,6 +22,7 @@
 #include "host/objectid.h"
 
 namespace corvane::headless {
+class BlockReference;
 class Database;
 class DatabaseHost;
 class Dictionary;
@@ -90,7 +91,13 @@ class DrawingFile {
   void sortObjects(Saving& saving);
   Status spellNewRecords(Saving& saving, const ObjectWriter& writer);
   void removeRecords(Saving& saving);
-  Status insertNewRecords(Saving& saving);
+  Status insertNewRecords(Saving& saving, const ObjectWriter& writer);
+  // A new block reference's attributes go right after it, closed by the end of their sequence.
+  void insertAttributes(const Saving& saving, const ObjectWriter& writer, const headless::BlockReference& reference,
+                        std::size_t section, std::size_t position);
+  // Whether the object is an attribute of a block reference that is new too.
+  bool comesWithItsReference(const host::AcDbObject& object) const;
+  std::size_t placeAttribute(host::AcDbObjectId reference, std::size_t& section) const;
   void writeHandseed();
   void prepareFields();
   void prepareFieldList();

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "core/textutil.h"
+#include "dxf/model/entityproperties.h"
 #include "dxf/model/tables/tablerecord.h"
 #include "dxf/tags/numbertext.h"
 #include "dxf/tags/textpieces.h"
@@ -94,6 +96,9 @@ void readEntityCommon(const Document& doc, std::span<const Tag> tags, const Reco
                       ObjectReader& reader) {
   const Values common = subclass(doc, tags, header, "AcDbEntity");
   if (const Tag* layer = common.first(8)) entity.setLayer(reader.layerName(*layer));
+  if (const auto look = readEntityProperties(doc, common.tags()); !(look == headless::EntityProperties{})) {
+    entity.setProperties(reader.entityProperties(look));
+  }
   entity.setVisible(common.integer(60, 0) == 0);
 }
 
@@ -268,6 +273,22 @@ std::shared_ptr<const std::wstring> ObjectReader::layerName(const Tag& tag) {
   lastLayerBytes_ = found->first;
   lastLayer_ = found->second;
   return lastLayer_;
+}
+
+bool ObjectReader::PropertiesOrder::operator()(const headless::EntityProperties& a,
+                                               const headless::EntityProperties& b) const {
+  const auto key = [](const headless::EntityProperties& p) {
+    return std::tie(p.color, p.trueColor, p.colorName, p.linetype, p.linetypeScale, p.lineweight, p.transparency,
+                    p.plotStyle, p.material);
+  };
+  return key(a) < key(b);
+}
+
+std::shared_ptr<const headless::EntityProperties> ObjectReader::entityProperties(
+    const headless::EntityProperties& properties) {
+  auto& shared = looks_[properties];
+  if (!shared) shared = std::make_shared<const headless::EntityProperties>(properties);
+  return shared;
 }
 
 std::shared_ptr<const headless::ProxyKind> ObjectReader::kind(RecordId id, const RecordHeader& header) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +16,7 @@
 
 #include "dxf/tags/document.h"
 #include "dxf/tags/recordheader.h"
+#include "headless/db/entity.h"
 #include "headless/db/proxyobject.h"
 #include "host/acdbobject.h"
 
@@ -54,6 +56,8 @@ class ObjectReader {
 
   // The layer name a tag holds; one copy per name, shared by every entity on the layer.
   std::shared_ptr<const std::wstring> layerName(const Tag& tag);
+  // One copy of each combination of entity properties, shared by the entities that have it.
+  std::shared_ptr<const headless::EntityProperties> entityProperties(const headless::EntityProperties& properties);
 
  private:
   std::shared_ptr<const headless::ProxyKind> kind(RecordId id, const RecordHeader& header);
@@ -73,6 +77,10 @@ class ObjectReader {
   };
   // Key: the value bytes as the file spells them.
   std::unordered_map<std::string, std::shared_ptr<const std::wstring>, BytesHash, std::equal_to<>> layers_;
+  struct PropertiesOrder {
+    bool operator()(const headless::EntityProperties& a, const headless::EntityProperties& b) const;
+  };
+  std::map<headless::EntityProperties, std::shared_ptr<const headless::EntityProperties>, PropertiesOrder> looks_;
   std::string_view lastLayerBytes_;
   std::shared_ptr<const std::wstring> lastLayer_;
 };

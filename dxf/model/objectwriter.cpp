@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "core/textutil.h"
+#include "dxf/model/entityproperties.h"
 #include "dxf/model/extendeddata.h"
 #include "dxf/model/fieldrecord.h"
 #include "dxf/model/tables/tablerecord.h"
@@ -21,6 +22,7 @@
 #include "headless/db/database.h"
 #include "headless/db/dictionary.h"
 #include "headless/db/field.h"
+#include "headless/db/hatch.h"
 #include "headless/db/fieldlist.h"
 #include "headless/db/layertablerecord.h"
 #include "headless/db/line.h"
@@ -49,6 +51,144 @@ void appendPoint(std::vector<NewTag>& out, std::int16_t code, const host::AcGePo
 }
 
 constexpr double kDegrees = 3.14159265358979323846 / 180.0;
+
+void appendNormal(std::vector<NewTag>& out, const host::AcGeVector3d& normal) {
+  if (normal.x == 0.0 && normal.y == 0.0 && normal.z == 1.0) return;
+  appendPoint(out, 210, {normal.x, normal.y, normal.z});
+}
+
+void appendPoint2(std::vector<NewTag>& out, std::int16_t code, double x, double y) {
+  out.push_back(NewTag::real(code, x));
+  out.push_back(NewTag::real(static_cast<std::int16_t>(code + 10), y));
+}
+
+void appendPolyline(std::vector<NewTag>& out, const headless::Polyline& polyline) {
+  out.push_back({100, "AcDbPolyline"});
+  out.push_back(NewTag::integer(90, static_cast<std::int64_t>(polyline.vertices().size())));
+  out.push_back(NewTag::integer(70, polyline.isClosed() ? 1 : 0));
+  if (polyline.constantWidth() != 0.0) out.push_back(NewTag::real(43, polyline.constantWidth()));
+  if (polyline.elevation() != 0.0) out.push_back(NewTag::real(38, polyline.elevation()));
+  // Widths go with every vertex once one vertex has them, as the host writes them.
+  const bool widths = std::any_of(polyline.vertices().begin(), polyline.vertices().end(),
+                                  [](const auto& v) { return v.startWidth != 0.0 || v.endWidth != 0.0; });
+  for (const auto& vertex : polyline.vertices()) {
+    appendPoint2(out, 10, vertex.point.x, vertex.point.y);
+    if (widths) {
+      out.push_back(NewTag::real(40, vertex.startWidth));
+      out.push_back(NewTag::real(41, vertex.endWidth));
+    }
+    if (vertex.bulge != 0.0) out.push_back(NewTag::real(42, vertex.bulge));
+  }
+  appendNormal(out, polyline.normal());
+}
+
+void appendArc(std::vector<NewTag>& out, const headless::Arc& arc) {
+  out.push_back({100, "AcDbCircle"});
+  appendPoint(out, 10, arc.ocsCenter());
+  out.push_back(NewTag::real(40, arc.radius()));
+  appendNormal(out, arc.normal());
+  out.push_back({100, "AcDbArc"});
+  out.push_back(NewTag::real(50, arc.startAngle() / kDegrees));
+  out.push_back(NewTag::real(51, arc.endAngle() / kDegrees));
+}
+
+// The text part an attribute and its definition share with a text.
+template <typename TextEntity>
+void appendTextPart(std::vector<NewTag>& out, const Document& doc, const TextEntity& text) {
+  out.push_back({100, "AcDbText"});
+  appendPoint(out, 10, text.position());
+  out.push_back(NewTag::real(40, text.height()));
+  out.push_back(escapedTextTag(doc, 1, text.hostText()));
+  if (text.rotation() != 0.0) out.push_back(NewTag::real(50, text.rotation() / kDegrees));
+  if (text.widthFactor() != 1.0) out.push_back(NewTag::real(41, text.widthFactor()));
+}
+
+// A hatch edge, its numbers as the model keeps them (angles in degrees, as stored).
+struct EdgeTags {
+  std::vector<NewTag>& out;
+  bool fitData;  // spline fit data exists in newer files only
+
+  void operator()(const headless::geometry::LineEdge& edge) const {
+    out.push_back(NewTag::integer(72, 1));
+    appendPoint2(out, 10, edge.start.x, edge.start.y);
+    appendPoint2(out, 11, edge.end.x, edge.end.y);
+  }
+  void operator()(const headless::geometry::CircularArcEdge& edge) const {
+    out.push_back(NewTag::integer(72, 2));
+    appendPoint2(out, 10, edge.center.x, edge.center.y);
+    out.push_back(NewTag::real(40, edge.radius));
+    out.push_back(NewTag::real(50, edge.startAngle));
+    out.push_back(NewTag::real(51, edge.endAngle));
+    out.push_back(NewTag::integer(73, edge.counterClockwise ? 1 : 0));
+  }
+  void operator()(const headless::geometry::EllipticArcEdge& edge) const {
+    out.push_back(NewTag::integer(72, 3));
+    appendPoint2(out, 10, edge.center.x, edge.center.y);
+    appendPoint2(out, 11, edge.majorAxis.x, edge.majorAxis.y);
+    out.push_back(NewTag::real(40, edge.ratio));
+    out.push_back(NewTag::real(50, edge.startAngle));
+    out.push_back(NewTag::real(51, edge.endAngle));
+    out.push_back(NewTag::integer(73, edge.counterClockwise ? 1 : 0));
+  }
+  void operator()(const headless::geometry::SplineEdge& edge) const {
+    out.push_back(NewTag::integer(72, 4));
+    out.push_back(NewTag::integer(94, edge.degree));
+    out.push_back(NewTag::integer(73, edge.rational ? 1 : 0));
+    out.push_back(NewTag::integer(74, edge.periodic ? 1 : 0));
+    out.push_back(NewTag::integer(95, static_cast<std::int64_t>(edge.knots.size())));
+    out.push_back(NewTag::integer(96, static_cast<std::int64_t>(edge.controlPoints.size())));
+    for (const double knot : edge.knots) out.push_back(NewTag::real(40, knot));
+    for (std::size_t i = 0; i < edge.controlPoints.size(); ++i) {
+      appendPoint2(out, 10, edge.controlPoints[i].x, edge.controlPoints[i].y);
+      if (edge.rational) out.push_back(NewTag::real(42, i < edge.weights.size() ? edge.weights[i] : 1.0));
+    }
+    if (!fitData) return;
+    out.push_back(NewTag::integer(97, static_cast<std::int64_t>(edge.fitPoints.size())));
+    for (const auto& point : edge.fitPoints) appendPoint2(out, 11, point.x, point.y);
+    if (edge.startTangent) appendPoint2(out, 12, edge.startTangent->x, edge.startTangent->y);
+    if (edge.endTangent) appendPoint2(out, 13, edge.endTangent->x, edge.endTangent->y);
+  }
+};
+
+// A new hatch's boundaries are its own: they keep no associations to the objects that drew
+// its source, and the pattern is the one its name gives, at the pattern's own angle and scale.
+void appendHatch(std::vector<NewTag>& out, const Document& doc, const headless::Hatch& hatch, bool fitData) {
+  out.push_back({100, "AcDbHatch"});
+  appendPoint(out, 10, {0.0, 0.0, hatch.elevation()});
+  const auto& normal = hatch.normal();
+  appendPoint(out, 210, {normal.x, normal.y, normal.z});
+  out.push_back(textTag(doc, 2, hatch.patternName()));
+  out.push_back(NewTag::integer(70, hatch.isSolidFill() ? 1 : 0));
+  out.push_back(NewTag::integer(71, 0));
+  out.push_back(NewTag::integer(91, static_cast<std::int64_t>(hatch.loops().size())));
+  for (const auto& loop : hatch.loops()) {
+    out.push_back(NewTag::integer(92, loop.flags));
+    if (loop.flags & headless::HatchLoop::kPolyline) {
+      const auto& vertices = loop.path.vertices;
+      const bool bulges = std::any_of(vertices.begin(), vertices.end(), [](const auto& v) { return v.bulge != 0.0; });
+      out.push_back(NewTag::integer(72, bulges ? 1 : 0));
+      out.push_back(NewTag::integer(73, loop.path.closed ? 1 : 0));
+      out.push_back(NewTag::integer(93, static_cast<std::int64_t>(vertices.size())));
+      for (const auto& vertex : vertices) {
+        appendPoint2(out, 10, vertex.point.x, vertex.point.y);
+        if (bulges) out.push_back(NewTag::real(42, vertex.bulge));
+      }
+    } else {
+      out.push_back(NewTag::integer(93, static_cast<std::int64_t>(loop.path.edges.size())));
+      for (const auto& edge : loop.path.edges) std::visit(EdgeTags{out, fitData}, edge);
+    }
+    out.push_back(NewTag::integer(97, 0));
+  }
+  out.push_back(NewTag::integer(75, static_cast<int>(hatch.style())));
+  out.push_back(NewTag::integer(76, 1));
+  if (!hatch.isSolidFill()) {
+    out.push_back(NewTag::real(52, 0.0));
+    out.push_back(NewTag::real(41, 1.0));
+    out.push_back(NewTag::integer(77, 0));
+    out.push_back(NewTag::integer(78, 0));
+  }
+  out.push_back(NewTag::integer(98, 0));
+}
 
 // The groups one subclass of a record keeps for an object's properties. Each set finds the
 // first tag of its code in the subclass and gives it the value when it holds another one; a
@@ -395,22 +535,25 @@ bool ObjectWriter::writePolyline(RecordId id, const headless::Polyline& polyline
 }
 
 bool ObjectWriter::writeEntity(RecordId id, const host::AcDbEntity& entity) {
-  const RecordHeader header = scanRecordHeader(doc_, id);
-  const auto tags = doc_.tags(id);
-  std::size_t begin = header.bodyBegin;
-  std::size_t end = header.xdataBegin;
-  const std::size_t marker = findSubclass(doc_, tags, "AcDbEntity", header.bodyBegin);
-  if (marker != kNoIndex) {
-    begin = marker + 1;
-    end = subclassEnd(tags, marker);
+  const auto range = [this, id] {
+    const RecordHeader header = scanRecordHeader(doc_, id);
+    const std::size_t marker = findSubclass(doc_, doc_.tags(id), "AcDbEntity", header.bodyBegin);
+    if (marker == kNoIndex) return std::pair(header.bodyBegin, header.xdataBegin);
+    return std::pair(marker + 1, subclassEnd(doc_.tags(id), marker));
+  };
+  bool changed = false;
+  if (const auto* look = dynamic_cast<const headless::EntityLook*>(&entity)) {
+    const auto [first, last] = range();
+    changed |= writeEntityProperties(doc_, id, first, last, look->properties());
   }
+  const auto [begin, end] = range();
+  const auto tags = doc_.tags(id);
   std::size_t layerIndex = kNoIndex;
   std::size_t visibilityIndex = kNoIndex;
   for (std::size_t i = begin; i < end; ++i) {
     if (tags[i].code == 8 && layerIndex == kNoIndex) layerIndex = i;
     if (tags[i].code == 60 && visibilityIndex == kNoIndex) visibilityIndex = i;
   }
-  bool changed = false;
   const NewTag visibility = NewTag::integer(60, entity.visible() ? 0 : 1);
   if (visibilityIndex != kNoIndex) {
     if (!holdsValue(doc_, tags[visibilityIndex], visibility)) {
@@ -556,6 +699,25 @@ void ObjectWriter::appendBody(std::vector<NewTag>& out, const host::AcDbObject& 
     out.push_back(NewTag::integer(71, mtext->attachment()));
     appendPieces(out, doc_, mtext->contents(), 3, 1);
     if (mtext->rotation() != 0.0) out.push_back(NewTag::real(50, mtext->rotation()));
+  } else if (const auto* attribute = dynamic_cast<const headless::Attribute*>(&object)) {
+    appendTextPart(out, doc_, *attribute);
+    out.push_back({100, "AcDbAttribute"});
+    out.push_back(textTag(doc_, 2, attribute->tag()));
+    out.push_back(NewTag::integer(70, attribute->flags()));
+  } else if (const auto* definition = dynamic_cast<const headless::AttributeDefinition*>(&object)) {
+    appendTextPart(out, doc_, *definition);
+    out.push_back({100, "AcDbAttributeDefinition"});
+    out.push_back(escapedTextTag(doc_, 3, definition->prompt()));
+    out.push_back(textTag(doc_, 2, definition->tag()));
+    out.push_back(NewTag::integer(70, definition->flags()));
+  } else if (const auto* reference = dynamic_cast<const headless::BlockReference*>(&object)) {
+    appendBlockReference(out, *reference);
+  } else if (const auto* polyline = dynamic_cast<const headless::Polyline*>(&object)) {
+    appendPolyline(out, *polyline);
+  } else if (const auto* arc = dynamic_cast<const headless::Arc*>(&object)) {
+    appendArc(out, *arc);
+  } else if (const auto* hatch = dynamic_cast<const headless::Hatch*>(&object)) {
+    appendHatch(out, doc_, *hatch, doc_.version() >= "AC1024");
   } else if (const auto* line = dynamic_cast<const headless::Line*>(&object)) {
     out.push_back({100, "AcDbLine"});
     appendPoint(out, 10, line->startPoint());
@@ -592,6 +754,68 @@ void ObjectWriter::appendBody(std::vector<NewTag>& out, const host::AcDbObject& 
   }
 }
 
+host::AcDbObjectId ObjectWriter::spaceOf(const host::AcDbObject& object) const {
+  // Attributes and the end of their sequence are in the space of the reference that owns them.
+  host::AcDbObjectId owner = object.ownerId();
+  if (const auto* entity = dynamic_cast<const host::AcDbEntity*>(db_.lookup(owner))) owner = entity->ownerId();
+  return owner;
+}
+
+void ObjectWriter::appendEntityCommon(std::vector<NewTag>& out, const host::AcDbEntity& entity) const {
+  out.push_back({100, "AcDbEntity"});
+  const auto* block = db_.get<headless::BlockTableRecord>(spaceOf(entity));
+  if (block && core::toUpper(block->name()).starts_with(L"*PAPER_SPACE")) out.push_back(NewTag::integer(67, 1));
+  out.push_back(textTag(doc_, 8, entity.layer()));
+  if (!entity.visible()) out.push_back(NewTag::integer(60, 1));
+  if (const auto* look = dynamic_cast<const headless::EntityLook*>(&entity)) {
+    // A copy names the plot style and material of its source while they are in the drawing.
+    headless::EntityProperties properties = look->properties();
+    const auto live = [this](std::uint64_t handle) {
+      host::AcDbObjectId id;
+      return handle != 0 && db_.getAcDbObjectId(id, host::AcDbHandle(handle)) == host::Acad::eOk && !removed_(id);
+    };
+    if (!live(properties.plotStyle)) properties.plotStyle = 0;
+    if (!live(properties.material)) properties.material = 0;
+    appendEntityProperties(out, doc_, properties);
+  }
+}
+
+std::vector<NewTag> ObjectWriter::sequenceEnd(const headless::BlockReference& reference, std::uint64_t handle) const {
+  std::vector<NewTag> out{{0, "SEQEND"}, NewTag::handle(5, handle),
+                          NewTag::handle(330, handleOf(reference.objectId()))};
+  out.push_back({100, "AcDbEntity"});
+  const auto* block = db_.get<headless::BlockTableRecord>(reference.ownerId());
+  if (block && core::toUpper(block->name()).starts_with(L"*PAPER_SPACE")) out.push_back(NewTag::integer(67, 1));
+  out.push_back(textTag(doc_, 8, reference.layer()));
+  return out;
+}
+
+void ObjectWriter::appendBlockReference(std::vector<NewTag>& out, const headless::BlockReference& reference) const {
+  const auto* block = db_.get<headless::BlockTableRecord>(reference.blockTableRecord());
+  if (!block || removed_(reference.blockTableRecord())) {
+    throw std::runtime_error("a new block reference names no block of the drawing");
+  }
+  out.push_back({100, "AcDbBlockReference"});
+  if (!attributesOf(reference).empty()) out.push_back(NewTag::integer(66, 1));
+  out.push_back(textTag(doc_, 2, block->name()));
+  appendPoint(out, 10, reference.position());
+  const auto scale = reference.scaleFactors();
+  if (scale.sx != 1.0) out.push_back(NewTag::real(41, scale.sx));
+  if (scale.sy != 1.0) out.push_back(NewTag::real(42, scale.sy));
+  if (scale.sz != 1.0) out.push_back(NewTag::real(43, scale.sz));
+  if (reference.rotation() != 0.0) out.push_back(NewTag::real(50, reference.rotation() / kDegrees));
+  appendNormal(out, reference.normal());
+}
+
+std::vector<host::AcDbObjectId> ObjectWriter::attributesOf(const headless::BlockReference& reference) const {
+  std::vector<host::AcDbObjectId> attributes;
+  for (const auto id : reference.attributeIds()) {
+    const auto* attribute = db_.lookup(id);
+    if (attribute && !removed_(id) && attribute->ownerId() == reference.objectId()) attributes.push_back(id);
+  }
+  return attributes;
+}
+
 std::optional<std::vector<NewTag>> ObjectWriter::newRecord(const host::AcDbObject& object, std::string& error) const {
   const auto& record = recordOf(object);
   std::vector<NewTag> body;
@@ -616,13 +840,7 @@ std::optional<std::vector<NewTag>> ObjectWriter::newRecord(const host::AcDbObjec
     out.push_back({102, "}"});
   }
   out.push_back(NewTag::handle(330, owner));
-  if (const auto* entity = dynamic_cast<const host::AcDbEntity*>(&object)) {
-    out.push_back({100, "AcDbEntity"});
-    const auto* block = db_.get<headless::BlockTableRecord>(record.owner);
-    if (block && core::toUpper(block->name()).starts_with(L"*PAPER_SPACE")) out.push_back(NewTag::integer(67, 1));
-    out.push_back(textTag(doc_, 8, entity->layer()));
-    if (!entity->visible()) out.push_back(NewTag::integer(60, 1));
-  }
+  if (const auto* entity = dynamic_cast<const host::AcDbEntity*>(&object)) appendEntityCommon(out, *entity);
   out.insert(out.end(), body.begin(), body.end());
   const auto xdata = extendedDataTags(doc_, record.xdata);
   out.insert(out.end(), xdata.begin(), xdata.end());

@@ -12,6 +12,7 @@
 #include "host/acdbobject.h"
 
 namespace corvane::headless {
+class BlockReference;
 class Database;
 class Polyline;
 }
@@ -33,6 +34,11 @@ class ObjectWriter {
   // Whether a new record for the object belongs with the entities (ENTITIES or a block).
   static bool isEntity(const host::AcDbObject& object);
 
+  // The attributes of a block reference that are written with it, in their order.
+  std::vector<host::AcDbObjectId> attributesOf(const headless::BlockReference& reference) const;
+  // The record that closes the attributes of a new block reference.
+  std::vector<NewTag> sequenceEnd(const headless::BlockReference& reference, std::uint64_t handle) const;
+
  private:
   std::uint64_t handleOf(host::AcDbObjectId id) const;
   bool writeCommon(RecordId id, const host::AcDbObject& object);
@@ -45,6 +51,9 @@ class ObjectWriter {
   bool writeDictionary(RecordId id, const host::AcDbObject& object);
   bool writeFieldList(RecordId id, const host::AcDbObject& object);
   void appendBody(std::vector<NewTag>& out, const host::AcDbObject& object) const;
+  void appendBlockReference(std::vector<NewTag>& out, const headless::BlockReference& reference) const;
+  void appendEntityCommon(std::vector<NewTag>& out, const host::AcDbEntity& entity) const;
+  host::AcDbObjectId spaceOf(const host::AcDbObject& object) const;
   std::vector<NewTag> dictionaryEntries(const host::AcDbObject& dictionary, const std::vector<NewTag>* old,
                                         bool hardOwner) const;
 
