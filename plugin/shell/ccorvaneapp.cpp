@@ -89,7 +89,8 @@ host::AcRx::AppRetCode CCorvaneApp::On_kInitAppMsg() {
   if (session_) {
     registerCommands();
 
-    dialogHook_ = std::make_unique<AsdkCustomOptionDialogHook>(&session_->system());
+    const OptionPageSources pages{services_, *session_, registry_, *linked_};
+    dialogHook_ = std::make_unique<AsdkCustomOptionDialogHook>(session_->system(), pages, reactorState_);
     if (auto* manager = session_->fieldManager()) manager->RegisterFieldDialogHook(dialogHook_.get());
 
     std::wstring module = session_->system().moduleFileName();
