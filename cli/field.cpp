@@ -92,8 +92,7 @@ int addField(const AddOptions& options) {
   }
   const bool failed = status != host::AcDbField::kSuccess && status != host::AcDbField::kNotYetEvaluated;
   const headless::FieldPlace& place = *found.place;
-  const std::wstring where =
-      place.isCell ? core::format(L"%s:%d,%d", place.handle, place.row, place.column) : place.handle;
+  const std::wstring where = headless::placeName(place);
   writeOut(core::format(
       L"%s\t%s\t%s\t%s\t%d\t%s\nsaved %s\n", where, place.kind, field->handle().text(), field->evaluatorId(), status,
       oneLine(failed && !message.empty() ? message : holder->getDisplayText()), core::fromUtf8(target.string())));

@@ -125,7 +125,7 @@ void FieldDialog::open(const FieldPlace& place) {
   std::wstring names;
   for (const Entry& entry : entries_)
     names += core::format(L"%s%s: %s", names.empty() ? L"" : L"; ", entry.category, entry.name);
-  print_(core::format(L"\nField dialog for %s %s. Fields: %s", place_->kind, place_->handle,
+  print_(core::format(L"\nField dialog for %s %s. Fields: %s", place_->kind, placeName(*place_),
                       names.empty() ? std::wstring(L"none") : names));
 
   auto* field = db_->get<Field>(edited);
@@ -254,12 +254,12 @@ bool FieldDialog::confirm() {
 
   const host::AcDbObjectId holder = placeField(*db_, *place_, code, option, editedCode_);
   if (holder.isNull()) {
-    print_(core::format(L"\nThe %s %s cannot take the field.", place_->kind, place_->handle));
+    print_(core::format(L"\nThe %s %s cannot take the field.", place_->kind, placeName(*place_)));
     return true;
   }
   if (auto* engine = host_.fieldEngine()) engine->evaluateFields(db_, {holder}, AcDbField::kDemand);
   const auto* placed = db_->get<Field>(holder);
-  print_(core::format(L"\nField placed in %s %s: %s", place_->kind, place_->handle,
+  print_(core::format(L"\nField placed in %s %s: %s", place_->kind, placeName(*place_),
                       placed ? placed->getDisplayText() : std::wstring()));
   placed_ = place_->owner;
   return true;

@@ -47,6 +47,10 @@ host::AcDbObjectId holderAt(const Database& db, const FieldPlace& place) {
 
 }  // namespace
 
+std::wstring placeName(const FieldPlace& place) {
+  return place.isCell ? core::format(L"%s:%d,%d", place.handle, place.row, place.column) : place.handle;
+}
+
 FieldPlaceLookup findFieldPlace(const Database& db, std::wstring_view name) {
   name = core::trimmed(name);
   const std::size_t colon = name.find(L':');

@@ -23,6 +23,9 @@ struct FieldPlace {
   int column = 0;
 };
 
+// The place as it is named: "HANDLE" or "HANDLE:ROW,COLUMN".
+std::wstring placeName(const FieldPlace& place);
+
 struct FieldPlaceLookup {
   std::optional<FieldPlace> place;
   std::wstring error;  // why there is none

@@ -87,7 +87,8 @@ TEST(FieldDialogScript, PutsAFieldIntoEachKindOfPlace) {
     const auto place =
         headless::fieldPlaceOf(rig.d.db, owner, c.cell.empty() ? std::nullopt : std::optional(std::pair(1, 0)));
     ASSERT_TRUE(place.place) << kind;
-    EXPECT_NE(rig.out.find(core::format(L"\nField placed in %s %s: %s", place.place->kind, rig.handle(owner), value)),
+    EXPECT_NE(rig.out.find(core::format(L"\nField placed in %s %s: %s", place.place->kind,
+                                        rig.handle(owner) + (c.cell.empty() ? L"" : L":" + c.cell), value)),
               std::wstring::npos)
         << core::toUtf8(rig.out);
     EXPECT_EQ(rig.shown(*place.place), value) << kind;
