@@ -16,6 +16,7 @@ void addFormulaCommand(CLI::App& app, Action& action);
 void addRtosCommand(CLI::App& app, Action& action);
 void addFormatCommand(CLI::App& app, Action& action);
 void addFieldsCommand(CLI::App& app, Action& action);
+void addFieldCommand(CLI::App& app, Action& action);
 void addUpdateCommand(CLI::App& app, Action& action);
 void addSaveCommand(CLI::App& app, Action& action);
 void addRunCommand(CLI::App& app, Action& action);

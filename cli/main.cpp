@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
   corvane::cli::addRtosCommand(app, action);
   corvane::cli::addFormatCommand(app, action);
   corvane::cli::addFieldsCommand(app, action);
+  corvane::cli::addFieldCommand(app, action);
   corvane::cli::addUpdateCommand(app, action);
   corvane::cli::addSaveCommand(app, action);
   corvane::cli::addRunCommand(app, action);

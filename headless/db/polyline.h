@@ -18,15 +18,6 @@ class Polyline final : public CurveEntity<host::AcDbPolyline> {
   Polyline() = default;
   Polyline(std::vector<Vertex> vertices, bool closed, double elevation = 0.0)
       : vertices_(std::move(vertices)), closed_(closed), elevation_(elevation) {}
-  // A copy (a deep clone's) works its arc angles out again when it is measured.
-  Polyline(const Polyline& other)
-      : CurveEntity<host::AcDbPolyline>(other),
-        vertices_(other.vertices_),
-        area_(other.area_),
-        closed_(other.closed_),
-        elevation_(other.elevation_),
-        constantWidth_(other.constantWidth_),
-        normal_(other.normal_) {}
   Polyline& operator=(const Polyline&) = delete;
   std::wstring dxfName() const override { return L"LWPOLYLINE"; }
   std::wstring className() const override { return L"AcDbPolyline"; }

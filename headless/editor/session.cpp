@@ -8,6 +8,7 @@
 #include "core/utf8.h"
 #include "headless/db/database.h"
 #include "headless/editor/copycommand.h"
+#include "headless/editor/fielddialog.h"
 #include "host/acdbtable.h"
 #include "headless/hostapplication.h"
 #include "headless/settings/registryfile.h"
@@ -22,8 +23,8 @@ namespace {
 // Expressions and sent text may queue more of the same; the host stops somewhere.
 constexpr int kMaxIdleRounds = 64;
 
-constexpr const wchar_t* kBuiltins[] = {L"MENULOAD", L"MENUUNLOAD", L"TABLEDIT", L"EDITTABLECELL", L"COPY",
-                                        L"COPYTOLAYOUT"};
+constexpr const wchar_t* kBuiltins[] = {L"MENULOAD", L"MENUUNLOAD", L"TABLEDIT", L"EDITTABLECELL",
+                                        L"COPY",     L"COPYTOLAYOUT", L"FIELD"};
 
 // The quoted texts of "(command "NAME" "ARG" ...)"; nullopt for any other expression.
 std::optional<std::vector<std::wstring>> commandCall(std::wstring_view expression) {
@@ -215,6 +216,11 @@ void Session::runBuiltin(std::wstring_view name) {
     copyObjects(*this);
   } else if (core::equalsNoCase(name, L"COPYTOLAYOUT")) {
     copyToLayout(*this);
+  } else if (core::equalsNoCase(name, L"FIELD")) {
+    FieldDialog dialog(host_, fieldDialogs_, prompts_, [this](std::wstring_view text) { print(text); });
+    const host::AcDbObjectId changed = dialog.run();
+    if (auto* object = changed.isNull() ? nullptr : dynamic_cast<Database*>(host_.workingDatabase())->lookup(changed))
+      notifyObjectModified(*object);
   }
 }
 

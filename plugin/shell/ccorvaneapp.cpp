@@ -89,7 +89,13 @@ host::AcRx::AppRetCode CCorvaneApp::On_kInitAppMsg() {
   if (session_) {
     registerCommands();
 
-    dialogHook_ = std::make_unique<AsdkCustomOptionDialogHook>(&session_->system());
+    const OptionPageSources pages{services_,
+                                  *session_,
+                                  registry_,
+                                  *linked_,
+                                  [this] { return dialogOwnerTable_; },
+                                  [this](host::AcDbObjectId table) { dialogOwnerTable_ = table; }};
+    dialogHook_ = std::make_unique<AsdkCustomOptionDialogHook>(session_->system(), pages, reactorState_);
     if (auto* manager = session_->fieldManager()) manager->RegisterFieldDialogHook(dialogHook_.get());
 
     std::wstring module = session_->system().moduleFileName();
