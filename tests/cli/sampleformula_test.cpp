@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "dxf/model/drawingfile.h"
@@ -109,6 +110,38 @@ TEST(SampleFormula, UpdateGivesTheCellItsValueForAnIndependentReader) {
     EXPECT_EQ(after.out, auditLine(original.out) + "\ncell " + c.value + "\nlink FIELD\ndrawn yes\n");
     EXPECT_EQ(auditLine(before.out), auditLine(original.out));
   }
+}
+
+// A cell the formula reads is edited in a scripted session: the table's formulas are evaluated
+// as the edit ends, and an independent reader finds the new value in the saved file.
+TEST(SampleFormula, AnEditedCellRecomputesTheTableForAnIndependentReader) {
+  CORVANE_NEED_SAMPLE_DRAWINGS();
+  if (corvane::testing::pythonWithEzdxf().empty()) GTEST_SKIP() << "python3 with ezdxf is not installed";
+  const RunFolder folder;
+  const auto withFormula = folder / "with-formula.dxf";
+  const auto edited = folder / "edited.dxf";
+  const auto script = folder / "edit.scr";
+  // A2 (row 2, column 1 counted from 1 at the prompts) goes from 1 to 11: (11 + 2 + 3) * 5.
+  const CommandRun add = corvane::testing::runCorvane(
+      {"field", "add", sampleDrawing("ezdxf-acad_table_simple.dxf").string(), "--into", "9C:2,2", "--code",
+       "%<\\VxExpr (SUM(A2:C2)*B3)>%", "-o", withFormula.string()},
+      folder);
+  ASSERT_EQ(add.exitCode, 0) << add.err;
+  {
+    std::ofstream out(script);
+    out << "TABLEDIT\n(handent \"9C\")\n2\n1\n11\n";
+  }
+  const CommandRun run = corvane::testing::runCorvane(
+      {"run", withFormula.string(), "--script", script.string(), "-o", edited.string()}, folder);
+  ASSERT_EQ(run.exitCode, 0) << run.err << run.out;
+  const CommandRun original =
+      corvane::testing::runPython(kCellScript, {sampleDrawing("ezdxf-acad_table_simple.dxf").string(), "9C", "2", "2"},
+                                  folder);
+  const CommandRun after = corvane::testing::runPython(kCellScript, {edited.string(), "9C", "2", "2"}, folder);
+  ASSERT_EQ(after.exitCode, 0) << after.err;
+  EXPECT_EQ(after.out, auditLine(original.out) + "\ncell 80\nlink FIELD\ndrawn yes\n");
+  const CommandRun edit = corvane::testing::runPython(kCellScript, {edited.string(), "9C", "1", "0"}, folder);
+  EXPECT_NE(edit.out.find("\ncell 11\n"), std::string::npos) << edit.out;
 }
 
 }  // namespace
