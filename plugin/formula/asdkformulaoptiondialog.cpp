@@ -5,6 +5,7 @@
 #include "core/crt.h"
 #include "core/matchgroups.h"
 #include "core/printf.h"
+#include "core/textutil.h"
 #include "host/acdbfield.h"
 #include "host/acedprompts.h"
 #include "host/hostui.h"
@@ -112,6 +113,22 @@ bool AsdkFormulaOptionDialog::onInsertField(const ShowModal<CInsertFieldCodeDial
   if (!show(dialog)) return false;
   insertIntoExpression(host_.formulaArgument(dialog.result()));
   return true;
+}
+
+bool AsdkFormulaOptionDialog::onInsertFunction(std::size_t index) {
+  if (index >= functions.size()) return false;
+  insertIntoExpression(functions[index] + L"()");
+  --caret;
+  return true;
+}
+
+bool AsdkFormulaOptionDialog::onInsertVariable(std::wstring_view name) {
+  for (const FormulaVariable& variable : host_.variables()) {
+    if (!core::equalsNoCase(variable.name, name)) continue;
+    insertIntoExpression(variable.name);
+    return true;
+  }
+  return false;
 }
 
 bool AsdkFormulaOptionDialog::onVariables(const ShowModal<CAddFieldCodeVarDialog>& show) {

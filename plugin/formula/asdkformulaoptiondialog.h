@@ -57,6 +57,12 @@ class AsdkFormulaOptionDialog {
   bool onInsertField(const ShowModal<CInsertFieldCodeDialog>& show);
   // "Variables": the drawing's formula variables, kept when the dialog closes with OK.
   bool onVariables(const ShowModal<CAddFieldCodeVarDialog>& show);
+  // A function of the list goes in as "NAME()" with the caret between the parentheses, ready
+  // for its arguments. False for an index past the list.
+  bool onInsertFunction(std::size_t index);
+  // A variable of the drawing goes in by its name, spelled as it was defined; false (nothing
+  // changes) for a name the drawing does not define, compared without regard to case.
+  bool onInsertVariable(std::wstring_view name);
   // "Evaluate": a formula placed nowhere asks for its owner table first; then the formula is
   // evaluated in a temporary field. False when no owner table was chosen.
   bool onPreview();

@@ -417,6 +417,8 @@ class FormulaPage final : public OptionPage {
     return {{L"EXPRESSION", L"the whole expression, e.g. (A1+B1)*2"},
             {L"CELL", L"adds the address of a table cell picked in the drawing"},
             {L"INSERTFIELD", L"adds a field code to the expression, e.g. %<\\AcVar Date>%"},
+            {L"FUNCTION", L"adds a function of the language, e.g. ROUND, its arguments to follow"},
+            {L"VARIABLE", L"adds a formula variable of the drawing by its name"},
             {L"UNITS", L"one of: " + entriesOf(page_.units)},
             {L"PRECISION", L"an entry of the precision list for the units chosen"},
             {L"EVALUATE", L"evaluates the expression and shows the result"}};
@@ -440,6 +442,18 @@ class FormulaPage final : public OptionPage {
             return dialog.onOK();
           }))
         return refuse(error, L"The field code was not inserted.");
+      return true;
+    }
+    if (keyword == L"FUNCTION") {
+      const auto& names = page_.functions;
+      const auto found = std::find_if(names.begin(), names.end(),
+                                      [text](const std::wstring& name) { return core::equalsNoCase(name, text); });
+      if (found == names.end() || !page_.onInsertFunction(static_cast<std::size_t>(found - names.begin())))
+        return refuse(error, core::format(L"The formula language has no function %s.", text));
+      return true;
+    }
+    if (keyword == L"VARIABLE") {
+      if (!page_.onInsertVariable(text)) return refuse(error, core::format(L"The drawing has no variable %s.", text));
       return true;
     }
     if (keyword == L"UNITS") {

@@ -2,9 +2,12 @@
 // real drawing; the codes it builds are evaluated by the formula field itself.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <optional>
 
 #include "core/printf.h"
+#include "core/utf8.h"
 #include "host/acdbfield.h"
 #include "host/acedprompts.h"
 #include "host/hostui.h"
@@ -335,6 +338,43 @@ TEST(CAddFieldCodeVarDialog, VariablesStayWithTheDrawingAndFormulasReadThem) {
     return false;
   }));
   EXPECT_EQ(d.placed(L"%<\\VxExpr (Width)>%"), AcValue(std::int32_t{luprec}));
+}
+
+// A function, a variable and an embedded field put in one after another build one formula,
+// each at the caret the one before left, and the field placed with it evaluates.
+TEST(AsdkFormulaOptionDialog, InsertionsBuildTheFormulaAtTheCaret) {
+  Drawing d;
+  ASSERT_TRUE(d.page.onVariables([&](CAddFieldCodeVarDialog& dialog) {
+    return add(dialog, L"Half", L"%<\\VxExpr (0.5)>%") && dialog.onOK();
+  }));
+  const auto round = std::find(d.page.functions.begin(), d.page.functions.end(), L"ROUND");
+  ASSERT_NE(round, d.page.functions.end());
+  ASSERT_TRUE(d.page.onInsertFunction(static_cast<std::size_t>(round - d.page.functions.begin())));
+  EXPECT_EQ(d.page.expression, L"ROUND()");
+  ASSERT_TRUE(d.page.onInsertVariable(L"HALF"));  // spelled as defined
+  d.page.expression.insert(d.page.caret, L"*");
+  ++d.page.caret;
+  ASSERT_TRUE(d.page.onInsertField([](CInsertFieldCodeDialog& dialog) {
+    dialog.text = L"%<\\AcVar LUPREC>%";
+    return dialog.onOK();
+  }));
+  d.page.expression.insert(d.page.caret, L",1");
+  EXPECT_EQ(d.page.expression.substr(0, 11), L"ROUND(Half*") << core::toUtf8(d.page.expression);
+  EXPECT_EQ(d.page.expression.substr(d.page.expression.size() - 3), L",1)");
+  int luprec = 0;
+  d.pageHost.getShortVar(L"LUPREC", luprec);
+  const AcValue value = d.placed(d.page.fieldCode());
+  double real = 0.0;
+  std::int32_t whole = 0;
+  if (value.get(whole)) real = whole;
+  ASSERT_TRUE(value.get(real) || value.get(whole)) << core::toUtf8(d.page.fieldCode());
+  EXPECT_DOUBLE_EQ(real, std::round(luprec * 0.5 * 10) / 10);
+
+  // Refusals change nothing.
+  const std::wstring before = d.page.expression;
+  EXPECT_FALSE(d.page.onInsertFunction(d.page.functions.size()));
+  EXPECT_FALSE(d.page.onInsertVariable(L"Width"));
+  EXPECT_EQ(d.page.expression, before);
 }
 
 TEST(AsdkFormulaOptionDialog, PreviewAsksForTheOwnerTableOfAFormulaPlacedNowhere) {
