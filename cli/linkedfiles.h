@@ -6,13 +6,16 @@
 #include "xlsx/bookautomation.h"
 
 namespace corvane::headless {
+class Database;
 class HostApplication;
-}
+}  // namespace corvane::headless
 
 namespace corvane::cli {
 
-// Lets the host read other drawings as DXF files, each into a database of its own.
-void readOtherDrawingsAsDxf(headless::HostApplication& host);
+// Lets the host read other drawings as DXF files, each into a database of its own. With `idle`,
+// a drawing read is the working drawing while it is held, and `idle` is again afterwards: what
+// its fields read of "the drawing" (its spaces, its name, files beside it) is then its own.
+void readOtherDrawingsAsDxf(headless::HostApplication& host, headless::Database* idle = nullptr);
 
 struct LinkedFiles {
   explicit LinkedFiles(headless::HostApplication& host);

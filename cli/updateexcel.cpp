@@ -25,34 +25,6 @@ struct UpdateExcelOptions {
   bool json = false;
 };
 
-// Each drawing a note names is read from its DXF file and made the working drawing while its
-// fields are evaluated, so that what they read of "the drawing" (its spaces, its file name,
-// files beside it) is that drawing's; `idle` is the working drawing again afterwards.
-void readNotedDrawingsAsWorking(headless::HostApplication& host, headless::Database& idle) {
-  host.setDrawingReader([&host, &idle](std::wstring_view path, host::AcDbHostApplicationServices::DatabaseHolder& db,
-                                       std::wstring& reason) {
-    const std::filesystem::path file(headless::OsServices::localPath(path));
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error)) {
-      reason = std::filesystem::exists(file, error) ? L"it is not a plain file" : L"there is no such file";
-      return host::Acad::eFileAccessErr;
-    }
-    auto loaded = dxf::DrawingFile::load(file, host);
-    if (!loaded.drawing) {
-      reason = core::fromUtf8(loaded.error);
-      return host::Acad::eBadDxfFile;
-    }
-    dxf::DrawingFile* drawing = loaded.drawing.release();
-    host.setWorkingDatabase(&drawing->database());
-    db = host::AcDbHostApplicationServices::DatabaseHolder(&drawing->database(),
-                                                           [&host, &idle, drawing](host::AcDbDatabase*) {
-                                                             host.setWorkingDatabase(&idle);
-                                                             delete drawing;
-                                                           });
-    return host::Acad::eOk;
-  });
-}
-
 std::wstring jsonList(const std::vector<std::wstring>& items) {
   std::wstring text;
   for (const std::wstring& item : items) text += (text.empty() ? L"" : L", ") + jsonString(item);
@@ -87,7 +59,7 @@ int updateExcel(const UpdateExcelOptions& options) {
   // No drawing is the current one: every note's drawing is read from its file.
   headless::Database idle(host);
   host.setWorkingDatabase(&idle);
-  readNotedDrawingsAsWorking(host, idle);
+  readOtherDrawingsAsDxf(host, &idle);  // each noted drawing its own working drawing
   CCorvaneApp app(host, linked.system, &linked.excel);
   app.onInitialize();
   BatchTerminal terminal;

@@ -61,6 +61,18 @@ std::wstring entriesOf(const ComboList& list) {
   return texts;
 }
 
+// A units or precision list set from a script; `error` says what the list offers when the text
+// is none of its entries, or that the units chosen take no precision.
+bool chooseFormatEntry(ComboList& list, std::wstring_view text, bool isPrecision, std::wstring& error) {
+  if (isPrecision && !list.enabled) {
+    error = L"The units chosen take no precision.";
+    return false;
+  }
+  if (selectByText(list, text)) return true;
+  error = core::format(L"Choose one of: %s.", entriesOf(list));
+  return false;
+}
+
 // "Full Path" or "Relative Path", by name or by index.
 std::optional<int> pathTypeOf(std::wstring_view text) {
   if (core::equalsNoCase(text, L"Full Path") || core::equalsNoCase(text, L"Full") || text == L"0") return kFullPathType;
@@ -179,14 +191,11 @@ class ObjectSetPage final : public OptionPage {
       return true;
     }
     if (keyword == L"UNITS") {
-      if (!selectByText(page_.units, text))
-        return refuse(error, core::format(L"Choose one of: %s.", entriesOf(page_.units)));
+      if (!chooseFormatEntry(page_.units, text, false, error)) return false;
       page_.onUnitsChanged();
       return true;
     }
-    if (!page_.precision.enabled || !selectByText(page_.precision, text))
-      return refuse(error, page_.precision.enabled ? core::format(L"Choose one of: %s.", entriesOf(page_.precision))
-                                                   : std::wstring(L"The units chosen take no precision."));
+    if (!chooseFormatEntry(page_.precision, text, true, error)) return false;
     page_.onPrecisionChanged();
     return true;
   }
@@ -457,17 +466,11 @@ class FormulaPage final : public OptionPage {
       return true;
     }
     if (keyword == L"UNITS") {
-      if (!selectByText(page_.units, text))
-        return refuse(error, core::format(L"Choose one of: %s.", entriesOf(page_.units)));
+      if (!chooseFormatEntry(page_.units, text, false, error)) return false;
       page_.onUnitsChanged();
       return true;
     }
-    if (keyword == L"PRECISION") {
-      if (!page_.precision.enabled || !selectByText(page_.precision, text))
-        return refuse(error, page_.precision.enabled ? core::format(L"Choose one of: %s.", entriesOf(page_.precision))
-                                                     : std::wstring(L"The units chosen take no precision."));
-      return true;
-    }
+    if (keyword == L"PRECISION") return chooseFormatEntry(page_.precision, text, true, error);
     if (!page_.onPreview()) return refuse(error, L"The formula was not evaluated.");
     return true;
   }
