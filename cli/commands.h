@@ -24,5 +24,6 @@ void addTableCommand(CLI::App& app, Action& action);
 void addCellsCommand(CLI::App& app, Action& action);
 void addExportFieldsCommand(CLI::App& app, Action& action);
 void addUpdateExcelCommand(CLI::App& app, Action& action);
+void addInsertFieldsCommand(CLI::App& app, Action& action);
 
 }  // namespace corvane::cli

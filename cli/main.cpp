@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
   corvane::cli::addCellsCommand(app, action);
   corvane::cli::addExportFieldsCommand(app, action);
   corvane::cli::addUpdateExcelCommand(app, action);
+  corvane::cli::addInsertFieldsCommand(app, action);
 
   try {
     app.parse(argc, argv);

@@ -118,6 +118,17 @@ host::Acad::ErrorStatus HostApplication::readDrawingFile(std::wstring_view path,
   return reader_(path, db, reason);
 }
 
+host::Acad::ErrorStatus HostApplication::saveDrawingFile(host::AcDbDatabase& db, std::wstring_view path,
+                                                        std::wstring& reason) {
+  if (!writer_) {
+    reason = L"This host saves no other drawings.";
+    return host::Acad::eNotImplementedYet;
+  }
+  return writer_(db, path, reason);
+}
+
+void HostApplication::setWorkingDatabase(host::AcDbDatabase* db) { working_ = dynamic_cast<Database*>(db); }
+
 void HostApplication::databaseClosing(const Database& db) noexcept {
   if (working_ == &db) working_ = nullptr;
 }

@@ -29,6 +29,8 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
 
   host::AcDbDatabase* workingDatabase() const override;
   void setWorkingDatabase(Database* db) noexcept { working_ = db; }
+  // Only databases of this host can be worked on; any other leaves none working.
+  void setWorkingDatabase(host::AcDbDatabase* db) override;
   host::AcFdFieldEngine* fieldEngine() override;
   FieldEngine& engine() noexcept { return *engine_; }
 
@@ -46,6 +48,12 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   using DrawingReader = std::function<host::Acad::ErrorStatus(std::wstring_view path, DatabaseHolder& db,
                                                               std::wstring& reason)>;
   void setDrawingReader(DrawingReader reader) { reader_ = std::move(reader); }
+  host::Acad::ErrorStatus saveDrawingFile(host::AcDbDatabase& db, std::wstring_view path,
+                                          std::wstring& reason) override;
+  // Likewise what writes them back; without one nothing is saved.
+  using DrawingWriter =
+      std::function<host::Acad::ErrorStatus(host::AcDbDatabase& db, std::wstring_view path, std::wstring& reason)>;
+  void setDrawingWriter(DrawingWriter writer) { writer_ = std::move(writer); }
   host::Acad::ErrorStatus getPropertyValue(host::AcDbObjectId id, std::wstring_view name,
                                            host::AcValue& value) const override;
   host::Acad::ErrorStatus entGet(host::AcDbObjectId id, host::ResBufList& data) const override;
@@ -85,6 +93,7 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   std::unique_ptr<FieldEngine> engine_;
   std::function<void(std::wstring_view)> output_;
   DrawingReader reader_;
+  DrawingWriter writer_;
   bool lineOpen_ = false;
   int versionMajor_ = 23;
 };

@@ -30,6 +30,9 @@ class AcDbHostApplicationServices {
 
   // The drawing commands work on; null when no drawing is open.
   virtual AcDbDatabase* workingDatabase() const = 0;
+  // Makes another drawing (one read with readDrawingFile) the one commands work on, for a
+  // while; the caller puts the earlier one back.
+  virtual void setWorkingDatabase(AcDbDatabase* db) = 0;
   // The process's field engine, or null.
   virtual AcFdFieldEngine* fieldEngine() = 0;
 
@@ -55,6 +58,9 @@ class AcDbHostApplicationServices {
   // says what went wrong in the file.
   using DatabaseHolder = std::unique_ptr<AcDbDatabase, std::function<void(AcDbDatabase*)>>;
   virtual Acad::ErrorStatus readDrawingFile(std::wstring_view path, DatabaseHolder& db, std::wstring& reason) = 0;
+  // AcDbDatabase::saveAs for a drawing read with readDrawingFile: written to `path` in the file
+  // version it was read in. On failure the file is left as it was and `reason` says why.
+  virtual Acad::ErrorStatus saveDrawingFile(AcDbDatabase& db, std::wstring_view path, std::wstring& reason) = 0;
 
   // acdbEntGet: an object's record as group codes, in the order a DXF file has them, starting
   // with 0 (the record name), 5 (the handle) and 330 (the owner). References to other objects

@@ -114,6 +114,5 @@ void CCorvaneApp::notAvailable(const wchar_t* localName) {
   services_.print(core::format(L"\n%s is not available in this build.", localName));
 }
 
-void CCorvaneApp::Corvane_Insert_Fields_To_Drawings() { notAvailable(L"Corvane_Insert_Fields_To_Drawings"); }
 
 }  // namespace corvane

@@ -298,8 +298,6 @@ TEST(CCorvaneApp, CommandsOfTheShell) {
       {L"Corvane_Help", L"", L"shellExecute open C:\\Program Files\\Halvek\\Corvane\\Corvane.chm 1"},
       // Without Excel there is nothing to take cells from.
       {L"Corvane_Multi_Cell_Fields", L"", L"messageBox Halvek Corvane|Please start Excel and open a workbook first.|64"},
-      {L"Corvane_Insert_Fields_To_Drawings", L"\nCorvane_Insert_Fields_To_Drawings is not available in this build.",
-       L""},
       {L"Corvane_List_DefObj_InSession", L"", L""},  // nothing read in this session yet
   };
   for (const auto& c : cases) {
