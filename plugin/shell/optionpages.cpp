@@ -83,6 +83,18 @@ std::optional<int> pathTypeOf(std::wstring_view text) {
 
 const Control kPathTypeControl{L"PATHTYPE", L"Full Path or Relative Path (to the drawing's folder)"};
 
+// The path-type choice of a page that attaches a file, set from a script.
+template <typename Page>
+bool choosePathType(Page& page, std::wstring_view text, std::wstring& error) {
+  const auto type = pathTypeOf(text);
+  if (!type) {
+    error = L"Choose Full Path or Relative Path.";
+    return false;
+  }
+  page.OnPathTypeChanged(*type);
+  return true;
+}
+
 // What every adapter shares: the typed code, the check of keywords and the notice that the code
 // changed.
 class OptionPage : public host::CAcFdUiFieldOptionDialog {
@@ -270,10 +282,7 @@ class TextFilePage final : public OptionPage {
       page_.path = text;
       return true;
     }
-    const auto type = pathTypeOf(text);
-    if (!type) return refuse(error, L"Choose Full Path or Relative Path.");
-    page_.OnPathTypeChanged(*type);
-    return true;
+    return choosePathType(page_, text, error);
   }
 
  private:
@@ -322,9 +331,7 @@ class ExcelCellPage final : public OptionPage {
       page_.midStart = std::max(0, core::leadingInteger(text.substr(0, comma)));
       page_.midLength = std::max(0, core::leadingInteger(text.substr(comma + 1)));
     } else {
-      const auto type = pathTypeOf(text);
-      if (!type) return refuse(error, L"Choose Full Path or Relative Path.");
-      page_.OnPathTypeChanged(*type);
+      return choosePathType(page_, text, error);
     }
     return true;
   }
@@ -369,9 +376,7 @@ class DefinedObjectPage final : public OptionPage {
       if (found == std::end(properties)) return refuse(error, L"The only property is Contents.");
       page_.property = *found;
     } else {
-      const auto type = pathTypeOf(text);
-      if (!type) return refuse(error, L"Choose Full Path or Relative Path.");
-      page_.OnPathTypeChanged(*type);
+      return choosePathType(page_, text, error);
     }
     return true;
   }
