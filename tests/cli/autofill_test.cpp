@@ -38,10 +38,7 @@ constexpr const char* kReadColumn =
     "print('\\n'.join(cells[3::tags.get_first_value(92)]))\n";
 
 CommandRun run(const ScratchFolder& folder, const std::vector<std::string>& args) {
-  using corvane::testing::shellQuoted;
-  const std::string command = "CORVANE_REGISTRY=" + shellQuoted((folder / "registry.reg").string()) + " " +
-                              corvane::testing::corvaneCommandLine(args) + " </dev/null";
-  return corvane::testing::runCommandLine(command, folder / "stderr.txt");
+  return corvane::testing::runCorvaneWithOwnSettings(folder.path(), args);
 }
 
 TEST(AutoFillRun, FillsAColumnAndTheSavedDrawingHoldsIt) {

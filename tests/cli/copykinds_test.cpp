@@ -34,10 +34,7 @@ using corvane::testing::CommandRun;
 using corvane::testing::RunFolder;
 
 CommandRun run(const RunFolder& folder, const std::vector<std::string>& args) {
-  using corvane::testing::shellQuoted;
-  const std::string command = "CORVANE_REGISTRY=" + shellQuoted((folder / "registry.reg").string()) + " " +
-                              corvane::testing::corvaneCommandLine(args) + " </dev/null";
-  return corvane::testing::runCommandLine(command, folder / "stderr.txt");
+  return corvane::testing::runCorvaneWithOwnSettings(folder.path(), args);
 }
 
 // The example drawing's hatch and one of its door references (with a WIDTH attribute).

@@ -16,10 +16,7 @@ using corvane::testing::ScratchFolder;
 
 // The settings go to a file of the test's own, never the user's.
 CommandRun run(const ScratchFolder& folder, const std::vector<std::string>& args) {
-  using corvane::testing::shellQuoted;
-  const std::string command = "CORVANE_REGISTRY=" + shellQuoted((folder / "registry.reg").string()) + " " +
-                              corvane::testing::corvaneCommandLine(args) + " </dev/null";
-  return corvane::testing::runCommandLine(command, folder / "stderr.txt");
+  return corvane::testing::runCorvaneWithOwnSettings(folder.path(), args);
 }
 
 // There is no menu file beside the built program, so the full host's menu loading says so.

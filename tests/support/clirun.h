@@ -83,6 +83,13 @@ inline CommandRun runCorvane(const std::vector<std::string>& args, const RunFold
   return runCommandLine(corvaneCommandLine(args), folder);
 }
 
+// The settings go to a file in `folder`, never the user's; nothing is read from the terminal.
+inline CommandRun runCorvaneWithOwnSettings(const std::filesystem::path& folder, const std::vector<std::string>& args) {
+  const std::string command = "CORVANE_REGISTRY=" + shellQuoted((folder / "registry.reg").string()) + " " +
+                              corvaneCommandLine(args) + " </dev/null";
+  return runCommandLine(command, folder / "stderr.txt");
+}
+
 inline CommandRun runPython(const std::string& script, const std::vector<std::string>& args,
                             const RunFolder& folder) {
   std::string command = pythonWithEzdxf() + " -c " + shellQuoted(script);
