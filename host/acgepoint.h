@@ -9,7 +9,10 @@ namespace corvane::host {
 struct AcGePoint2d {
   double x = 0.0;
   double y = 0.0;
-  double distanceTo(const AcGePoint2d& other) const noexcept { return std::hypot(other.x - x, other.y - y); }
+  double distanceTo(const AcGePoint2d& other) const noexcept {
+    const double dx = other.x - x, dy = other.y - y;
+    return std::sqrt(dx * dx + dy * dy);
+  }
   bool operator==(const AcGePoint2d&) const = default;
 };
 
@@ -29,7 +32,8 @@ struct AcGePoint3d {
   operator std::array<double, 3>() const noexcept { return asArray(); }
   static AcGePoint3d fromArray(const std::array<double, 3>& p) noexcept { return {p[0], p[1], p[2]}; }
   double distanceTo(const AcGePoint3d& other) const noexcept {
-    return std::hypot(other.x - x, other.y - y, other.z - z);
+    const double dx = other.x - x, dy = other.y - y, dz = other.z - z;
+    return std::sqrt(dx * dx + dy * dy + dz * dz);
   }
   bool operator==(const AcGePoint3d&) const = default;
 };

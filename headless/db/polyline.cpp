@@ -45,7 +45,7 @@ void Polyline::setNormal(host::AcGeVector3d normal) {
 
 void Polyline::forgetWorkedOut() noexcept {
   area_ = std::numeric_limits<double>::quiet_NaN();
-  arcAngles_.angles.reset();
+  keptArcs_.arcs.reset();
 }
 
 std::size_t Polyline::segmentCount() const noexcept {
@@ -71,31 +71,32 @@ Acad::ErrorStatus Polyline::getLineSegAt(unsigned int index, host::AcGeLineSeg2d
   return Acad::eOk;
 }
 
+void Polyline::keepArcs() const {
+  // The same arithmetic as one arc alone, so a kept arc is the one a fresh one would be.
+  const std::size_t n = vertices_.size();
+  keptArcs_.arcs = std::make_unique<KeptArc[]>(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    const auto bulged = segType(static_cast<unsigned int>(i)) == kArc
+                            ? geometry::bulgeArc(vertices_[i].point, vertices_[i + 1 == n ? 0 : i + 1].point,
+                                                 vertices_[i].bulge)
+                            : std::nullopt;
+    if (!bulged) {
+      keptArcs_.arcs[i] = {{0.0, 0.0}, 0.0, 0.0, 0.0};
+      continue;
+    }
+    const host::AcGeCircArc2d worked = geometry::toCircArc(*bulged);
+    keptArcs_.arcs[i] = {worked.center(), worked.radius(), worked.startAng(), worked.endAng()};
+  }
+}
+
 Acad::ErrorStatus Polyline::getArcSegAt(unsigned int index, host::AcGeCircArc2d& arc) const {
   if (index >= vertices_.size()) return Acad::eInvalidIndex;
-  if (segType(index) != kArc) return Acad::eWrongObjectType;
-  const std::size_t n = vertices_.size();
-  const Vertex& from = vertices_[index];
-  const auto circle = geometry::bulgeCircle(from.point, vertices_[index + 1 == n ? 0 : index + 1].point, from.bulge);
-  if (!circle) return Acad::eWrongObjectType;
-  if (!arcAngles_.angles) {
-    // The same arithmetic as one arc alone, so a kept angle is the one a fresh one would be.
-    arcAngles_.angles = std::make_unique<ArcAngles[]>(n);
-    for (std::size_t i = 0; i < n; ++i) {
-      const auto bulged = segType(static_cast<unsigned int>(i)) == kArc
-                              ? geometry::bulgeArc(vertices_[i].point, vertices_[i + 1 == n ? 0 : i + 1].point,
-                                                   vertices_[i].bulge)
-                              : std::nullopt;
-      if (!bulged) {
-        arcAngles_.angles[i] = {0.0, 0.0};
-        continue;
-      }
-      const host::AcGeCircArc2d worked = geometry::toCircArc(*bulged);
-      arcAngles_.angles[i] = {worked.startAng(), worked.endAng()};
-    }
-  }
-  const ArcAngles& angles = arcAngles_.angles[index];
-  arc = host::AcGeCircArc2d(circle->center, circle->radius, angles.start, angles.end, from.bulge < 0);
+  if (!keptArcs_.arcs) keepArcs();
+  const KeptArc& kept = keptArcs_.arcs[index];
+  // Only an arc segment keeps a radius: a bulge so small that its circle cannot be worked out
+  // is no arc either.
+  if (!(kept.radius > 0.0)) return Acad::eWrongObjectType;
+  arc = host::AcGeCircArc2d(kept.center, kept.radius, kept.start, kept.end, vertices_[index].bulge < 0);
   return Acad::eOk;
 }
 

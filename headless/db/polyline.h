@@ -64,27 +64,31 @@ class Polyline final : public CurveEntity<host::AcDbPolyline> {
   std::vector<Vertex> vertices_;
   // The area once worked out; NaN until then and after the vertices or closing change.
   mutable double area_ = std::numeric_limits<double>::quiet_NaN();
-  // The start and end angles of every arc segment, worked out at the first arc asked for: the
-  // arc tangents are most of what a length costs, and fields measure the same polylines again
-  // and again. Null until then and after the vertices or closing change.
-  struct ArcAngles {
+  // Every arc segment as the host hands it out, worked out at the first arc asked for: the
+  // arc tangents and the circle are most of what a length costs, and fields measure the same
+  // polylines again and again. A segment that is no arc keeps a radius of 0. Null until then
+  // and after the vertices or closing change.
+  struct KeptArc {
+    host::AcGePoint2d center;
+    double radius;
     double start;
     double end;
   };
   // A copy of the polyline works its arcs out anew.
   struct KeptArcs {
-    std::unique_ptr<ArcAngles[]> angles;
+    std::unique_ptr<KeptArc[]> arcs;
     KeptArcs() = default;
     KeptArcs(const KeptArcs&) noexcept {}
     KeptArcs(KeptArcs&&) noexcept = default;
     KeptArcs& operator=(const KeptArcs&) noexcept {
-      angles.reset();
+      arcs.reset();
       return *this;
     }
     KeptArcs& operator=(KeptArcs&&) noexcept = default;
     ~KeptArcs() = default;
   };
-  mutable KeptArcs arcAngles_;
+  void keepArcs() const;
+  mutable KeptArcs keptArcs_;
   bool closed_ = false;
   double elevation_ = 0.0;
   double constantWidth_ = 0.0;
