@@ -42,6 +42,20 @@ class CAcFdUiFieldOptionDialog {
   virtual bool SetControl(std::wstring_view keyword, std::wstring_view text, std::wstring& error) = 0;
 };
 
+// A panel of a plug-in's own inside the field dialog, made from a dialog template of the
+// plug-in's module, with one button that acts on the field the dialog shows.
+class CAcFdUiFieldDialogPanel {
+ public:
+  virtual ~CAcFdUiFieldDialogPanel() = default;
+
+  // The dialog template the panel is made from.
+  virtual std::wstring_view GetTemplateName() const = 0;
+  // The caption of the panel's button; a dialog shown without a window takes it as a control.
+  virtual std::wstring_view GetButtonText() const = 0;
+  // The button was pressed while the field-code box showed `fieldCode`.
+  virtual bool OnButtonPressed(std::wstring_view fieldCode) = 0;
+};
+
 // The host's field dialog as a hook reaches it.
 class CAcFdUiFieldDialog {
  public:
@@ -59,6 +73,14 @@ class CAcFdUiFieldDialog {
   // Puts the keyboard focus into the field-code box.
   virtual void FocusFieldCode() = 0;
   virtual AcDbDatabase* GetDatabase() const = 0;
+
+  // Makes a panel a child of the dialog, `left` units from the left and `aboveBottom` units
+  // above the bottom of the client area, keeping its own size and z-order, and shows it without
+  // activating it. The plug-in's resources are current while the template is read. The panel
+  // stays the caller's, who removes it before it goes. False when the dialog takes no panel or
+  // has this one already.
+  virtual bool AddPanel(CAcFdUiFieldDialogPanel& /*panel*/, int /*left*/, int /*aboveBottom*/) { return false; }
+  virtual void RemovePanel(CAcFdUiFieldDialogPanel& /*panel*/) {}
 };
 
 class CAcFdUiFieldDialogHook {
@@ -124,6 +146,10 @@ class CAcFdUiFieldManager {
   virtual ~CAcFdUiFieldManager() = default;
   virtual bool RegisterFieldDialogHook(CAcFdUiFieldDialogHook* hook) = 0;
   virtual bool UnregisterFieldDialogHook(CAcFdUiFieldDialogHook* hook) = 0;
+  // AcFdUiInvokeFieldDialog for a new field over a database: the dialog runs modally over every
+  // registered hook; the field made on OK goes to `field`, which is null after a cancel.
+  // Returns IDOK or IDCANCEL.
+  virtual int InvokeFieldDialog(AcDbDatabase* db, CAcFdUiFieldDialogHook::FieldHolder& field) = 0;
 };
 
 }  // namespace corvane::host

@@ -61,16 +61,37 @@ host::AcDbObjectId FieldDialog::run() {
   const std::optional<FieldPlace> place = pickPlace();
   if (!place) return {};
   open(*place);
+  readControls();
+  return placed_;
+}
+
+int FieldDialog::runForNewField(host::AcDbDatabase* db, host::CAcFdUiFieldDialogHook::FieldHolder& field) {
+  field.reset();
+  db_ = dynamic_cast<Database*>(db ? db : host_.workingDatabase());
+  if (!db_) {
+    print_(L"\nNo drawing is open.");
+    return host::IDCANCEL;
+  }
+  newField_ = &field;
+  openOver(nullptr);
+  readControls();
+  newField_ = nullptr;
+  return field ? host::IDOK : host::IDCANCEL;
+}
+
+void FieldDialog::readControls() {
   while (open_) {
+    std::wstring buttons;
+    for (const Panel& panel : panels_) buttons += std::wstring(panel.panel->GetButtonText()) + L"/";
     std::wstring line;
-    if (prompts_.getString(true, L"\nField [Category/Name/Options/Preview/OK/Cancel] or a page control: ", line) !=
-        host::RTNORM) {
+    if (prompts_.getString(
+            true, core::format(L"\nField [Category/Name/Options/Preview/%sOK/Cancel] or a page control: ", buttons),
+            line) != host::RTNORM) {
       close(host::IDCANCEL);
       break;
     }
     if (!core::trimmed(line).empty()) handle(line);
   }
-  return placed_;
 }
 
 std::optional<FieldPlace> FieldDialog::pickPlace() {
@@ -114,18 +135,26 @@ void FieldDialog::listEntries() {
 
 void FieldDialog::open(const FieldPlace& place) {
   db_ = dynamic_cast<Database*>(host_.workingDatabase());
-  if (!db_) return;
-  place_ = place;
+  if (db_) openOver(&place);
+}
+
+void FieldDialog::openOver(const FieldPlace* place) {
+  if (place) {
+    place_ = *place;
+  } else {
+    place_.reset();
+  }
   placed_ = {};
   editedCode_.clear();
-  const host::AcDbObjectId edited = fieldAt(*db_, place);
+  const host::AcDbObjectId edited = place ? fieldAt(*db_, *place) : host::AcDbObjectId();
   listEntries();
   open_ = true;
   for (host::CAcFdUiFieldDialogHook* hook : hooks_.hooks()) hook->BeginFieldDialog(this, db_, 0);
   std::wstring names;
   for (const Entry& entry : entries_)
     names += core::format(L"%s%s: %s", names.empty() ? L"" : L"; ", entry.category, entry.name);
-  print_(core::format(L"\nField dialog for %s %s. Fields: %s", place_->kind, placeName(*place_),
+  print_(core::format(L"\nField dialog for %s. Fields: %s",
+                      place ? core::format(L"%s %s", place->kind, placeName(*place)) : std::wstring(L"a new field"),
                       names.empty() ? std::wstring(L"none") : names));
 
   auto* field = db_->get<Field>(edited);
@@ -146,8 +175,41 @@ void FieldDialog::close(int result) {
   if (!open_) return;
   open_ = false;
   for (host::CAcFdUiFieldDialogHook* hook : hooks_.hooks()) hook->EndFieldDialog(result);
+  // The panels are children of the dialog and go with it.
+  panels_.clear();
   current_ = nullptr;
   page_ = nullptr;
+}
+
+bool FieldDialog::AddPanel(host::CAcFdUiFieldDialogPanel& panel, int left, int aboveBottom) {
+  if (!open_ || panelWithButton(panel.GetButtonText()) ||
+      std::any_of(panels_.begin(), panels_.end(), [&](const Panel& p) { return p.panel == &panel; }))
+    return false;
+  panels_.push_back({&panel, left, aboveBottom});
+  print_(core::format(L"\nPanel %s with the button %s.", panel.GetTemplateName(), panel.GetButtonText()));
+  return true;
+}
+
+void FieldDialog::RemovePanel(host::CAcFdUiFieldDialogPanel& panel) {
+  std::erase_if(panels_, [&](const Panel& p) { return p.panel == &panel; });
+}
+
+host::CAcFdUiFieldDialogPanel* FieldDialog::panelWithButton(std::wstring_view caption) const {
+  for (const Panel& p : panels_) {
+    if (core::equalsNoCase(p.panel->GetButtonText(), caption)) return p.panel;
+  }
+  return nullptr;
+}
+
+void FieldDialog::press(host::CAcFdUiFieldDialogPanel& panel) {
+  if (!current_) {
+    print_(L"\nChoose a field first: NAME field name.");
+    return;
+  }
+  // As for the preview: the box shows the code the page makes now.
+  if (page_ && !page_->HasUsableSelection()) return;
+  current_->hook->UpdateFieldCode();
+  panel.OnButtonPressed(codeBox_);
 }
 
 bool FieldDialog::SelectField(unsigned fieldId, unsigned categoryId) {
@@ -210,6 +272,10 @@ bool FieldDialog::handle(const std::wstring& line) {
     preview();
     return true;
   }
+  if (auto* panel = rest.empty() ? panelWithButton(word) : nullptr) {
+    press(*panel);
+    return true;
+  }
   if (!page_) {
     print_(current_ ? L"\nThis field has no option page." : L"\nChoose a field first: NAME field name.");
     return true;
@@ -248,6 +314,12 @@ bool FieldDialog::confirm() {
   host::CAcFdUiFieldDialogHook::FieldHolder made;
   if (!current_->hook->CreateField(current_->fieldId, made) || !made) return false;
   const std::wstring code = made->getFieldCode(AcDbField::kFieldCode | AcDbField::kAddMarkers);
+  if (!place_) {
+    if (newField_) *newField_ = std::move(made);
+    close(host::IDOK);
+    print_(L"\nField made.");
+    return true;
+  }
   const int option = made->evaluationOption();
   made.reset();
   close(host::IDOK);

@@ -7,12 +7,16 @@
 //   OPTIONS              lists the page's controls
 //   KEYWORD text         sets a control of the page (CODE takes a whole field code)
 //   PREVIEW              evaluates the field code and shows the result
+//   button caption       presses the button of a panel a hook added (EXPORT, say)
 //   OK                   makes the field and puts it in place
 //   CANCEL               closes the dialog; so do "^C" and the end of the script
 //
 // A text, multiline text or attribute that already is a field, or a cell that holds one, is
 // edited: the dialog opens on that field's page, filled from it, and the new field takes its
 // place.
+//
+// A plug-in can also open the dialog for a new field of its own (InvokeFieldDialog): there is
+// nothing to pick, and OK hands the field made to the plug-in.
 #pragma once
 
 #include <functional>
@@ -41,6 +45,9 @@ class FieldDialog : public host::CAcFdUiFieldDialog {
   // The command: the pick, the dialog, and the field put in place on OK. Returns the object
   // that was changed, or null when nothing was.
   host::AcDbObjectId run();
+  // The dialog for a new field over a database: OK puts the field made into `field`. IDOK or
+  // IDCANCEL.
+  int runForNewField(host::AcDbDatabase* db, host::CAcFdUiFieldDialogHook::FieldHolder& field);
 
   // The dialog's own steps, as run() takes them after the pick.
   // Opens over every registered hook, on the field the place shows when it shows one.
@@ -56,9 +63,17 @@ class FieldDialog : public host::CAcFdUiFieldDialog {
   void SetFieldCode(std::wstring_view code) override;
   void FocusFieldCode() override { focusedCodeBox_ = true; }
   host::AcDbDatabase* GetDatabase() const override;
+  bool AddPanel(host::CAcFdUiFieldDialogPanel& panel, int left, int aboveBottom) override;
+  void RemovePanel(host::CAcFdUiFieldDialogPanel& panel) override;
 
   const std::wstring& fieldCodeBox() const noexcept { return codeBox_; }
   bool codeBoxFocused() const noexcept { return focusedCodeBox_; }
+  struct Panel {
+    host::CAcFdUiFieldDialogPanel* panel;
+    int left;
+    int aboveBottom;
+  };
+  const std::vector<Panel>& panels() const noexcept { return panels_; }
 
  private:
   struct Entry {
@@ -70,6 +85,11 @@ class FieldDialog : public host::CAcFdUiFieldDialog {
   };
 
   std::optional<FieldPlace> pickPlace();
+  void openOver(const FieldPlace* place);
+  void readControls();
+  // The panel whose button has this caption, or null.
+  host::CAcFdUiFieldDialogPanel* panelWithButton(std::wstring_view caption) const;
+  void press(host::CAcFdUiFieldDialogPanel& panel);
   void listEntries();
   bool choose(std::wstring_view name);
   void preview();
@@ -89,6 +109,9 @@ class FieldDialog : public host::CAcFdUiFieldDialog {
   std::optional<FieldPlace> place_;
   std::wstring editedCode_;
   host::AcDbObjectId placed_;
+  std::vector<Panel> panels_;
+  // Where OK leaves the field of a dialog opened for a new one.
+  host::CAcFdUiFieldDialogHook::FieldHolder* newField_ = nullptr;
   bool open_ = false;
 };
 

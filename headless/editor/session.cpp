@@ -61,7 +61,8 @@ Session::Session(HostApplication& host, Script script, Options options)
       registry_(options_.registry),
       prompts_(script_, host_, [this](std::wstring_view text) { print(text); }),
       os_(options_.moduleFile, options_.notice),
-      ui_(script_, [this](std::wstring_view text) { print(text); }, options_.progress, options_.progressIsTerminal) {
+      ui_(script_, [this](std::wstring_view text) { print(text); }, options_.progress, options_.progressIsTerminal),
+      fieldDialogs_(host_, prompts_, [this](std::wstring_view text) { print(text); }) {
   if (!registry_) {
     ownRegistry_ = std::make_unique<RegistryFile>(RegistryFile::defaultPath(), options_.notice);
     registry_ = ownRegistry_.get();

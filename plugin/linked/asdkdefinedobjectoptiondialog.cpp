@@ -14,9 +14,13 @@ namespace corvane {
 AsdkDefinedObjectOptionDialog::AsdkDefinedObjectOptionDialog(LinkedSources& sources, CRegistry& registry)
     : sources_(sources), registry_(registry) {}
 
-void AsdkDefinedObjectOptionDialog::OnPathTypeChanged(int type) {
+bool AsdkDefinedObjectOptionDialog::OnPathTypeChanged(int type) {
   pathType_ = type == kRelativePathType ? kRelativePathType : kFullPathType;
-  if (pathType_ == kRelativePathType && !RelativePathAllowed(sources_)) pathType_ = kFullPathType;
+  if (pathType_ == kRelativePathType && !RelativePathAllowed(sources_)) {
+    pathType_ = kFullPathType;
+    return false;
+  }
+  return true;
 }
 
 std::vector<std::wstring> AsdkDefinedObjectOptionDialog::objectEntries() const {

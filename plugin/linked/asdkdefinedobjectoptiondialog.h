@@ -23,7 +23,8 @@ class AsdkDefinedObjectOptionDialog {
   std::wstring property;
   int pathType() const noexcept { return pathType_; }
 
-  void OnPathTypeChanged(int type);
+  // False when a relative path was refused (the drawing was never saved).
+  bool OnPathTypeChanged(int type);
   // The objects defined in the chosen drawing, as the list shows them: "handle - description".
   std::vector<std::wstring> objectEntries() const;
   // Checks the choices, saying what is wrong, then builds the code; false when refused.

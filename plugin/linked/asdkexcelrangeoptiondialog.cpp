@@ -60,10 +60,16 @@ bool AsdkExcelRangeOptionDialog::SetFieldCode(std::wstring_view code) {
   return true;
 }
 
-void AsdkExcelRangeOptionDialog::OnPathTypeChanged(int type) {
-  pathType_ = std::clamp(type, 0, 2);
-  if (pathType_ == kRelativePathType && !RelativePathAllowed(sources_)) pathType_ = kFullPathType;
+bool AsdkExcelRangeOptionDialog::OnPathTypeChanged(int type) {
+  const int chosen = std::clamp(type, 0, 2);
+  // A refused relative path is no choice of the user's: the settings keep what they had.
+  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
+    pathType_ = kFullPathType;
+    return false;
+  }
+  pathType_ = chosen;
   registry_.write(settings::kExcelFieldPathType, pathType_);
+  return true;
 }
 
 bool AsdkExcelRangeOptionDialog::OnBrowsed(std::wstring_view path) {

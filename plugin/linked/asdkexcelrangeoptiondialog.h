@@ -35,8 +35,9 @@ class AsdkExcelRangeOptionDialog {
   // Fills the controls from a field's code; false when the code names no cell.
   bool SetFieldCode(std::wstring_view code);
   // The path-type list: "Relative Path" is refused (with a message) while the drawing was
-  // never saved. The choice is kept in the settings.
-  void OnPathTypeChanged(int type);
+  // never saved, and then nothing is kept; a choice that stands goes to the settings. False
+  // when refused.
+  bool OnPathTypeChanged(int type);
   // The workbook the file picker chose: refused when it does not exist; otherwise it goes to
   // the recent files and is shown in the user's Excel.
   bool OnBrowsed(std::wstring_view path);

@@ -25,9 +25,13 @@ int AsdkTextFileFieldOptionDialog::Load(const host::AcDbField& field) {
   return host::AcDbField::kSuccess;
 }
 
-void AsdkTextFileFieldOptionDialog::OnPathTypeChanged(int type) {
+bool AsdkTextFileFieldOptionDialog::OnPathTypeChanged(int type) {
   pathType_ = type == kRelativePathType ? kRelativePathType : kFullPathType;
-  if (pathType_ == kRelativePathType && !RelativePathAllowed(sources_)) pathType_ = kFullPathType;
+  if (pathType_ == kRelativePathType && !RelativePathAllowed(sources_)) {
+    pathType_ = kFullPathType;
+    return false;
+  }
+  return true;
 }
 
 void AsdkTextFileFieldOptionDialog::OnBrowsed(std::wstring_view chosen) {

@@ -28,7 +28,8 @@ class AsdkTextFileFieldOptionDialog {
   // Opening on an existing field: its path, and "Relative Path" when that path is relative.
   // The field's evaluation status 16 when its record is no text; 2 otherwise.
   int Load(const host::AcDbField& field);
-  void OnPathTypeChanged(int type);
+  // False when a relative path was refused (the drawing was never saved).
+  bool OnPathTypeChanged(int type);
   void OnBrowsed(std::wstring_view chosen);
   // The code of the field ("%<\TextField path>%"), the path made relative when so chosen.
   std::wstring FieldCode();

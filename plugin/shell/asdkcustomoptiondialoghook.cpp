@@ -36,13 +36,34 @@ constexpr const wchar_t* kEvaluatorIds[] = {L"AcArea",    L"AcLength",  L"AcBloc
 
 }  // namespace
 
+// The export button as the dialog sees it: a press exports the code the dialog shows.
+class AsdkCustomOptionDialogHook::ExportPanel final : public host::CAcFdUiFieldDialogPanel {
+ public:
+  ExportPanel(LinkedSources& linked, CRegistry& registry) : button(linked, registry) {}
+
+  std::wstring_view GetTemplateName() const override { return CExportFieldButtonDialog::kTemplate; }
+  std::wstring_view GetButtonText() const override { return L"Export"; }
+  bool OnButtonPressed(std::wstring_view fieldCode) override {
+    button.fieldCode = fieldCode;
+    return button.OnBnClickedButtonExportField();
+  }
+
+  CExportFieldButtonDialog button;
+};
+
+AsdkCustomOptionDialogHook::AsdkCustomOptionDialogHook(const host::HostSystem* system) : system_(system) {}
+
 AsdkCustomOptionDialogHook::AsdkCustomOptionDialogHook(const host::HostSystem& system, const OptionPageSources& sources,
                                                        ReactorState& state)
-    : system_(&system), reactorState_(&state) {
+    : system_(&system), reactorState_(&state), linked_(&sources.linked), registry_(&sources.registry) {
   makePages_.emplace(sources);
 }
 
 AsdkCustomOptionDialogHook::~AsdkCustomOptionDialogHook() = default;
+
+CExportFieldButtonDialog* AsdkCustomOptionDialogHook::exportPanel() noexcept {
+  return exportPanel_ ? &exportPanel_->button : nullptr;
+}
 
 std::optional<std::size_t> AsdkCustomOptionDialogHook::rowOf(unsigned fieldId) noexcept {
   for (std::size_t row = 0; row < kFieldCount; ++row) {
@@ -78,9 +99,24 @@ bool AsdkCustomOptionDialogHook::BeginFieldDialog(host::CAcFdUiFieldDialog* dial
   return true;
 }
 
-void AsdkCustomOptionDialogHook::addExportButtonPanel(host::CAcFdUiFieldDialog& /*dialog*/) {}
+void AsdkCustomOptionDialogHook::addExportButtonPanel(host::CAcFdUiFieldDialog& dialog) {
+  removeExportButtonPanel();
+  // A hook that names its fields only has nothing to export with.
+  if (!linked_ || !registry_) return;
+  auto panel = std::make_unique<ExportPanel>(*linked_, *registry_);
+  if (!dialog.AddPanel(*panel, kExportPanelLeft, kExportPanelAboveBottom)) return;
+  exportPanel_ = std::move(panel);
+  exportPanelDialog_ = &dialog;
+}
+
+void AsdkCustomOptionDialogHook::removeExportButtonPanel() {
+  if (exportPanel_ && exportPanelDialog_) exportPanelDialog_->RemovePanel(*exportPanel_);
+  exportPanel_.reset();
+  exportPanelDialog_ = nullptr;
+}
 
 bool AsdkCustomOptionDialogHook::EndFieldDialog(int result) {
+  removeExportButtonPanel();
   CAcFdUiFieldDialogHook::EndFieldDialog(result);
   for (auto& page : pages_) page.reset();
   if (reactorState_) reactorState_->editedTableId = {};

@@ -1,7 +1,8 @@
 // The plug-in's part of the host's field dialog: the category "Corvane" and its eight field
 // names (in the system's language where there is a translation), an option page for each field
 // while the dialog is open, the field built from a page's code when the user confirms, and a
-// page filled from a field the user edits.
+// page filled from a field the user edits. While the export command shows the dialog, the
+// dialog also has the export button's panel.
 #pragma once
 
 #include <array>
@@ -16,6 +17,7 @@
 #include "host/hostsystem.h"
 #include "plugin/shell/optionpages.h"
 #include "plugin/shell/reactorstate.h"
+#include "plugin/workflows/cexportfieldbuttondialog.h"
 
 namespace corvane {
 
@@ -38,7 +40,7 @@ class AsdkCustomOptionDialogHook : public host::CAcFdUiFieldDialogHook {
   static constexpr const wchar_t* kInvalidFieldCode = L"Invalid field code";
 
   // A hook that names its fields but has no pages to show (no editor to show them in).
-  explicit AsdkCustomOptionDialogHook(const host::HostSystem* system) : system_(system) {}
+  explicit AsdkCustomOptionDialogHook(const host::HostSystem* system);
   // The full hook: pages made from the sources, and the edited table id of the reactors.
   AsdkCustomOptionDialogHook(const host::HostSystem& system, const OptionPageSources& sources, ReactorState& state);
   ~AsdkCustomOptionDialogHook() override;
@@ -59,21 +61,31 @@ class AsdkCustomOptionDialogHook : public host::CAcFdUiFieldDialogHook {
 
   // Set by the export-fields command while it shows the dialog.
   void setExportFieldsRunning(bool running) noexcept { exportFieldsRunning_ = running; }
+  bool exportFieldsRunning() const noexcept { return exportFieldsRunning_; }
+  // Where the export panel is placed in the dialog's client area, in dialog units.
+  static constexpr int kExportPanelLeft = 12;
+  static constexpr int kExportPanelAboveBottom = 33;
+  // The export button's panel while the dialog shows it; null otherwise.
+  CExportFieldButtonDialog* exportPanel() noexcept;
 
  private:
   // The row of a field id in the table, or nullopt.
   static std::optional<std::size_t> rowOf(unsigned fieldId) noexcept;
   host::CAcFdUiFieldOptionDialog* pageOf(unsigned fieldId) const noexcept;
-  // Where the export command's button panel joins the dialog; the panel is the export
-  // workflow's, so nothing is added here yet.
   void addExportButtonPanel(host::CAcFdUiFieldDialog& dialog);
+  void removeExportButtonPanel();
 
   const host::HostSystem* system_;
   std::optional<OptionPages> makePages_;
   ReactorState* reactorState_ = nullptr;
+  LinkedSources* linked_ = nullptr;
+  CRegistry* registry_ = nullptr;
   // One per row of the table, null while the dialog is closed.
   std::array<std::unique_ptr<host::CAcFdUiFieldOptionDialog>, kFieldCount> pages_;
   bool exportFieldsRunning_ = false;
+  class ExportPanel;
+  std::unique_ptr<ExportPanel> exportPanel_;
+  host::CAcFdUiFieldDialog* exportPanelDialog_ = nullptr;
 };
 
 }  // namespace corvane

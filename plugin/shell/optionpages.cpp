@@ -91,7 +91,11 @@ bool choosePathType(Page& page, std::wstring_view text, std::wstring& error) {
     error = L"Choose Full Path or Relative Path.";
     return false;
   }
-  page.OnPathTypeChanged(*type);
+  // A refused choice has already said why; the code stays as it was.
+  if (!page.OnPathTypeChanged(*type)) {
+    error = L"The path stays a full path.";
+    return false;
+  }
   return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
 #include "plugin/support/corvanesettings.h"
 #include "plugin/workflows/cexportfieldbuttondialog.h"
@@ -19,11 +20,26 @@ bool CExportFiledToExcelDialog::SetOwner(host::AcDbObjectId object) {
   return !fields_.empty();
 }
 
-int CExportFiledToExcelDialog::OnOK() {
+bool CExportFiledToExcelDialog::OnPathTypeChanged(int type) {
+  const int chosen = std::clamp(type, 0, 1);
+  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
+    pathType = kFullPathType;
+    return false;
+  }
+  pathType = chosen;
+  registry_.write(settings::kExportFieldPathType, pathType);
+  return true;
+}
+
+void CExportFiledToExcelDialog::SaveChoices() {
   pathType = std::clamp(pathType, 0, 1);
   moveDirection = std::clamp(moveDirection, 0, 1);
   registry_.write(settings::kExportFieldPathType, pathType);
   registry_.write(settings::kExportFieldMoveDirection, moveDirection);
+}
+
+int CExportFiledToExcelDialog::OnOK() {
+  SaveChoices();
   CExportFieldButtonDialog button(sources_, registry_);
   int exported = 0;
   for (const ExportableField& field : fields_) {

@@ -24,6 +24,13 @@ class CExportFiledToExcelDialog {
   int pathType = 0;
   int moveDirection = 0;
 
+  // The path-type list: "Relative Path" is refused (with a message) while the drawing was never
+  // saved, and then nothing is kept; a choice that stands goes to the settings. False when
+  // refused.
+  bool OnPathTypeChanged(int type);
+  // The two choices to the settings, where the field dialog's export button reads them.
+  void SaveChoices();
+
   // The object picked: its fields become the list. False when it shows none.
   bool SetOwner(host::AcDbObjectId object);
   const std::vector<ExportableField>& fields() const noexcept { return fields_; }

@@ -24,10 +24,15 @@ void CMultiExcelCellFieldsDialog::Init(ExcelUtils& excel) {
   hasSelection = excel.application() && excel.application()->selection() != nullptr;
 }
 
-void CMultiExcelCellFieldsDialog::OnPathTypeChanged(int type) {
-  pathType_ = std::clamp(type, 0, 1);
-  if (pathType_ == kRelativePathType && !RelativePathAllowed(sources_)) pathType_ = kFullPathType;
+bool CMultiExcelCellFieldsDialog::OnPathTypeChanged(int type) {
+  const int chosen = std::clamp(type, 0, 1);
+  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
+    pathType_ = kFullPathType;
+    return false;
+  }
+  pathType_ = chosen;
   registry_.write(settings::kMultiFieldsPathType, pathType_);
+  return true;
 }
 
 bool CMultiExcelCellFieldsDialog::Validate() {

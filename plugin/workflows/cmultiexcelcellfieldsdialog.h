@@ -33,8 +33,9 @@ class CMultiExcelCellFieldsDialog {
   int pathType() const noexcept { return pathType_; }
 
   // The path-type list ("Full Path", "Relative Path"): relative is refused while the drawing was
-  // never saved. The choice is kept in the settings.
-  void OnPathTypeChanged(int type);
+  // never saved, and then nothing is kept; a choice that stands goes to the settings. False when
+  // refused.
+  bool OnPathTypeChanged(int type);
   // Checks the workbook, the worksheet and the selection, in that order, saying what is wrong.
   bool Validate();
   // OK: validates and fixes the workbook's path as the codes will carry it.

@@ -162,10 +162,15 @@ void CExcelCellFieldsWorkbookDialog::Load() {
   if (host::AcDbDatabase* db = sources_.services().workingDatabase()) rows_ = CollectExcelCellFields(sources_.services(), *db);
 }
 
-void CExcelCellFieldsWorkbookDialog::OnPathTypeChanged(int type) {
-  pathType_ = std::clamp(type, 0, 1);
-  if (pathType_ == kRelativePathType && !RelativePathAllowed(sources_)) pathType_ = kFullPathType;
+bool CExcelCellFieldsWorkbookDialog::OnPathTypeChanged(int type) {
+  const int chosen = std::clamp(type, 0, 1);
+  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
+    pathType_ = kFullPathType;
+    return false;
+  }
+  pathType_ = chosen;
   registry_.write(settings::kWorkbooksManagerPathType, pathType_);
+  return true;
 }
 
 bool CExcelCellFieldsWorkbookDialog::haveSelection() {

@@ -50,9 +50,11 @@ class CExcelCellFieldsWorkbookDialog {
   const std::vector<ExcelCellFieldRow>& rows() const noexcept { return rows_; }
   std::vector<int> selected;  // rows of the list, 0-based
 
-  // The path-type list for a new workbook ("Full Path", "Relative Path"), kept in the settings.
+  // The path-type list for a new workbook ("Full Path", "Relative Path"), kept in the settings;
+  // relative is refused while the drawing was never saved, and then nothing is kept. False when
+  // refused.
   int pathType() const noexcept { return pathType_; }
-  void OnPathTypeChanged(int type);
+  bool OnPathTypeChanged(int type);
 
   // The buttons. Each asks the user first and gives the number of fields rewritten; a refusal
   // or a field whose code lacks the old text is said in a message box. After any change the

@@ -135,9 +135,10 @@ TEST(AsdkExcelRangeOptionDialog, RelativePathsNeedASavedDrawingAndACommonRoot) {
     Rig unsaved(L"", "");
     AsdkExcelRangeOptionDialog dialog(unsaved.sources, unsaved.registry);
     unsaved.registry.write(settings::kExcelFieldPathType, kRelativePathType);
-    dialog.OnPathTypeChanged(kRelativePathType);
+    EXPECT_FALSE(dialog.OnPathTypeChanged(kRelativePathType));
     EXPECT_EQ(dialog.pathType(), kFullPathType);
-    EXPECT_EQ(unsaved.registry.get(settings::kExcelFieldPathType), kFullPathType);
+    // The refusal is no choice of the user's: the settings keep what they had.
+    EXPECT_EQ(unsaved.registry.get(settings::kExcelFieldPathType), kRelativePathType);
     EXPECT_EQ(unsaved.boxes(), std::vector<std::wstring>{std::wstring(L"Halvek Corvane: ") + kSaveDrawingFirst});
   }
   Rig rig;

@@ -261,6 +261,11 @@ class RecordingSession : public host::HostSession,
     log_.push_back(L"UnregisterFieldDialogHook");
     return true;
   }
+  int InvokeFieldDialog(host::AcDbDatabase*, host::CAcFdUiFieldDialogHook::FieldHolder& field) override {
+    log_.push_back(L"InvokeFieldDialog");
+    field.reset();
+    return host::IDCANCEL;
+  }
 
  private:
   Log& log_;
