@@ -11,6 +11,7 @@
 #include "headless/fields/fieldengine.h"
 #include "headless/format/rtos.h"
 #include "headless/format/valueformatter.h"
+#include "host/acdbtable.h"
 
 namespace corvane::headless {
 
@@ -70,6 +71,18 @@ host::AcDbHostApplicationServices::FieldHolder HostApplication::newField() {
     own->record().writeOpen = false;
     db->destroyObject(id);
   });
+}
+
+host::AcDbObjectId HostApplication::owningTable(host::AcDbObjectId id) const {
+  // Ownership is a tree rooted in the named object dictionary, so the walk ends; the bound
+  // only guards against a drawing read with an owner loop in it.
+  for (int depth = 0; depth < 1000 && !id.isNull(); ++depth) {
+    const HeadlessObject* headless = objects_.lookupHeadless(id);
+    if (!headless || headless->record().erased) return {};
+    if (dynamic_cast<const host::AcDbTable*>(objects_.lookup(id))) return id;
+    id = headless->record().owner;
+  }
+  return {};
 }
 
 Acad::ErrorStatus HostApplication::getPropertyValue(host::AcDbObjectId id, std::wstring_view name,

@@ -54,6 +54,7 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   using DrawingWriter =
       std::function<host::Acad::ErrorStatus(host::AcDbDatabase& db, std::wstring_view path, std::wstring& reason)>;
   void setDrawingWriter(DrawingWriter writer) { writer_ = std::move(writer); }
+  host::AcDbObjectId owningTable(host::AcDbObjectId id) const override;
   host::Acad::ErrorStatus getPropertyValue(host::AcDbObjectId id, std::wstring_view name,
                                            host::AcValue& value) const override;
   host::Acad::ErrorStatus entGet(host::AcDbObjectId id, host::ResBufList& data) const override;

@@ -78,6 +78,10 @@ class AcDbHostApplicationServices {
   virtual Acad::ErrorStatus appendMText(AcDbObjectId space, const AcGePoint3d& location, std::wstring_view contents,
                                         AcDbObjectId& id) = 0;
 
+  // The table that holds an object: the object itself when it is a table, else the nearest
+  // table up its owners (a cell's field, a field nested in it); null when no table holds it.
+  virtual AcDbObjectId owningTable(AcDbObjectId id) const = 0;
+
   // A named property of an object as the host's property system reads it ("Area", "Layer",
   // "Radius", ...): eInvalidObjectId/eWasErased for a missing object, eKeyNotFound for a
   // property the object does not have.

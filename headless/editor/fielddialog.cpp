@@ -299,6 +299,8 @@ void FieldDialog::preview() {
   if (page_ && !page_->HasUsableSelection()) return;
   current_->hook->UpdateFieldCode();
   auto field = host_.newField();
+  // A field for a table cell is previewed where it will stand, so that it sees the table.
+  if (field && place_ && place_->isCell) static_cast<Field*>(field.get())->record().owner = place_->owner;
   std::wstring text;
   if (field && field->setFieldCode(codeBox_) == host::Acad::eOk) {
     current_->hook->GetPreview(field.get(), text);

@@ -57,12 +57,15 @@ void AsdkFormulaOptionDialog::onInitDialog() {
 
 int AsdkFormulaOptionDialog::setFieldToEdit(const AcDbField& field) {
   onInitDialog();
+  fieldHasOwner_ = !field.ownerId().isNull();
+  // The preview evaluates the code in a field placed nowhere, which reads the cells of the
+  // chosen owner table: a field of a table cell chooses its own table.
+  if (const host::AcDbObjectId table = host_.owningTable(field); !table.isNull()) useOwnerTable(table);
   host::AcValue record;
   if (field.getData(kEvaluatorTable[kExprRow].dataKey, record) != host::Acad::eOk) return AcDbField::kOtherError;
   std::wstring code;
   if (!record.get(code)) return AcDbField::kInvalidCode;
   expression = FormulaExpressionOf(code);
-  fieldHasOwner_ = !field.ownerId().isNull();
 
   const std::wstring format = field.getFormat();
   if (const auto unitsCode = capturedNumber(format, L"%lu{[0-9]+}")) {
@@ -148,10 +151,14 @@ bool AsdkFormulaOptionDialog::chooseOwnerTable() {
                      host::MB_OK | host::MB_ICONINFORMATION);
     return false;
   }
+  useOwnerTable(table);
+  return true;
+}
+
+void AsdkFormulaOptionDialog::useOwnerTable(host::AcDbObjectId table) {
   ownerTable_ = table;
   ownerTableText_ = host_.handleText(table);
   if (chooseOwnerTable_) chooseOwnerTable_(table);
-  return true;
 }
 
 bool AsdkFormulaOptionDialog::onPreview() {

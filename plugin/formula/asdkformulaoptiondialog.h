@@ -35,7 +35,8 @@ class AsdkFormulaOptionDialog {
   // A new formula: no expression, units "(none)", the precision list disabled, the functions
   // of the language listed and the owner table shown when one was chosen.
   void onInitDialog();
-  // An existing formula field: its expression, and the units and precision its format names.
+  // An existing formula field: its expression, and the units and precision its format names;
+  // a field in a table cell makes that table the owner table.
   // Returns the evaluation status of the reading: 2, 64 without the data record, 16 for a
   // record that is no text.
   int setFieldToEdit(const host::AcDbField& field);
@@ -77,6 +78,7 @@ class AsdkFormulaOptionDialog {
  private:
   void insertIntoExpression(const std::wstring& text);
   bool chooseOwnerTable();
+  void useOwnerTable(host::AcDbObjectId table);
   void showAsText();
 
   FormulaPageHost& host_;

@@ -8,10 +8,15 @@
 #include <vector>
 
 #include "host/errorstatus.h"
+#include "host/objectid.h"
 #include "plugin/fields/optionpagehost.h"
 #include "plugin/formula/formulavariables.h"
 
 namespace corvane {
+
+namespace host {
+class AcDbField;
+}
 
 class FormulaPageHost : public OptionPageHost {
  public:
@@ -24,6 +29,8 @@ class FormulaPageHost : public OptionPageHost {
   virtual std::wstring cellAddress(int row, int column) = 0;
   // An object's handle as upper-case hexadecimal; empty for an id that names nothing.
   virtual std::wstring handleText(host::AcDbObjectId id) = 0;
+  // The table whose cell holds the field, walking up its owners; null for a field in no table.
+  virtual host::AcDbObjectId owningTable(const host::AcDbField& field) = 0;
   virtual std::vector<FormulaVariable> variables() = 0;
   virtual host::Acad::ErrorStatus setVariables(const std::vector<FormulaVariable>& variables) = 0;
 };

@@ -1,5 +1,6 @@
 #include "plugin/formula/portformulapagehost.h"
 
+#include "host/acdbfield.h"
 #include "plugin/fields/fieldreferences.h"
 #include "plugin/formula/celladdress.h"
 
@@ -14,6 +15,10 @@ std::wstring PortFormulaPageHost::cellAddress(int row, int column) { return Form
 std::wstring PortFormulaPageHost::handleText(host::AcDbObjectId id) {
   if (id.isNull() || !services_.isValid(id)) return {};
   return services_.handle(id).text();
+}
+
+host::AcDbObjectId PortFormulaPageHost::owningTable(const host::AcDbField& field) {
+  return services_.owningTable(field.ownerId());
 }
 
 }  // namespace corvane

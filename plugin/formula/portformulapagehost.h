@@ -38,6 +38,7 @@ class PortFormulaPageHost : public FormulaPageHost {
   std::wstring formulaArgument(std::wstring_view text) override;
   std::wstring cellAddress(int row, int column) override;
   std::wstring handleText(host::AcDbObjectId id) override;
+  host::AcDbObjectId owningTable(const host::AcDbField& field) override;
   std::vector<FormulaVariable> variables() override { return ReadFormulaVariables(services_); }
   host::Acad::ErrorStatus setVariables(const std::vector<FormulaVariable>& variables) override {
     return WriteFormulaVariables(services_, variables);
