@@ -9,6 +9,7 @@
 #include "headless/db/table.h"
 #include "headless/editor/editorprompts.h"
 #include "headless/editor/fielddialogmanager.h"
+#include "headless/fields/fieldengine.h"
 #include "headless/hostapplication.h"
 #include "host/acdbfield.h"
 #include "host/acedprompts.h"
@@ -159,6 +160,9 @@ void FieldDialog::openOver(const FieldPlace* place) {
 
   auto* field = db_->get<Field>(edited);
   if (!field) return;
+  // A field read from a file that was never evaluated there has not been compiled either, and
+  // a page fills itself from what compiling keeps in the field: the dialog compiles it first.
+  host_.engine().compileField(*field, *db_);
   editedCode_ = field->getFieldCode(AcDbField::kFieldCode | AcDbField::kAddMarkers);
   print_(core::format(L"\nEditing the field %s", editedCode_));
   for (host::CAcFdUiFieldDialogHook* hook : hooks_.hooks()) {

@@ -184,6 +184,18 @@ Acad::ErrorStatus FieldEngine::evaluateField(Field& field, Database& db, int con
   return Acad::eOk;
 }
 
+bool FieldEngine::compileField(Field& field, Database& db) {
+  if ((field.state() & AcDbField::kCompiled) != 0) return true;
+  host::AcFdFieldEvaluator* evaluator = evaluatorFor(field.ownEvaluatorId());
+  if (!evaluator) return false;
+  WriteOpen open(field);
+  FieldResult fieldResult(field);
+  evaluator->initialize(&field);
+  if (evaluator->compile(&field, &db, &fieldResult) != Acad::eOk) return false;
+  field.setState(field.state() | AcDbField::kCompiled);
+  return true;
+}
+
 Acad::ErrorStatus FieldEngine::evaluateFields(host::AcDbDatabase* hostDb, const std::vector<host::AcDbObjectId>& fields,
                                               int context, BatchResult* result) {
   auto* db = dynamic_cast<Database*>(hostDb);

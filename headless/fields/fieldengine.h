@@ -35,6 +35,10 @@ class FieldEngine : public host::AcFdFieldEngine {
   // Evaluates one field and its children outside a batch (no reactor calls), as a field's
   // own evaluate does.
   host::Acad::ErrorStatus evaluateField(Field& field, Database& db, int context, BatchResult* result = nullptr);
+  // Compiles a field that has not been compiled yet, without evaluating it, so that what its
+  // evaluator keeps in the field from the code is there for whoever reads it next. False when
+  // no evaluator serves the field or its code does not compile; the field is left as it was.
+  bool compileField(Field& field, Database& db);
 
  private:
   // findEvaluator for an id kept as a string already: the loaders take it as it is.

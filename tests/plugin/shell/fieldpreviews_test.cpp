@@ -242,5 +242,20 @@ TEST(FieldPreviews, EachFieldTypeOnTheExampleDrawing) {
   }
 }
 
+// The example as shipped holds fields that were never evaluated: a page editing one still finds
+// its expression and format, and previews what they give.
+TEST(FieldPreviews, AFieldNeverEvaluatedOpensWithItsOwnExpressionAndFormat) {
+  testing::RunFolder folder;
+  fs::copy_file(kExamples / "quantities.dxf", folder / "quantities.dxf");
+  testing::ScratchFolder::write(folder / "edit.scr", "FIELD\n134\n1,3\nPREVIEW\nCANCEL\n");
+  const auto run = testing::runCorvaneWithOwnSettings(
+      folder.path(), {"run", (folder / "quantities.dxf").string(), "--script", (folder / "edit.scr").string()});
+  ASSERT_EQ(run.exitCode, 0) << run.out << run.err;
+  const std::string part = commandPart(run.out, 0);
+  EXPECT_NE(part.find("Field code: %<\\VxExpr (B2*C2) \\f \"%lu2%pr2\">%"), std::string::npos) << part;
+  // Row 1 of the table: 84.00 units at 12.50.
+  EXPECT_EQ(previewIn(part), "1050.00") << part;
+}
+
 }  // namespace
 }  // namespace corvane
