@@ -21,6 +21,7 @@
 #include "headless/db/texthost.h"
 #include "headless/editor/osservices.h"
 #include "headless/hostapplication.h"
+#include "host/acdbfield.h"
 #include "plugin/shell/ccorvaneapp.h"
 #include "plugin/workflows/updatefieldsinexcel.h"
 #include "xlsx/bookapplication.h"
@@ -132,6 +133,29 @@ void BM_UpdateExcelFromOneDrawing(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_UpdateExcelFromOneDrawing)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3);
+
+// What an export pays per field for its temporary field in a big drawing: made, given a code,
+// evaluated and destroyed again, with state.range(0) objects in the drawing. The cost per field
+// should not grow with the drawing.
+void BM_TemporaryFieldInBigDrawing(benchmark::State& state) {
+  headless::HostApplication host;
+  headless::Database db(host);
+  host.setWorkingDatabase(&db);
+  for (int i = 0; i < state.range(0); ++i) {
+    db.appendEntity(std::make_unique<headless::Circle>(headless::Circle::Point{i * 3.0, 0, 0}, 1.0));
+  }
+  for (auto _ : state) {
+    auto field = host.newField();
+    if (!field || field->setFieldCode(L"%<\\AcVar LUPREC>% %<\\AcVar LUNITS>%") != host::Acad::eOk ||
+        field->evaluate(host::AcDbField::kPreview, &db) != host::Acad::eOk) {
+      state.SkipWithError("the temporary field did not evaluate");
+      break;
+    }
+    benchmark::DoNotOptimize(field->getDisplayText());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_TemporaryFieldInBigDrawing)->Arg(1000)->Arg(10000)->Arg(100000);
 
 }  // namespace
 

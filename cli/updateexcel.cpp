@@ -59,7 +59,9 @@ int updateExcel(const UpdateExcelOptions& options) {
   // No drawing is the current one: every note's drawing is read from its file.
   headless::Database idle(host);
   host.setWorkingDatabase(&idle);
-  readOtherDrawingsAsDxf(host, &idle);  // each noted drawing its own working drawing
+  // Each field is evaluated against its own drawing; that drawing is also the working one while
+  // its fields are done, as a formula reads variables and units from the working drawing.
+  readOtherDrawingsAsDxf(host, &idle);
   CCorvaneApp app(host, linked.system, &linked.excel);
   app.onInitialize();
   BatchTerminal terminal;

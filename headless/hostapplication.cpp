@@ -59,17 +59,28 @@ Acad::ErrorStatus HostApplication::openObject(host::AcDbObject*& object, host::A
 }
 
 host::AcDbHostApplicationServices::FieldHolder HostApplication::newField() {
-  // It lives in the working drawing, outside its field list, until the holder lets go.
+  // It lives in the working drawing, outside its field list, until the holder lets go; it is
+  // evaluated against whichever drawing its evaluate() is given.
   if (!working_) return FieldHolder(nullptr, [](host::AcDbField*) {});
-  Database* db = working_;
-  const host::AcDbObjectId id = Field::create(*db, L"", {}, false, false);
-  Field* field = db->get<Field>(id);
+  return temporaryField(*working_, {});
+}
+
+host::AcDbHostApplicationServices::FieldHolder HostApplication::newField(host::AcDbObjectId owner) {
+  Database* db = objects_.database(owner);
+  if (!db) return FieldHolder(nullptr, [](host::AcDbField*) {});
+  return temporaryField(*db, owner);
+}
+
+host::AcDbHostApplicationServices::FieldHolder HostApplication::temporaryField(Database& db,
+                                                                                host::AcDbObjectId owner) {
+  const host::AcDbObjectId id = Field::create(db, L"", owner, false, false);
+  Field* field = db.get<Field>(id);
   field->record().writeOpen = true;
-  return FieldHolder(field, [db, id](host::AcDbField* f) {
+  return FieldHolder(field, [&db, id](host::AcDbField* f) {
     auto* own = static_cast<Field*>(f);
     own->assignCode(L"");  // drops the children first
     own->record().writeOpen = false;
-    db->destroyObject(id);
+    db.destroyObject(id);
   });
 }
 

@@ -42,6 +42,7 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   host::Acad::ErrorStatus openObject(host::AcDbObject*& object, host::AcDbObjectId id, host::AcDb::OpenMode mode,
                                      bool openErased = false) override;
   FieldHolder newField() override;
+  FieldHolder newField(host::AcDbObjectId owner) override;
   host::Acad::ErrorStatus readDrawingFile(std::wstring_view path, DatabaseHolder& db, std::wstring& reason) override;
   // What reads other drawings from their files: the host knows databases, not file formats,
   // so whoever wires it to a file format hands the reader over. Without one nothing is read.
@@ -85,6 +86,8 @@ class HostApplication : public host::AcDbHostApplicationServices, public Databas
   void databaseClosing(const Database& db) noexcept override;
 
  private:
+  FieldHolder temporaryField(Database& db, host::AcDbObjectId owner);
+
   ObjectTable objects_;
   // The last ids a walk said it will open, newest last: their contents are asked for in
   // stages as the walk comes nearer (see willOpen).

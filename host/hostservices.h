@@ -51,6 +51,10 @@ class AcDbHostApplicationServices {
   // deleted with the holder. It evaluates against the database given to evaluate().
   using FieldHolder = std::unique_ptr<AcDbField, std::function<void(AcDbField*)>>;
   virtual FieldHolder newField() = 0;
+  // The same, owned by `owner` as a field placed on that object is (a new field given the
+  // owner's id): it reads its surroundings from there, as a formula reads the cells of the table
+  // it stands in, but it shows in nothing. Empty when the owner is not a valid object.
+  virtual FieldHolder newField(AcDbObjectId owner) = 0;
 
   // Another drawing read from its file for looking at (a database made without a default
   // drawing, then readDwgFile with every kind of sharing allowed). Its objects are opened like

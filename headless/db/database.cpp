@@ -63,8 +63,8 @@ void Database::setStandardObjects(const StandardObjects& objects) {
 }
 
 Database::~Database() {
-  for (const auto& object : objects_) {
-    if (object) objects().remove(object->objectId());
+  for (const auto& entry : objects_) {
+    if (entry.object) objects().remove(entry.id);
   }
   host_.databaseClosing(*this);
 }
@@ -157,7 +157,7 @@ host::AcDbObjectId Database::addObject(std::unique_ptr<host::AcDbObject> object,
   byHandle_.insert(handle.value(), record.id.asOldId());
   const host::AcDbObjectId id = record.id;
   host::AcDbObject* added = object.get();
-  objects_.push_back(std::move(object));
+  objects_.push_back({id, std::move(object)});
   linkStructure(*added);
   return id;
 }
@@ -206,17 +206,28 @@ host::AcDbObjectId Database::addRecord(std::unique_ptr<host::AcDbObject> record,
 }
 
 void Database::destroyObject(host::AcDbObjectId id) {
-  const auto it = std::find_if(objects_.begin(), objects_.end(),
-                               [id](const auto& object) { return object && object->objectId() == id; });
-  if (it == objects_.end()) return;
+  const auto before = [](const Entry& entry, std::uint64_t wanted) { return entry.id.asOldId() < wanted; };
+  const auto it = std::lower_bound(objects_.begin(), objects_.end(), id.asOldId(), before);
+  if (it == objects_.end() || it->id != id || !it->object) return;
+  host::AcDbObject& object = *it->object;
   // Nothing may keep the id of an object that is gone.
-  if (auto* reference = dynamic_cast<BlockReference*>(it->get())) {
+  if (auto* reference = dynamic_cast<BlockReference*>(&object)) {
     if (auto* block = get<BlockTableRecord>(reference->blockTableRecord())) block->removeReference(id);
   }
-  if (auto* table = dynamic_cast<SymbolTableBase*>(lookup((*it)->ownerId()))) table->removeRecord(id);
-  byHandle_.erase((*it)->handle().value());
+  if (auto* table = dynamic_cast<SymbolTableBase*>(lookup(object.ownerId()))) table->removeRecord(id);
+  byHandle_.erase(object.handle().value());
   objects().remove(id);
-  objects_.erase(it);
+  it->object.reset();
+  ++destroyed_;
+  // The newest objects, the usual ones to go, leave no empty entry behind them.
+  while (!objects_.empty() && !objects_.back().object) {
+    objects_.pop_back();
+    --destroyed_;
+  }
+  if (destroyed_ > objects_.size() / 2) {
+    std::erase_if(objects_, [](const Entry& entry) { return !entry.object; });
+    destroyed_ = 0;
+  }
 }
 
 void Database::raiseHandseed(host::AcDbHandle seed) {
@@ -229,14 +240,16 @@ host::AcDbObject* Database::lookup(host::AcDbObjectId id) const {
 
 std::vector<host::AcDbObjectId> Database::objectIds() const {
   std::vector<host::AcDbObjectId> ids;
-  ids.reserve(objects_.size());
-  for (const auto& object : objects_) ids.push_back(object->objectId());
+  ids.reserve(objects_.size() - destroyed_);
+  for (const auto& entry : objects_) {
+    if (entry.object) ids.push_back(entry.id);
+  }
   return ids;
 }
 
 void Database::markUnmodified() {
-  for (const auto& object : objects_) {
-    if (auto* headless = object ? objects().lookupHeadless(object->objectId()) : nullptr) headless->record().modified = false;
+  for (const auto& entry : objects_) {
+    if (auto* headless = entry.object ? objects().lookupHeadless(entry.id) : nullptr) headless->record().modified = false;
   }
 }
 

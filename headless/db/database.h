@@ -130,7 +130,15 @@ class Database : public host::AcDbDatabase {
   DatabaseHost& host_;
   ObjectTable& table_;  // the host's, looked up once: every object access goes through it
   std::wstring fileName_;
-  std::vector<std::unique_ptr<host::AcDbObject>> objects_;  // in creation order
+  // In creation order, which is the order of ids: an object is found by a binary search. A
+  // destroyed object leaves its entry empty until the empty ones are half of all, so that
+  // fields made and destroyed by the thousand cost no shifting of a big drawing's objects.
+  struct Entry {
+    host::AcDbObjectId id;
+    std::unique_ptr<host::AcDbObject> object;
+  };
+  std::vector<Entry> objects_;
+  std::size_t destroyed_ = 0;  // empty entries in objects_
   core::HandleIndex byHandle_;
   mutable std::vector<std::pair<const std::type_info*, std::uint8_t>> roles_;  // by class
   host::AcDbHandle handseed_{1};

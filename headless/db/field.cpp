@@ -82,10 +82,22 @@ host::AcDbObjectId Field::create(Database& db, std::wstring_view code, host::AcD
   return id;
 }
 
-host::Acad::ErrorStatus Field::evaluate(int context, host::AcDbDatabase* /*db*/) {
-  // A field's children live in its own drawing, so that is where it evaluates.
+host::Acad::ErrorStatus Field::evaluate(int context, host::AcDbDatabase* db) {
   Database& own = *record_.database;
-  return own.host().evaluateField(*this, own, context);
+  auto* in = db ? dynamic_cast<Database*>(db) : &own;
+  // Ids are shared only by the drawings of one host.
+  if (!in || &in->host() != &own.host()) return Acad::eWrongDatabase;
+  if (listed_ && in != &own) return Acad::eWrongDatabase;
+  showIn(in != &own ? std::optional<DrawingUnits>(in->drawingUnits()) : std::nullopt);
+  return own.host().evaluateField(*this, *in, context);
+}
+
+void Field::showIn(const std::optional<DrawingUnits>& units) {
+  // The children's texts make up the parent's, so they show in the same units.
+  otherUnits_ = units;
+  for (const auto child : children_) {
+    if (auto* field = record_.database->get<Field>(child)) field->showIn(units);
+  }
 }
 
 Acad::ErrorStatus Field::setFieldCode(std::wstring_view code) {
@@ -189,7 +201,8 @@ host::Acad::ErrorStatus Field::formatValue(std::wstring& text) const {
       return host::Acad::eOk;
     }
   }
-  text = displayFieldValue(value_, format_, *record_.database);
+  text = otherUnits_ ? headless::formatValue(value_, format_, *otherUnits_)
+                     : displayFieldValue(value_, format_, *record_.database);
   return host::Acad::eOk;
 }
 

@@ -1,6 +1,7 @@
 // A field object of the headless database.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <typeinfo>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "headless/db/objectimpl.h"
+#include "headless/format/valueformatter.h"
 #include "host/acdbfield.h"
 
 namespace corvane::headless {
@@ -46,7 +48,13 @@ class Field final : public ObjectImpl<host::AcDbField> {
   // `listed` false makes a field of no drawing's field list (a temporary one), children too.
   static host::AcDbObjectId create(Database& db, std::wstring_view code, host::AcDbObjectId owner = {},
                                    bool asText = false, bool listed = true);
+  // A temporary field (of no field list, the host's field of no drawing) is evaluated against
+  // the drawing given, its own when none is. A field kept in a drawing is evaluated in that
+  // drawing only: its children, the objects its code names and the text or cell that shows it
+  // are that drawing's, so another one is refused with eWrongDatabase and the field is left as
+  // it was.
   host::Acad::ErrorStatus evaluate(int context, host::AcDbDatabase* db = nullptr) override;
+  bool listed() const noexcept { return listed_; }
 
   // The headless host's own access, with no open needed (the engine and the file layer).
   // Sets the code, replacing the children by new field objects made from the code.
@@ -79,6 +87,7 @@ class Field final : public ObjectImpl<host::AcDbField> {
 
  private:
   std::wstring expandedCode(int flags) const;
+  void showIn(const std::optional<DrawingUnits>& units);
 
   std::wstring evaluatorId_;
   std::wstring ownCode_;
@@ -94,6 +103,9 @@ class Field final : public ObjectImpl<host::AcDbField> {
   int errorCode_ = 0;
   std::wstring message_;
   bool listed_ = true;
+  // A temporary field evaluated against another drawing shows its value in that drawing's
+  // units; kept as a copy, as the other drawing may close before the field does.
+  std::optional<DrawingUnits> otherUnits_;
 };
 
 }  // namespace corvane::headless

@@ -156,11 +156,11 @@ void FieldEngine::evaluateOne(Field& field, Database& db, int context, BatchResu
   field.setState(field.state() | AcDbField::kEvaluated | AcDbField::kHasFormattedString);
 }
 
-void FieldEngine::evaluateTree(Field& field, Database& db, int context, BatchResult& result) {
+void FieldEngine::evaluateTree(Field& field, Database& own, Database& db, int context, BatchResult& result) {
   // Children first: a parent's code and value are made of its children's values. The depth
   // of a tree is bounded by how deeply its code nests markers.
   for (const auto child : field.children()) {
-    if (auto* childField = Field::of(db.lookup(child))) evaluateTree(*childField, db, context, result);
+    if (auto* childField = Field::of(own.lookup(child))) evaluateTree(*childField, own, db, context, result);
   }
   const int before = result.evaluated;
   evaluateOne(field, db, context, result);
@@ -170,16 +170,19 @@ void FieldEngine::evaluateTree(Field& field, Database& db, int context, BatchRes
 }
 
 Acad::ErrorStatus FieldEngine::evaluateField(Field& field, Database& db, int context, BatchResult* result) {
+  // The tree is walked where its fields are kept; the evaluators work against `db`.
+  Database& own = *field.record().database;
   BatchResult local;
-  evaluateTree(field, db, context, local);
+  evaluateTree(field, own, db, context, local);
   // The fields that hold this one show its new value too: each is put together again from the
-  // values of its children, up to the field that a text or a cell holds.
+  // values of its children, up to the field that a text or a cell holds. A temporary field
+  // shows in nothing, even when it is evaluated where a table or a text would hold it.
   Field* top = &field;
-  while (Field* holder = Field::of(db.lookup(top->ownerId()))) {
+  while (Field* holder = Field::of(own.lookup(top->ownerId()))) {
     evaluateOne(*holder, db, context, local);
     top = holder;
   }
-  updateHostTexts(db, {top->objectId()});
+  if (top->listed()) updateHostTexts(own, {top->objectId()});
   if (result) *result = local;
   return Acad::eOk;
 }
@@ -214,7 +217,7 @@ Acad::ErrorStatus FieldEngine::evaluateFields(host::AcDbDatabase* hostDb, const 
   for (auto* reactor : std::vector(reactors_)) reactor->beginEvaluateFields(context, db);
   BatchResult local;
   for (const auto id : topLevel) {
-    if (auto* field = Field::of(db->lookup(id))) evaluateTree(*field, *db, context, local);
+    if (auto* field = Field::of(db->lookup(id))) evaluateTree(*field, *db, *db, context, local);
   }
   updateHostTexts(*db, topLevel);
   for (auto* reactor : std::vector(reactors_)) reactor->endEvaluateFields(context, db);

@@ -33,7 +33,7 @@ class FieldEngine : public host::AcFdFieldEngine {
   std::size_t reactorCount() const noexcept { return reactors_.size(); }
 
   // Evaluates one field and its children outside a batch (no reactor calls), as a field's
-  // own evaluate does.
+  // own evaluate does: the evaluators work against `db`, which need not hold the field.
   host::Acad::ErrorStatus evaluateField(Field& field, Database& db, int context, BatchResult* result = nullptr);
   // Compiles a field that has not been compiled yet, without evaluating it, so that what its
   // evaluator keeps in the field from the code is there for whoever reads it next. False when
@@ -43,7 +43,7 @@ class FieldEngine : public host::AcFdFieldEngine {
  private:
   // findEvaluator for an id kept as a string already: the loaders take it as it is.
   host::AcFdFieldEvaluator* evaluatorFor(const std::wstring& evaluatorId);
-  void evaluateTree(Field& field, Database& db, int context, BatchResult& result);
+  void evaluateTree(Field& field, Database& own, Database& db, int context, BatchResult& result);
   void evaluateOne(Field& field, Database& db, int context, BatchResult& result);
   void updateHostTexts(Database& db, const std::vector<host::AcDbObjectId>& topLevel);
 

@@ -27,8 +27,9 @@ class TextEvaluator : public host::AcFdFieldEvaluator {
  public:
   Acad::ErrorStatus evaluate(AcDbField* field, int, host::AcDbDatabase* db, host::AcFdFieldResult* result) override {
     Field* own = Field::of(field);
-    Database* database = own ? headlessDatabase(db, *own) : nullptr;
-    if (!own || !database) return Acad::eInvalidInput;
+    if (!own || !headlessDatabase(db, *own)) return Acad::eInvalidInput;
+    // The children are kept with the field, whichever drawing it is evaluated against.
+    const Database* database = own->record().database;
     const auto childText = [&](std::size_t index) -> std::wstring_view {
       if (index >= own->children().size()) return L"";
       const auto* child = Field::of(database->lookup(own->children()[index]));

@@ -17,6 +17,7 @@
 #include "plugin/linked/linkedsources.h"
 #include "plugin/fields/showmodal.h"
 #include "plugin/support/corvanesettings.h"
+#include "plugin/workflows/exportfieldowners.h"
 
 namespace corvane {
 
@@ -51,13 +52,17 @@ bool CExportFieldButtonDialog::Export(std::wstring_view code, int pathType, int 
   const std::wstring drawing = sources_.currentDocumentPath();
   if (drawing.empty()) return refuse(L"You must save the drawing before exporting the field.");
 
-  // 2, 3. The value, from a field of the drawing's own evaluation.
+  // 2, 3. The value, from a field evaluated in the drawing: a formula of a table cell in its
+  // table (the code then carries the table's reference), so that it shows what its cell does.
   std::wstring value;
   {
-    host::AcDbHostApplicationServices::FieldHolder field = services.newField();
+    host::AcDbDatabase* const db = services.workingDatabase();
+    std::wstring own(code);
+    host::AcDbHostApplicationServices::FieldHolder field =
+        db ? NewFieldForExportedCode(services, *db, own) : host::AcDbHostApplicationServices::FieldHolder();
     int status = host::AcDbField::kNotYetEvaluated;
-    if (field && field->setFieldCode(code) == host::Acad::eOk) {
-      field->evaluate(host::AcDbField::kPreview, services.workingDatabase());
+    if (field && field->setFieldCode(own) == host::Acad::eOk) {
+      field->evaluate(host::AcDbField::kPreview, db);
       status = field->evaluationStatus();
     }
     if (status != host::AcDbField::kSuccess) {

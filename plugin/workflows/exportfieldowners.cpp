@@ -1,5 +1,8 @@
 #include "plugin/workflows/exportfieldowners.h"
 
+#include "core/matchgroups.h"
+#include "core/textutil.h"
+
 #include "host/acdbblockreference.h"
 #include "host/acdbblocktablerecord.h"
 #include "host/acdbdatabase.h"
@@ -18,21 +21,35 @@ using host::AcDb::kForRead;
 
 // The evaluator of a field that only strings its child fields together with plain words.
 constexpr wchar_t kTextEvaluator[] = L"_text";
+// The formula evaluator, whose fields read the cells of the table they stand in.
+constexpr wchar_t kFormulaEvaluator[] = L"VxExpr";
+constexpr std::wstring_view kTableWord = L"TABLE(";
+constexpr std::wstring_view kTablePattern = L"TABLE\\([<]*{[A-Z0-9a-z]+}[>]*\\)\\.{.*}";
+
+// The code of one field; a formula of a table (`table` the table's handle, empty for any
+// other owner) with its table's reference.
+std::wstring exportedCode(const host::AcDbField& field, std::wstring_view table) {
+  constexpr int kCode = host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers;
+  std::wstring code = field.getFieldCode(kCode);
+  if (!table.empty() && core::equalsNoCase(field.evaluatorId(), kFormulaEvaluator)) {
+    return TableFieldCode(table, code);
+  }
+  return code;
+}
 
 // The field, or the fields inside a text field, as the codes the field dialog would show.
 void addField(host::AcDbHostApplicationServices& services, host::AcDbObjectId fieldId, host::AcDbObjectId owner,
-              std::vector<ExportableField>& out) {
+              std::wstring_view table, std::vector<ExportableField>& out) {
   host::AcDbObjectPointer<host::AcDbField> field(services, fieldId, kForRead);
   if (!field) return;
-  constexpr int kCode = host::AcDbField::kFieldCode | host::AcDbField::kAddMarkers;
   if (field->evaluatorId() != kTextEvaluator) {
-    out.push_back({fieldId, owner, field->getFieldCode(kCode)});
+    out.push_back({fieldId, owner, exportedCode(*field.object(), table)});
     return;
   }
   for (int i = 0; i < field->childCount(); ++i) {
     const host::AcDbObjectId childId = field->getChild(i);
     host::AcDbObjectPointer<host::AcDbField> child(services, childId, kForRead);
-    if (child) out.push_back({childId, owner, child->getFieldCode(kCode)});
+    if (child) out.push_back({childId, owner, exportedCode(*child.object(), table)});
   }
 }
 
@@ -50,20 +67,54 @@ void addTextField(host::AcDbHostApplicationServices& services, const host::AcDbO
     host::AcDbObjectPointer<host::AcDbDictionary> fields(services, fieldsId, kForRead);
     if (!fields || fields->getAt(L"TEXT", fieldId) != host::Acad::eOk) return;
   }
-  addField(services, fieldId, object.objectId(), out);
+  addField(services, fieldId, object.objectId(), {}, out);
 }
 
 }  // namespace
+
+std::wstring TableFieldCode(std::wstring_view tableHandle, std::wstring_view code) {
+  return L"Table(<" + std::wstring(tableHandle) + L">)." + std::wstring(code);
+}
+
+std::optional<TableFieldCodeParts> SplitTableFieldCode(std::wstring_view code) {
+  if (code.size() < kTableWord.size() || !core::equalsNoCase(code.substr(0, kTableWord.size()), kTableWord)) {
+    return std::nullopt;
+  }
+  // The word in either case; the code after the reference exactly as it is.
+  const std::wstring probe = std::wstring(kTableWord) + std::wstring(code.substr(kTableWord.size()));
+  std::vector<std::wstring> groups;
+  if (!core::MatchGroups(probe, kTablePattern, groups) || groups.size() != 2) return std::nullopt;
+  if (!groups[1].starts_with(L"%<")) return std::nullopt;
+  return TableFieldCodeParts{std::move(groups[0]), std::move(groups[1])};
+}
+
+host::AcDbHostApplicationServices::FieldHolder NewFieldForExportedCode(host::AcDbHostApplicationServices& services,
+                                                                      host::AcDbDatabase& db, std::wstring& code) {
+  std::optional<TableFieldCodeParts> parts = SplitTableFieldCode(code);
+  if (!parts) return services.newField();
+  const std::optional<host::AcDbHandle> handle = host::AcDbHandle::fromText(parts->table);
+  host::AcDbObjectId table;
+  if (!handle || db.getAcDbObjectId(table, *handle) != host::Acad::eOk) {
+    return host::AcDbHostApplicationServices::FieldHolder(nullptr, [](host::AcDbField*) {});
+  }
+  {
+    host::AcDbObjectPointer<host::AcDbTable> opened(services, table, kForRead);
+    if (!opened) return host::AcDbHostApplicationServices::FieldHolder(nullptr, [](host::AcDbField*) {});
+  }
+  code = std::move(parts->code);
+  return services.newField(table);
+}
 
 std::vector<ExportableField> FieldsOfObject(host::AcDbHostApplicationServices& services, host::AcDbObjectId object) {
   std::vector<ExportableField> out;
   host::AcDbObjectPointer<host::AcDbObject> opened(services, object, kForRead);
   if (!opened) return out;
   if (const auto* table = dynamic_cast<const host::AcDbTable*>(opened.object())) {
+    const std::wstring handle = table->handle().text();
     for (int row = 0; row < table->numRows(); ++row) {
       for (int column = 0; column < table->numColumns(); ++column) {
         const host::AcDbObjectId fieldId = table->fieldId(row, column);
-        if (!fieldId.isNull()) addField(services, fieldId, object, out);
+        if (!fieldId.isNull()) addField(services, fieldId, object, handle, out);
       }
     }
     return out;

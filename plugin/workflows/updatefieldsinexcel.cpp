@@ -20,6 +20,7 @@
 #include "plugin/linked/excelutils.h"
 #include "plugin/linked/linkedsources.h"
 #include "plugin/fields/showmodal.h"
+#include "plugin/workflows/exportfieldowners.h"
 
 namespace corvane {
 
@@ -215,13 +216,14 @@ bool UpdateFieldsInExcel::Update(host::ExcelWorkbook& book, host::ExcelWorksheet
       }
       db = side.get();
     }
-    // One temporary field takes each code of the drawing in turn: the host deletes a field by
-    // searching the drawing's objects, which for thousands of fields costs more than the rest.
-    host::AcDbHostApplicationServices::FieldHolder temporary = services.newField();
     for (const Work::Field& field : drawing.fields) {
       progressAt(++position);
+      // Each code gets a field of its own, evaluated against this drawing: a formula of a table
+      // cell is owned by its table there, found again by the handle its code carries.
+      std::wstring code = field.code;
+      host::AcDbHostApplicationServices::FieldHolder temporary = NewFieldForExportedCode(services, *db, code);
       int status = host::AcDbField::kNotYetEvaluated;
-      if (temporary && temporary->setFieldCode(ObjHandleToId(services, field.code, db)) == host::Acad::eOk) {
+      if (temporary && temporary->setFieldCode(ObjHandleToId(services, code, db)) == host::Acad::eOk) {
         temporary->evaluate(host::AcDbField::kPreview, db);
         status = temporary->evaluationStatus();
       }

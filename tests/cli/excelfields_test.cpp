@@ -3,9 +3,12 @@
 // reader; and every refusal leaving the workbook as it was, byte for byte.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "core/printf.h"
 #include "core/textutil.h"
@@ -15,6 +18,7 @@
 #include "headless/db/text.h"
 #include "headless/db/texthost.h"
 #include "headless/hostapplication.h"
+#include "host/acdbtable.h"
 #include "support/clirun.h"
 #include "support/openpyxl.h"
 
@@ -103,6 +107,77 @@ TEST(ExcelFieldsCommands, ExportThenUpdateAfterTheDrawingChanged) {
   notes = corvane::testing::runOpenpyxl(kReadNotes, {book.string(), "Prices"});
   EXPECT_EQ(roomLine(notes, handle).substr(cell.size()),
             "\t####\t./plan.dxf|%<\\AcObjProp Object(%<\\_ObjHandle " + handle + ">%).TextString>%");
+}
+
+// The line of the notes whose note holds `what`.
+std::string noteLine(const std::string& notes, const std::string& what) {
+  const std::size_t at = notes.find(what);
+  if (at == std::string::npos) return {};
+  const std::size_t start = notes.rfind('\n', at);
+  const std::size_t from = start == std::string::npos ? 0 : start + 1;
+  return notes.substr(from, notes.find('\n', at) - from);
+}
+
+// Sets cells of the table with the given handle and saves the drawing; gives what the cells
+// held before, as numbers (0 for a cell without one).
+std::vector<double> changeTable(const fs::path& file, const std::string& handle,
+                                const std::vector<std::pair<std::pair<int, int>, std::wstring>>& cells) {
+  using namespace corvane;
+  headless::HostApplication host;
+  auto loaded = dxf::DrawingFile::load(file, host);
+  EXPECT_TRUE(loaded.drawing) << loaded.error;
+  if (!loaded.drawing) return {};
+  host::AcDbObjectId id;
+  EXPECT_EQ(loaded.drawing->database().getAcDbObjectId(id, *host::AcDbHandle::fromText(core::fromUtf8(handle))),
+            host::Acad::eOk);
+  std::vector<double> before;
+  {
+    host::AcDbObjectPointer<host::AcDbTable> table(host, id, host::AcDb::kForWrite);
+    EXPECT_TRUE(table);
+    if (!table) return {};
+    for (const auto& [cell, text] : cells) {
+      double number = 0;
+      table->value(cell.first, cell.second).get(number);
+      before.push_back(number);
+      EXPECT_EQ(table->setValue(cell.first, cell.second, text, host::AcValueOptions::kConvertTextToValue),
+                host::Acad::eOk);
+    }
+  }
+  EXPECT_TRUE(loaded.drawing->saveAs(file));
+  return before;
+}
+
+// A formula of a table cell goes out with the value its cell shows and a note naming its table,
+// and the update reads the table's changed cells from the drawing's file.
+TEST(ExcelFieldsCommands, TableFormulaExportedThenUpdatedFromItsTable) {
+  if (!corvane::testing::hasOpenpyxl()) GTEST_SKIP() << "python3-openpyxl is not installed";
+  RunFolder folder;
+  const fs::path plan = folder / "plan.dxf", book = folder / "book.xlsx";
+  fs::copy_file(fs::path(CORVANE_SOURCE_DIR) / "examples" / "prices.xlsx", book);
+  fs::copy_file(fs::path(CORVANE_SOURCE_DIR) / "examples" / "quantities.dxf", plan);
+
+  CommandRun run = runCorvane({"export-fields", plan.string(), book.string(), "--cell", "H2"}, folder);
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_NE(run.out.find("; 0 could not be evaluated; saved"), std::string::npos) << run.out;
+  std::string notes = corvane::testing::runOpenpyxl(kReadNotes, {book.string(), "Prices"});
+  std::string line = noteLine(notes, ".%<\\VxExpr (B2*C2)");
+  ASSERT_FALSE(line.empty()) << notes;
+  const std::string cell = line.substr(0, line.find('\t'));
+  const std::size_t table = line.find("|Table(<");
+  ASSERT_NE(table, std::string::npos) << line;
+  const std::string handle = line.substr(table + 8, line.find('>', table) - table - 8);
+  const std::string exported = line.substr(cell.size() + 1, line.find('\t', cell.size() + 1) - cell.size() - 1);
+
+  // The quantity and the price of the formula's row change in the drawing's file.
+  const std::vector<double> was = changeTable(plan, handle, {{{1, 1}, L"3"}, {{1, 2}, L"2.5"}});
+  ASSERT_EQ(was.size(), 2u);
+  EXPECT_GT(was[0] * was[1], 0);
+  EXPECT_DOUBLE_EQ(std::strtod(exported.c_str(), nullptr), was[0] * was[1]) << exported;  // the workbook keeps a number
+  run = runCorvane({"update-excel", book.string(), "--json"}, folder);
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_NE(run.out.find("\"failed\": 0"), std::string::npos) << run.out << run.err;
+  notes = corvane::testing::runOpenpyxl(kReadNotes, {book.string(), "Prices"});
+  EXPECT_EQ(noteLine(notes, ".%<\\VxExpr (B2*C2)"), cell + "\t7.5" + line.substr(line.find('\t', cell.size() + 1)));
 }
 
 TEST(ExcelFieldsCommands, RefusalsLeaveTheWorkbookAsItWas) {

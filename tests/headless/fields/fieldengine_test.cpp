@@ -6,7 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "headless/db/circle.h"
+#include "headless/db/database.h"
 #include "headless/db/fieldlist.h"
+#include "headless/hostapplication.h"
 #include "support/testdrawing.h"
 
 namespace corvane::headless {
@@ -324,6 +327,51 @@ TEST(HostApplication, TemporaryFieldsEvaluateAndLeaveNoTrace) {
 
   HostApplication noDrawing;
   EXPECT_FALSE(noDrawing.newField());
+}
+
+TEST(HostApplication, TemporaryFieldsEvaluateInTheDrawingTheyAreGiven) {
+  // Two drawings of one host that differ in their variables and in the circle of the same
+  // reference; the temporary field lives in the working one, `d`.
+  corvane::testing::TestDrawing d;
+  Database other(d.host);
+  ASSERT_EQ(other.setSysVar(L"LUPREC", {host::RTSHORT, 2}), host::Acad::eOk);
+  ASSERT_EQ(other.setSysVar(L"LUNITS", {host::RTSHORT, 3}), host::Acad::eOk);
+  const auto here = d.addCircle(1.5);
+  const auto there = other.appendEntity(std::make_unique<Circle>(Circle::Point{0, 0, 0}, 2.25));
+  struct Row {
+    const char* name;
+    host::AcDbDatabase* db;
+    host::AcDbObjectId circle;
+    std::wstring shown;
+  };
+  const std::vector<Row> rows = {
+      {"no drawing: the working one", nullptr, here, L"4 2 1.5000"},
+      {"the working drawing", &d.db, here, L"4 2 1.5000"},
+      {"the other drawing, in its own units", &other, there, L"2 3 2.25"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    auto field = d.host.newField();
+    ASSERT_TRUE(field);
+    ASSERT_EQ(field->setFieldCode(L"%<\\AcVar LUPREC>% %<\\AcVar LUNITS>% %<\\AcObjProp Object(" +
+                                      TestDrawing::idReference(row.circle) + L").Radius \\f \"%lu2\">%"),
+              host::Acad::eOk);
+    ASSERT_EQ(field->evaluate(AcDbField::kPreview, row.db), host::Acad::eOk);
+    EXPECT_EQ(field->evaluationStatus(), AcDbField::kSuccess);
+    EXPECT_EQ(field->getDisplayText(), row.shown);
+  }
+
+  // A field kept in a drawing belongs to it: another drawing is refused and nothing changes.
+  const auto kept = d.addField(L"%<\\AcVar LUPREC>%");
+  d.evaluateAll();
+  EXPECT_EQ(d.field(kept).evaluate(AcDbField::kDemand, &other), host::Acad::eWrongDatabase);
+  EXPECT_EQ(d.field(kept).getDisplayText(), L"4");
+  EXPECT_EQ(d.field(kept).evaluate(AcDbField::kDemand, &d.db), host::Acad::eOk);
+  HostApplication elsewhere;
+  Database foreign(elsewhere);
+  auto field = d.host.newField();
+  ASSERT_EQ(field->setFieldCode(L"%<\\AcVar LUPREC>%"), host::Acad::eOk);
+  EXPECT_EQ(field->evaluate(AcDbField::kDemand, &foreign), host::Acad::eWrongDatabase);
 }
 
 TEST(HostApplication, PropertyValuesOfObjects) {

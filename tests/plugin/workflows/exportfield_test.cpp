@@ -15,6 +15,7 @@
 #include "plugin/workflows/cexportfieldbuttondialog.h"
 #include "plugin/workflows/cexportfiledtoexceldialog.h"
 #include "plugin/workflows/exportfieldowners.h"
+#include "plugin/workflows/updatefieldsinexcel.h"
 #include "support/editorsession.h"
 #include "xlsx/bookapplication.h"
 
@@ -122,6 +123,69 @@ TEST(ExportFieldButton, WritesARelativePathFromTheWorkbooksFolder) {
   CExportFieldButtonDialog button(d.sources(), d.app.registry());
   ASSERT_TRUE(button.Export(d.idCode(), kRelativePathType, kMoveDown)) << d.printed;
   EXPECT_EQ(d.noteAt(L"A1"), L"../site.dxf|" + d.handleCode());
+}
+
+TEST(TableFieldCode, SplitsOnlyACodeBehindATableReference) {
+  struct Case {
+    std::wstring code;
+    bool split;
+    std::wstring table, own;
+  } const cases[] = {
+      {L"Table(<2F>).%<\\VxExpr (A1+B1)>%", true, L"2F", L"%<\\VxExpr (A1+B1)>%"},
+      {L"TABLE(2f).%<\\VxExpr (SUM(A1:B2))>%", true, L"2f", L"%<\\VxExpr (SUM(A1:B2))>%"},
+      {L"table(<<A0>>).%<\\VxExpr (A1) \\f \"%lu2\">%", true, L"A0", L"%<\\VxExpr (A1) \\f \"%lu2\">%"},
+      {L"Table(<2F>).$B$3", false, L"", L""},  // a table cell field's reference, no code behind it
+      {L"Table(<>).%<\\VxExpr (A1)>%", false, L"", L""},
+      {L" Table(<2F>).%<\\VxExpr (A1)>%", false, L"", L""},
+      {L"%<\\VxExpr (A1+B1)>%", false, L"", L""},
+      {L"%<\\TableCell Table(<2F>).$B$3>%", false, L"", L""},
+  };
+  for (const auto& c : cases) {
+    const auto parts = SplitTableFieldCode(c.code);
+    ASSERT_EQ(parts.has_value(), c.split) << core::toUtf8(c.code);
+    if (!parts) continue;
+    EXPECT_EQ(parts->table, c.table);
+    EXPECT_EQ(parts->code, c.own);
+    EXPECT_EQ(SplitTableFieldCode(TableFieldCode(parts->table, parts->code))->code, c.own);
+  }
+}
+
+// A formula in a table cell goes out with the value its cell shows, and comes back from the
+// same table after a cell it reads has changed.
+TEST(ExportFieldsToExcelDialog, FormulaOfATableCellKeepsItsTable) {
+  ExportDrawing d;
+  const auto table = d.addTable({{L"1", L"2", L"%<\\VxExpr (A1+B1)>%"}, {L"10", L"", L"%<\\AcVar LUPREC>%"}});
+  d.evaluateAll();
+  const std::size_t objects = d.db.objectIds().size();
+  const std::wstring handle = d.host.handle(table).text();
+  const std::vector<ExportableField> fields = FieldsOfObject(d.host, table);
+  ASSERT_EQ(fields.size(), 2u);
+  EXPECT_EQ(fields[0].code, L"Table(<" + handle + L">).%<\\VxExpr (A1+B1)>%");
+  EXPECT_EQ(fields[1].code, L"%<\\AcVar LUPREC>%");  // no formula: no table needed
+
+  d.select(L"B2");
+  CExportFiledToExcelDialog dialog(d.sources(), d.app.registry());
+  ASSERT_TRUE(dialog.SetOwner(table));
+  ASSERT_EQ(dialog.OnOK(), 2) << core::toUtf8(d.printed);
+  EXPECT_EQ(d.valueAt(L"B2"), L"3");
+  EXPECT_EQ(d.valueAt(L"B3"), L"4");
+  EXPECT_EQ(d.noteAt(L"B2"), d.path("site.dxf") + L"|" + fields[0].code);
+  // A note whose table is gone cannot be evaluated.
+  ASSERT_TRUE(d.cell(L"C2")->addComment(d.path("site.dxf") + L"|Table(<FFFFF>).%<\\VxExpr (A1+B1)>%"));
+
+  {
+    host::AcDbObjectPointer<host::AcDbTable> open(d.host, table, host::AcDb::kForWrite);
+    ASSERT_EQ(open->setValue(0, 0, L"5", host::AcValueOptions::kConvertTextToValue), host::Acad::eOk);
+  }
+  UpdateFieldsInExcel update(
+      d.sources(), nullptr, nullptr,
+      {UpdateFieldsInExcel::OtherDrawings::kAll, UpdateFieldsInExcel::UnreadableDrawing::kLeaveCells});
+  ASSERT_TRUE(update.Update(*d.book, d.sheet()));
+  EXPECT_EQ(d.valueAt(L"B2"), L"7");
+  EXPECT_EQ(d.valueAt(L"B3"), L"4");
+  EXPECT_EQ(d.valueAt(L"C2"), L"####");
+  EXPECT_EQ(update.summary().fieldsFailed, 1);
+  EXPECT_EQ(d.db.objectIds().size(), objects);  // the temporary fields are gone
 }
 
 // The command on the command line: the two choices by keyword, kept in the settings, then the

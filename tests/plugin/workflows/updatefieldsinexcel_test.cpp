@@ -187,6 +187,26 @@ TEST(UpdateFieldsInExcel, ReadsOtherDrawingsFromTheirFiles) {
   }
 }
 
+// One code noted for two drawings whose values differ: each cell gets its own drawing's value,
+// though the fields of the other drawing are evaluated while the current one is the working one.
+TEST(UpdateFieldsInExcel, EvaluatesEachCodeInItsOwnDrawing) {
+  NotedWorkbook d;
+  auto tags = dxf::testing::drawing("AC1018", {{0, "TEXT"}, {5, "1F"}, {8, "0"}, {10, "0"}, {20, "0"}, {30, "0"},
+                                                {40, "1"}, {1, "Block C"}});
+  const std::vector<dxf::testing::TagText> precision = {{9, "$LUPREC"}, {70, "2"}};
+  tags.insert(tags.begin() + 8, precision.begin(), precision.end());  // behind $HANDSEED
+  testing::ScratchFolder::write(d.folder / "other.dxf", dxf::testing::asciiDxf(tags));
+  const std::wstring code = L"%<\\AcVar LUPREC>% %<\\AcVar Filename>%";
+  d.note(L"A1", L"site.dxf|" + code);
+  d.note(L"A2", L"other.dxf|" + code);
+  d.note(L"A3", L"other.dxf|" + kOtherCode);
+  const auto summary = d.update();
+  EXPECT_EQ(d.valueAt(L"A1"), L"4 site.dxf");
+  EXPECT_EQ(d.valueAt(L"A2"), L"2 other.dxf");
+  EXPECT_EQ(d.valueAt(L"A3"), L"Block C");
+  EXPECT_EQ(summary.fieldsFailed, 0) << core::toUtf8(d.printed);
+}
+
 // The command asks before it reads other drawings; No, and Enter, keep to the current one.
 TEST(UpdateFieldsInExcelCommand, AsksForOtherDrawings) {
   struct Case {
