@@ -47,6 +47,8 @@ class AcEdPrompts {
   virtual int getCorner(const AcGePoint3d& base, std::wstring_view prompt, AcGePoint3d& point) = 0;
   // One entity, with the point at which it was picked.
   virtual int entSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePoint3d& picked) = 0;
+  // The same, reaching into block references: an attribute of an insert is picked itself.
+  virtual int nEntSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePoint3d& picked) = 0;
   // A selection set. Mode "X" takes every entity of the working drawing's layouts that passes
   // the filter; an empty mode asks the user. The filter lists group codes (0 the entity type,
   // 8 the layer) with wildcard values, combined by the logical operators of group code -4

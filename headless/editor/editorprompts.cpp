@@ -198,7 +198,7 @@ std::vector<AcDbObjectId> EditorPrompts::layoutEntities() const {
   return out;
 }
 
-std::optional<AcDbObjectId> EditorPrompts::pickedEntity(std::wstring_view answer) const {
+std::optional<AcDbObjectId> EditorPrompts::pickedEntity(std::wstring_view answer, bool nested) const {
   answer = core::trimmed(answer);
   const auto* db = dynamic_cast<const Database*>(host_.workingDatabase());
   if (!db) return std::nullopt;
@@ -216,11 +216,23 @@ std::optional<AcDbObjectId> EditorPrompts::pickedEntity(std::wstring_view answer
   AcDbObjectId id;
   if (!handle || db->getAcDbObjectId(id, *handle) != Acad::eOk) return AcDbObjectId();
   const auto* entity = db->get<AcDbEntity>(id);
-  if (!entity || entity->isErased() || !isLayoutBlock(*db, entity->ownerId())) return AcDbObjectId();
-  return id;
+  if (!entity || entity->isErased()) return AcDbObjectId();
+  if (isLayoutBlock(*db, entity->ownerId())) return id;
+  // Nested, an attribute counts as placed where its block reference is.
+  const auto* owner = nested ? db->get<AcDbEntity>(entity->ownerId()) : nullptr;
+  if (owner && !owner->isErased() && isLayoutBlock(*db, owner->ownerId())) return id;
+  return AcDbObjectId();
 }
 
 int EditorPrompts::entSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePoint3d& picked) {
+  return pickEntity(prompt, false, entity, picked);
+}
+
+int EditorPrompts::nEntSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePoint3d& picked) {
+  return pickEntity(prompt, true, entity, picked);
+}
+
+int EditorPrompts::pickEntity(std::wstring_view prompt, bool nested, AcDbObjectId& entity, AcGePoint3d& picked) {
   const Control control = take();
   while (true) {
     std::wstring answer;
@@ -228,7 +240,7 @@ int EditorPrompts::entSel(std::wstring_view prompt, AcDbObjectId& entity, AcGePo
     const std::wstring trimmed = core::trim(answer);
     if (trimmed.empty()) return RTERROR;  // Enter picks nothing
     if (matchKeyword(control, trimmed)) return RTKWORD;
-    if (const auto id = pickedEntity(trimmed); id && !id->isNull()) {
+    if (const auto id = pickedEntity(trimmed, nested); id && !id->isNull()) {
       entity = *id;
       picked = AcGePoint3d{};
       return RTNORM;

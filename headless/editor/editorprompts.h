@@ -37,6 +37,7 @@ class EditorPrompts : public host::AcEdPrompts {
   int getPoint(const host::AcGePoint3d* base, std::wstring_view prompt, host::AcGePoint3d& point) override;
   int getCorner(const host::AcGePoint3d& base, std::wstring_view prompt, host::AcGePoint3d& point) override;
   int entSel(std::wstring_view prompt, host::AcDbObjectId& entity, host::AcGePoint3d& picked) override;
+  int nEntSel(std::wstring_view prompt, host::AcDbObjectId& entity, host::AcGePoint3d& picked) override;
   int ssGet(std::wstring_view mode, const host::ResBufList* filter, std::vector<host::AcDbObjectId>& selection) override;
   int getTableCellRange(std::wstring_view prompt, const host::ResBufList* filter, host::AcDbObjectId& table,
                         host::AcCellRange& range) override;
@@ -67,7 +68,8 @@ class EditorPrompts : public host::AcEdPrompts {
   bool matchKeyword(const Control& control, std::wstring_view answer);
   int pointPrompt(const host::AcGePoint3d* base, std::wstring_view prompt, host::AcGePoint3d& point);
   // An entity named by an answer: "(handent "H")" or "L"; null id when the answer names none.
-  std::optional<host::AcDbObjectId> pickedEntity(std::wstring_view answer) const;
+  std::optional<host::AcDbObjectId> pickedEntity(std::wstring_view answer, bool nested = false) const;
+  int pickEntity(std::wstring_view prompt, bool nested, host::AcDbObjectId& entity, host::AcGePoint3d& picked);
   bool passes(host::AcDbObjectId id, const SelectionFilter* filter) const;
   // A cell of the table as "row,column" (1-based), asked until it names one; false when cancelled.
   // With `optional`, Enter is an answer and leaves the cell as it was.

@@ -1,6 +1,7 @@
 // The dialog of the multi cell fields command: the workbook and worksheet of the user's Excel,
 // how the workbook's path is written, where the fields go (a table, or texts one by one),
-// whether cells are named by their defined names, and the "\MID" cut every field gets.
+// whether cells are named by their defined names, and the "\MID" cut every field gets. The
+// third target links one text to Excel's active cell instead of the selection.
 #pragma once
 
 #include <string>
@@ -15,7 +16,7 @@ class LinkedSources;
 
 class CMultiExcelCellFieldsDialog {
  public:
-  enum Target : int { kTableTarget = 0, kTextTarget = 1 };
+  enum Target : int { kTableTarget = 0, kTextTarget = 1, kActiveCellTarget = 2 };
 
   CMultiExcelCellFieldsDialog(LinkedSources& sources, CRegistry& registry);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/printf.h"
+#include "core/textutil.h"
 #include "host/acdbattribute.h"
 #include "host/acdbblocktablerecord.h"
 #include "host/acdbdatabase.h"
@@ -18,7 +19,9 @@
 #include "plugin/linked/linkedpath.h"
 #include "plugin/linked/linkedsources.h"
 #include "plugin/fields/showmodal.h"
+#include "plugin/support/corvanesettings.h"
 #include "plugin/workflows/cmultiexcelcellfieldsdialog.h"
+#include "plugin/workflows/excelcellfieldsworkbookdialog.h"
 
 namespace corvane {
 
@@ -30,9 +33,25 @@ namespace {
 constexpr const wchar_t* kNoExcel = L"Please start Excel and open a workbook first.";
 constexpr const wchar_t* kUnsavedWorkbook = L"Please save your workbook before inserting the field.";
 constexpr const wchar_t* kTextProperty = L"TEXT";
+constexpr const wchar_t* kConstantAttribute = L"\nCan't change the value of a constant attribute.";
 constexpr const wchar_t* kMLeaderRecord = L"MULTILEADER";
 
 const wchar_t* yesNo(bool value) { return value ? L"Yes" : L"No"; }
+
+const wchar_t* targetName(int target) {
+  switch (target) {
+    case CMultiExcelCellFieldsDialog::kTextTarget:
+      return L"Texts";
+    case CMultiExcelCellFieldsDialog::kActiveCellTarget:
+      return L"Active cell";
+    default:
+      return L"Table";
+  }
+}
+
+bool isConstantAttribute(host::AcDbEntity& entity) {
+  return entity.isKindOf(host::AcDbAttribute::desc()) && static_cast<host::AcDbAttribute&>(entity).isConstant();
+}
 
 // Whether the entity's text can take a field: texts, attributes, multiline texts, multileaders.
 bool holdsText(const host::AcDbEntity& entity) {
@@ -63,10 +82,17 @@ void MultiCellFields::Run() {
   if (!attach(excel)) return;
   CMultiExcelCellFieldsDialog dialog(sources_, registry_);
   dialog.Init(excel);
+  const bool accepted = runDialog(dialog);
+  if (accepted && dialog.target == CMultiExcelCellFieldsDialog::kActiveCellTarget) {
+    // The link reads Excel afresh once its text is picked.
+    excel.ResetExcel();
+    LinkActiveCell();
+    return;
+  }
   AcDbObjectId table;
   int row = 0;
   int column = 0;
-  if (runDialog(dialog) && (dialog.target != CMultiExcelCellFieldsDialog::kTableTarget || pickStartCell(table, row, column))) {
+  if (accepted && (dialog.target != CMultiExcelCellFieldsDialog::kTableTarget || pickStartCell(table, row, column))) {
     if (const auto cells = ReadSelection(excel, dialog.useCellNames)) {
       if (table.isNull()) {
         fillTexts(dialog, *cells);
@@ -103,7 +129,7 @@ bool MultiCellFields::runDialog(CMultiExcelCellFieldsDialog& dialog) {
     services.print(core::format(
         L"\nWorkbook: %s, worksheet: %s, path: %s, target: %s, cell names: %s, MID start: %d, MID length: %d.",
         dialog.workbook, dialog.worksheet, dialog.pathType() == kRelativePathType ? L"Relative Path" : L"Full Path",
-        dialog.target == CMultiExcelCellFieldsDialog::kTableTarget ? L"Table" : L"Texts", yesNo(dialog.useCellNames),
+        targetName(dialog.target), yesNo(dialog.useCellNames),
         dialog.midStart, dialog.midLength));
     prompts.initGet(0, L"Target Names Mid Path OK Cancel");
     std::wstring keyword;
@@ -115,10 +141,14 @@ bool MultiCellFields::runDialog(CMultiExcelCellFieldsDialog& dialog) {
     }
     std::wstring choice;
     if (keyword == L"Target") {
-      prompts.initGet(0, L"Table Texts");
-      if (prompts.getKword(L"\nPut the fields into [Table/Texts] <Table>: ", choice) == host::RTCAN) return false;
-      dialog.target = choice == L"Texts" ? CMultiExcelCellFieldsDialog::kTextTarget
-                                         : CMultiExcelCellFieldsDialog::kTableTarget;
+      prompts.initGet(0, L"Table Texts Cell");
+      if (prompts.getKword(L"\nPut the fields into [Table/Texts/Cell (one text linked to the active cell)] <Table>: ",
+                           choice) == host::RTCAN) {
+        return false;
+      }
+      dialog.target = choice == L"Texts"  ? CMultiExcelCellFieldsDialog::kTextTarget
+                      : choice == L"Cell" ? CMultiExcelCellFieldsDialog::kActiveCellTarget
+                                          : CMultiExcelCellFieldsDialog::kTableTarget;
     } else if (keyword == L"Names") {
       prompts.initGet(0, L"Yes No");
       if (prompts.getKword(L"\nAddress the cells by their names? [Yes/No] <No>: ", choice) == host::RTCAN) return false;
@@ -264,7 +294,7 @@ MultiCellFields::TextStep MultiCellFields::linkToText(const std::wstring& code, 
     prompts.initGet(host::RSG_NONULL, L"C S");
     AcDbObjectId picked;
     host::AcGePoint3d at;
-    const int asked = prompts.entSel(prompt, picked, at);
+    const int asked = prompts.nEntSel(prompt, picked, at);
     if (asked == host::RTCAN) return TextStep::kCancelled;
     if (asked == host::RTKWORD) {
       std::wstring keyword;
@@ -275,10 +305,10 @@ MultiCellFields::TextStep MultiCellFields::linkToText(const std::wstring& code, 
     {
       AcDbObjectPointer<host::AcDbEntity> entity(services, picked, host::AcDb::kForRead);
       if (!entity) continue;
-      if (entity->isKindOf(host::AcDbAttribute::desc()) &&
-          static_cast<host::AcDbAttribute*>(entity.object())->isConstant()) {
-        services.print(L"\nCan't change the value of a constant attribute.");
-        continue;
+      // A constant attribute is refused and its cell left without a field; the run goes on.
+      if (isConstantAttribute(*entity.object())) {
+        services.print(kConstantAttribute);
+        return TextStep::kDone;
       }
       if (!holdsText(*entity.object())) {
         services.print(L"\nThat is not a Text, MText, MLeader or Attribute.");
@@ -339,6 +369,90 @@ void MultiCellFields::evaluate(const std::vector<AcDbObjectId>& fields, const wc
   if (progress) {
     ui.setStatusBarProgressMeterPos(1);
     ui.restoreStatusBar();
+  }
+}
+
+void MultiCellFields::LinkActiveCell() {
+  host::AcDbHostApplicationServices& services = sources_.services();
+  AcDbObjectId picked;
+  if (!pickTextForCell(picked)) return;
+  ExcelUtils excel(session_, services);
+  if (!excel.AttachRunningExcel(true, std::nullopt, 1, 0) || !excel.application() ||
+      excel.application()->workbookCount() < 1 || !excel.EnsureWorkbook() || !excel.workbook()) {
+    message(L"Please start Excel and open your workbook first.", host::MB_OK | host::MB_ICONINFORMATION);
+    excel.ResetExcel();
+    return;
+  }
+  // The workbook the code names is the one holding the active cell, which is Excel's active one.
+  if (excel.workbook()->path().empty()) {
+    message(L"Please save your workbook first.", host::MB_OK | host::MB_ICONINFORMATION);
+    excel.ResetExcel();
+    return;
+  }
+  if (!excel.application()->selection()) {
+    services.print(L"\nInvalid selection in Excel.");
+    excel.ResetExcel();
+    return;
+  }
+  const auto active = excel.application()->activeCell();
+  const auto sheet = active ? active->worksheet() : nullptr;
+  if (!sheet) {
+    message(L"Can't get the current cell.", host::MB_OK | host::MB_ICONINFORMATION);
+    excel.ResetExcel();
+    return;
+  }
+  const std::wstring workbook = excel.workbook()->fullName();
+  const std::wstring worksheet = sheet->name();
+  const std::wstring defaultCell = active->address();
+  excel.ResetExcel();
+
+  const auto cell = askCellAddress(defaultCell);
+  if (!cell) return;
+  int pathType = std::clamp(registry_.get(settings::kMultiFieldsPathType), 0, 1);
+  if (pathType == kRelativePathType && !RelativePathAllowed(sources_)) pathType = kFullPathType;
+  const std::wstring code =
+      core::format(L"%%<\\ExcelCell \"%s:%s:%s\">%%", PathForCode(sources_, workbook, pathType), worksheet, *cell);
+  AcDbObjectId field;
+  if (const auto es = services.setField(picked, kTextProperty, code, field); es != host::Acad::eOk) {
+    services.print(core::format(L"\nCannot link the field: %s.", host::acadErrorStatusText(es)));
+    return;
+  }
+  if (AcDbObjectPointer<host::AcDbField> opened(services, field, host::AcDb::kForWrite); opened) {
+    opened->setEvaluationOption(host::AcDbField::kAutomatic);
+  }
+  evaluate({field}, L"Updating the linked field...");
+}
+
+// A text, a multiline text or an attribute that may take a field; false when the user gave none.
+bool MultiCellFields::pickTextForCell(AcDbObjectId& picked) {
+  host::AcDbHostApplicationServices& services = sources_.services();
+  for (;;) {
+    host::AcGePoint3d at;
+    const int asked = session_.prompts().nEntSel(L"\nSelect a Text, MText or Attribute: ", picked, at);
+    if (asked != host::RTNORM) return false;
+    AcDbObjectPointer<host::AcDbEntity> entity(services, picked, host::AcDb::kForRead);
+    if (!entity) continue;
+    if (isConstantAttribute(*entity.object())) {
+      services.print(kConstantAttribute);
+      return false;
+    }
+    if (entity->isKindOf(host::AcDbText::desc()) || entity->isKindOf(host::AcDbMText::desc())) return true;
+    services.print(L"\nThat is not a Text, MText or Attribute.");
+  }
+}
+
+// The cell the link names, in the absolute form the codes carry; Enter takes the active cell.
+// An address off the sheet or no address at all is refused and asked again.
+std::optional<std::wstring> MultiCellFields::askCellAddress(const std::wstring& activeCell) {
+  for (;;) {
+    std::wstring typed;
+    const int asked =
+        session_.prompts().getString(false, core::format(L"\nEnter the cell address <%s>: ", activeCell), typed);
+    if (asked == host::RTCAN) return std::nullopt;
+    typed = core::trim(typed);
+    if (asked == host::RTNONE || typed.empty()) return activeCell;
+    if (auto address = ShiftedCellAddress(typed, 0, 0)) return address;
+    sources_.services().print(core::format(L"\nInvalid cell address: %s.", typed));
   }
 }
 

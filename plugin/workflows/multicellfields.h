@@ -1,6 +1,7 @@
 // The multi cell fields command: Excel cell fields for every cell selected in the user's Excel,
 // put into the cells of a drawing table from a picked start cell, or one by one into texts,
 // multiline texts, multileaders and attributes, or into new multiline texts placed by the user.
+// The same command also links one text to Excel's active cell.
 #pragma once
 
 #include <optional>
@@ -48,6 +49,12 @@ class MultiCellFields {
   MultiCellFields(LinkedSources& sources, CRegistry& registry, host::HostSession& session);
   void Run();
 
+  // One text, multiline text or attribute linked to a cell of Excel's active sheet: the active
+  // cell unless the user types another address. Excel is asked for its state only once the
+  // object is picked, so that the user may still move to the cell meanwhile. The workbook's
+  // path is written as the command's path-type setting says.
+  void LinkActiveCell();
+
   // The cells of the areas, area by area and row by row. With names, each cell is asked for
   // its defined name; a cell without one is addressed as it is when the user agrees and left
   // out otherwise. Nullopt after an Excel failure, which has been reported.
@@ -55,6 +62,8 @@ class MultiCellFields {
 
  private:
   bool attach(ExcelUtils& excel);
+  bool pickTextForCell(host::AcDbObjectId& picked);
+  std::optional<std::wstring> askCellAddress(const std::wstring& activeCell);
   bool runDialog(CMultiExcelCellFieldsDialog& dialog);
   bool pickStartCell(host::AcDbObjectId& table, int& row, int& column);
   void fillTable(const CMultiExcelCellFieldsDialog& dialog, const std::vector<SelectedCell>& cells,

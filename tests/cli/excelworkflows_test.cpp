@@ -1,5 +1,6 @@
-// The multi cell fields command and the workbooks manager run by the corvane program on the
-// example drawing and workbook, the saved drawing read back by ezdxf.
+// The multi cell fields command (its table and its link of one text to the active cell) and the
+// workbooks manager run by the corvane program on the example drawing and workbook, the saved
+// drawing read back by ezdxf.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -62,6 +63,34 @@ TEST(ExcelWorkflows, MultiCellFieldsFillTheTableAndTheSavedDrawingKeepsThem) {
   for (const char* cell : {"Prices:$B$2\"", "Prices:$C$3\"", "Prices:$C$4\""}) {
     EXPECT_NE(codes.find((folder / "prices.xlsx").string() + ":" + cell), std::string::npos) << codes;
   }
+}
+
+TEST(ExcelWorkflows, OneTextLinkedToTheActiveCellShowsItInTheSavedDrawing) {
+  if (!corvane::testing::hasOpenpyxl()) GTEST_SKIP() << "python3-openpyxl is not installed";
+  ScratchFolder folder;
+  copyExamples(folder);
+  // The cell target, OK, the drawing-units text, then Enter for the active cell.
+  ScratchFolder::write(folder / "link.scr", "Target\nCell\n\n(handent \"149\")\n\n");
+  const fs::path saved = folder / "out.dxf";
+  const CommandRun result =
+      run(folder, {"run", (folder / "quantities.dxf").string(), "--workbook", (folder / "prices.xlsx").string(),
+                   "--select", "Prices!C2", "--script", (folder / "link.scr").string(), "-o", saved.string(), "--",
+                   "Corvane_Multi_Cell_Fields"});
+  ASSERT_EQ(result.exitCode, 0) << result.err << result.out;
+  EXPECT_NE(result.out.find("Enter the cell address <$C$2>: "), std::string::npos) << result.out;
+  const std::string code = "\\ExcelCell \"" + (folder / "prices.xlsx").string() + ":Prices:$C$2\"";
+  EXPECT_NE(excelCodes(folder, saved).find(code), std::string::npos);
+  // The text holds the field in place of its own and shows the cell through its number format.
+  const std::string text = corvane::testing::runPython(
+                               "import sys, ezdxf\n"
+                               "doc = ezdxf.readfile(sys.argv[1])\n"
+                               "print(doc.entitydb['149'].dxf.text)\n",
+                               {saved.string()}, folder)
+                               .out;
+  EXPECT_EQ(text, "84.00\n");
+  const CommandRun fields = run(folder, {"fields", saved.string()});
+  EXPECT_NE(fields.out.find("ExcelCell\t2\t%<" + code + ">%\t84.00\n"), std::string::npos) << fields.out;
+  EXPECT_EQ(fields.out.find("Drawing units"), std::string::npos) << fields.out;
 }
 
 TEST(ExcelWorkflows, WorkbooksManagerMovesTheCellsOfTheSavedDrawing) {

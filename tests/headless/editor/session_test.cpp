@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "core/printf.h"
+#include "headless/db/attribute.h"
+#include "headless/db/blockreference.h"
 #include "headless/db/circle.h"
 #include "headless/db/database.h"
 #include "headless/db/line.h"
@@ -88,6 +90,12 @@ struct Rig {
       AcDbObjectId id;
       AcGePoint3d at;
       const int rc = prompts().entSel(L"\nSelect object: ", id, at);
+      say(core::format(L"\n%d %s", rc, id.isNull() ? std::wstring(L"-") : db.get<AcDbObject>(id)->handle().text()));
+    });
+    add(L"NPICK", [this] {
+      AcDbObjectId id;
+      AcGePoint3d at;
+      const int rc = prompts().nEntSel(L"\nSelect object: ", id, at);
       say(core::format(L"\n%d %s", rc, id.isNull() ? std::wstring(L"-") : db.get<AcDbObject>(id)->handle().text()));
     });
     add(L"SEL", [this] {
@@ -308,6 +316,22 @@ TEST(Session, ObjectsArePickedByHandle) {
     rig.db.appendEntity(std::make_unique<Circle>(Circle::Point{0, 0, 0}, 1.0));
     rig.session.runCommand(c.command);
     EXPECT_EQ(rig.out, std::wstring(L"\nCommand: ") + c.command + c.expected) << ::testing::PrintToString(c.script);
+  }
+}
+
+TEST(Session, OnlyANestedPickReachesTheAttributesOfABlockReference) {
+  for (const wchar_t* command : {L"PICK", L"NPICK"}) {
+    Rig rig;
+    const auto insert = rig.db.appendEntity(std::make_unique<BlockReference>(AcDbObjectId{}, AcGePoint3d{}));
+    const auto attribute = rig.db.addObject(std::make_unique<Attribute>(L"TAG", L"x"), insert);
+    const std::wstring a = rig.handleOf(attribute), b = rig.handleOf(insert);
+    rig.session.script().append(L"(handent \"" + a + L"\")\n(handent \"" + b + L"\")\n");
+    rig.session.runCommand(command);
+    const bool nested = command == std::wstring_view(L"NPICK");
+    const std::wstring asked = L"\nSelect object: (handent \"" + a + L"\")";
+    EXPECT_EQ(rig.out, std::wstring(L"\nCommand: ") + command + asked +
+                           (nested ? L"\n5100 " + a
+                                   : L"\n*Invalid selection*\nSelect object: (handent \"" + b + L"\")\n5100 " + b));
   }
 }
 
