@@ -223,7 +223,7 @@ std::optional<Batch> batchOf(const InsertFieldsOptions& options, int& status) {
       if (dialog.run().codes.empty()) {
         std::fprintf(stderr,
                      "corvane insert-fields: no --rules given and the settings (%s) hold no rules; "
-                     "give a rules file or add rules in the insert fields command\n",
+                     "give a rules file or add rules with Corvane_Insert_Fields_To_Drawings\n",
                      file.path().string().c_str());
         status = 2;
         return std::nullopt;
