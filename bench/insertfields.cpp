@@ -74,7 +74,7 @@ std::string batchDrawing() {
 struct Batch {
   fs::path folder;
   std::string drawing;
-  explicit Batch() : folder(fs::temp_directory_path() / ("corvane-bench-insertfields-" + std::to_string(::getpid()))) {
+  Batch() : folder(fs::temp_directory_path() / ("corvane-bench-insertfields-" + std::to_string(::getpid()))) {
     fs::create_directories(folder);
     drawing = batchDrawing();
     writeFile(folder / "rules.tsv", "DOOR\tWIDTH\t%<\\AcVar Filename>%\n");

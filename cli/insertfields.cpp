@@ -142,7 +142,7 @@ class Progress {
         outcome.failure.empty()
             ? core::toUtf8(core::format(L"%d attributes given a field, %d evaluated, %d errors", outcome.count.stamped,
                                         outcome.count.evaluated, outcome.count.errors))
-            : "not saved";
+            : "not saved, told below";
     std::fprintf(stderr, "corvane insert-fields: [%zu/%zu] %s: %s; %s\n", done_, total_, file.c_str(), what.c_str(),
                  left().c_str());
   }
@@ -161,7 +161,8 @@ class Progress {
     if (done_ == total_) return "done";
     if (done_ == 0) return "time left unknown";
     const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
-    const long seconds = static_cast<long>(elapsed / static_cast<double>(done_) * static_cast<double>(total_ - done_) + 0.5);
+    const double each = elapsed / static_cast<double>(done_);
+    const long seconds = static_cast<long>(each * static_cast<double>(total_ - done_) + 0.5);
     char text[64];
     if (seconds >= 3600) {
       std::snprintf(text, sizeof text, "about %ld:%02ld:%02ld left", seconds / 3600, seconds / 60 % 60, seconds % 60);

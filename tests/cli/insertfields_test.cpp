@@ -322,7 +322,7 @@ TEST(InsertFieldsCommand, ProgressIsALineADrawingOrABarOnATerminalAndNeverInTheR
         // Redrawn in place, from none done to all done, and wiped at the end.
         EXPECT_NE(err.find("\r[" + std::string(30, '.') + "] 0/3 drawings, time left unknown"), std::string::npos)
             << err;
-        EXPECT_NE(err.find("] 1/3 drawings, about 0:00 left"), std::string::npos) << err;
+        EXPECT_NE(err.find("] 1/3 drawings, about 0:"), std::string::npos) << err;
         EXPECT_NE(err.find("\r[" + std::string(30, '#') + "] 3/3 drawings, done"), std::string::npos) << err;
         EXPECT_EQ(err.find('\n'), std::string::npos) << err;
         EXPECT_EQ(err.back(), '\r');
@@ -474,7 +474,8 @@ doc.saveas(sys.argv[2])
     auto marks = attributes(drawing, L"MARK");
     std::sort(marks.begin(), marks.end());
     EXPECT_EQ(marks, c.marks);
-    const long stamped = std::count_if(marks.begin(), marks.end(), [](const std::wstring& m) { return m.back() != L'|'; });
+    const long stamped =
+        std::count_if(marks.begin(), marks.end(), [](const std::wstring& m) { return m.back() != L'|'; });
     EXPECT_NE(run.out.find("\t" + std::to_string(stamped) + " attributes given a field"), std::string::npos) << run.out;
   }
 }
