@@ -47,29 +47,39 @@ struct Walk {
   host::AcDbHostApplicationServices& services;
   host::AcDbDatabase& db;
   const FieldRules& rules;
+  InsertFieldsMatch match;
   InsertFieldsCount count;
 
   void blockReference(AcDbObjectId id) {
     std::wstring blockName;
+    std::wstring dynamicName;
     std::vector<AcDbObjectId> attributes;
     {
       AcDbObjectPointer<host::AcDbBlockReference> reference(services, id, AcDb::kForRead);
       if (!reference) return;
       AcDbObjectPointer<host::AcDbBlockTableRecord> block(services, reference->blockTableRecord(), AcDb::kForRead);
       if (!block || block->getName(blockName) != Acad::eOk) return;
+      if (match == InsertFieldsMatch::kDynamicBlockName && reference->isDynamicBlock() &&
+          reference->dynamicBlockTableRecord() != reference->blockTableRecord()) {
+        AcDbObjectPointer<host::AcDbBlockTableRecord> dynamic(services, reference->dynamicBlockTableRecord(),
+                                                              AcDb::kForRead);
+        if (!dynamic || dynamic->getName(dynamicName) != Acad::eOk) dynamicName.clear();
+      }
       for (auto walk = reference->attributeIterator(); !walk.done(); walk.step()) attributes.push_back(walk.objectId());
     }
-    for (const AcDbObjectId attribute : attributes) apply(blockName, attribute);
+    for (const AcDbObjectId attribute : attributes) apply(blockName, dynamicName, attribute);
   }
 
-  void apply(const std::wstring& blockName, AcDbObjectId attribute) {
+  void apply(const std::wstring& blockName, const std::wstring& dynamicName, AcDbObjectId attribute) {
     std::wstring tag;
     {
       AcDbObjectPointer<host::AcDbAttribute> opened(services, attribute, AcDb::kForWrite);
       if (!opened) return;
       tag = opened->tag();
     }
-    const auto rule = rules.find(RuleKey(blockName, tag));
+    auto rule = rules.find(RuleKey(blockName, tag));
+    // A rule for the variant itself comes first; the dynamic block's name only stands in for it.
+    if (rule == rules.end() && !dynamicName.empty()) rule = rules.find(RuleKey(dynamicName, tag));
     if (rule == rules.end()) return;
     AcDbObjectId field;
     if (const auto es = services.setField(attribute, kTextProperty, rule->second, field); es != Acad::eOk) {
@@ -89,8 +99,8 @@ struct Walk {
 }  // namespace
 
 InsertFieldsCount InsertFieldsIntoDrawing(host::AcDbHostApplicationServices& services, host::AcDbDatabase& db,
-                                          const FieldRules& rules) {
-  Walk walk{services, db, rules, {}};
+                                          const FieldRules& rules, InsertFieldsMatch match) {
+  Walk walk{services, db, rules, match, {}};
   for (const AcDbObjectId id : blockReferences(services, db)) walk.blockReference(id);
   return walk.count;
 }

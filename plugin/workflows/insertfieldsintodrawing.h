@@ -23,8 +23,19 @@ struct InsertFieldsCount {
   bool operator==(const InsertFieldsCount&) const = default;
 };
 
+// Which block names a rule's block name is matched against.
+enum class InsertFieldsMatch {
+  // The name of the block the reference inserts; a dynamic block's variant is an anonymous
+  // block ("*U..."), so a rule naming the dynamic block leaves its variants alone.
+  kDefinitionName,
+  // As above, and when no rule names that block, the name of the dynamic block a variant was
+  // made from.
+  kDynamicBlockName,
+};
+
 // Failures are printed on the command line and the walk goes on; nothing is undone.
 InsertFieldsCount InsertFieldsIntoDrawing(host::AcDbHostApplicationServices& services, host::AcDbDatabase& db,
-                                          const FieldRules& rules);
+                                          const FieldRules& rules,
+                                          InsertFieldsMatch match = InsertFieldsMatch::kDefinitionName);
 
 }  // namespace corvane
