@@ -61,15 +61,7 @@ bool AsdkExcelRangeOptionDialog::SetFieldCode(std::wstring_view code) {
 }
 
 bool AsdkExcelRangeOptionDialog::OnPathTypeChanged(int type) {
-  const int chosen = std::clamp(type, 0, 2);
-  // A refused relative path is no choice of the user's: the settings keep what they had.
-  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
-    pathType_ = kFullPathType;
-    return false;
-  }
-  pathType_ = chosen;
-  registry_.write(settings::kExcelFieldPathType, pathType_);
-  return true;
+  return ChoosePathType(sources_, registry_, settings::kExcelFieldPathType, type, 2, pathType_);
 }
 
 bool AsdkExcelRangeOptionDialog::OnBrowsed(std::wstring_view path) {

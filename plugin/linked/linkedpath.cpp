@@ -1,5 +1,7 @@
 #include "plugin/linked/linkedpath.h"
 
+#include <algorithm>
+
 #include "core/filepath.h"
 #include "core/printf.h"
 #include "core/textutil.h"
@@ -7,6 +9,8 @@
 #include "host/hostui.h"
 #include "plugin/fields/showmodal.h"
 #include "plugin/linked/linkedsources.h"
+#include "plugin/support/corvanesettings.h"
+#include "plugin/support/cregistry.h"
 
 namespace corvane {
 
@@ -22,6 +26,18 @@ bool RelativePathAllowed(LinkedSources& sources) {
   if (!sources.currentDocumentPath().empty()) return true;
   LinkedMessage(sources, kSaveDrawingFirst, kMessageCaption, host::MB_OK | host::MB_ICONINFORMATION);
   return false;
+}
+
+bool ChoosePathType(LinkedSources& sources, CRegistry& registry, const settings::IntSetting& setting, int type,
+                    int lastIndex, int& chosen) {
+  const int wanted = std::clamp(type, 0, lastIndex);
+  if (wanted == kRelativePathType && !RelativePathAllowed(sources)) {
+    chosen = kFullPathType;
+    return false;
+  }
+  chosen = wanted;
+  registry.write(setting, chosen);
+  return true;
 }
 
 std::wstring PathForCode(LinkedSources& sources, std::wstring_view file, int& pathType) {

@@ -8,7 +8,11 @@
 
 namespace corvane {
 
+class CRegistry;
 class LinkedSources;
+namespace settings {
+struct IntSetting;
+}
 
 // The choices of the path-type lists, by index.
 enum LinkedPathType : int {
@@ -27,6 +31,13 @@ int LinkedMessage(LinkedSources& sources, std::wstring_view text, std::wstring_v
 // Whether "Relative Path" may be chosen: not while the current drawing was never saved, which
 // is said in a message box.
 bool RelativePathAllowed(LinkedSources& sources);
+
+// A path-type list's new choice `type`, by the rule every such list follows: "Relative Path" in a
+// drawing never saved is refused as RelativePathAllowed says, leaving the full path chosen and
+// `setting` as it was; any other choice, held to the list's indexes 0 to `lastIndex`, is kept in
+// `chosen` and in `setting`. False when refused.
+bool ChoosePathType(LinkedSources& sources, CRegistry& registry, const settings::IntSetting& setting, int type,
+                    int lastIndex, int& chosen);
 
 // The path to write for `file`. A relative path that cannot be made (another drive, a drawing
 // never saved) is said in a message box and the type falls back to full path.

@@ -21,14 +21,7 @@ bool CExportFiledToExcelDialog::SetOwner(host::AcDbObjectId object) {
 }
 
 bool CExportFiledToExcelDialog::OnPathTypeChanged(int type) {
-  const int chosen = std::clamp(type, 0, 1);
-  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
-    pathType = kFullPathType;
-    return false;
-  }
-  pathType = chosen;
-  registry_.write(settings::kExportFieldPathType, pathType);
-  return true;
+  return ChoosePathType(sources_, registry_, settings::kExportFieldPathType, type, 1, pathType);
 }
 
 void CExportFiledToExcelDialog::SaveChoices() {

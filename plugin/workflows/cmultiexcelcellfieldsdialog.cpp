@@ -25,14 +25,7 @@ void CMultiExcelCellFieldsDialog::Init(ExcelUtils& excel) {
 }
 
 bool CMultiExcelCellFieldsDialog::OnPathTypeChanged(int type) {
-  const int chosen = std::clamp(type, 0, 1);
-  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
-    pathType_ = kFullPathType;
-    return false;
-  }
-  pathType_ = chosen;
-  registry_.write(settings::kMultiFieldsPathType, pathType_);
-  return true;
+  return ChoosePathType(sources_, registry_, settings::kMultiFieldsPathType, type, 1, pathType_);
 }
 
 bool CMultiExcelCellFieldsDialog::Validate() {

@@ -163,14 +163,7 @@ void CExcelCellFieldsWorkbookDialog::Load() {
 }
 
 bool CExcelCellFieldsWorkbookDialog::OnPathTypeChanged(int type) {
-  const int chosen = std::clamp(type, 0, 1);
-  if (chosen == kRelativePathType && !RelativePathAllowed(sources_)) {
-    pathType_ = kFullPathType;
-    return false;
-  }
-  pathType_ = chosen;
-  registry_.write(settings::kWorkbooksManagerPathType, pathType_);
-  return true;
+  return ChoosePathType(sources_, registry_, settings::kWorkbooksManagerPathType, type, 1, pathType_);
 }
 
 bool CExcelCellFieldsWorkbookDialog::haveSelection() {
