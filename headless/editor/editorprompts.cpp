@@ -260,17 +260,18 @@ bool EditorPrompts::passes(AcDbObjectId id, const SelectionFilter* filter) const
   return entity && filter->passes(*entity);
 }
 
+bool EditorPrompts::parseFilter(const ResBufList* filter, std::optional<SelectionFilter>& parsed) const {
+  if (!filter) return true;
+  std::wstring error;
+  parsed = SelectionFilter::parse(*filter, error);
+  if (!parsed) print_(L"\n" + error);
+  return parsed.has_value();
+}
+
 int EditorPrompts::ssGet(std::wstring_view mode, const ResBufList* filter, std::vector<AcDbObjectId>& selection) {
   take();
   std::optional<SelectionFilter> parsed;
-  if (filter) {
-    std::wstring error;
-    parsed = SelectionFilter::parse(*filter, error);
-    if (!parsed) {
-      print_(L"\n" + error);
-      return RTERROR;
-    }
-  }
+  if (!parseFilter(filter, parsed)) return RTERROR;
   std::vector<AcDbObjectId> chosen;
   const auto add = [&](AcDbObjectId id) {
     if (!passes(id, parsed ? &*parsed : nullptr)) return false;
@@ -317,14 +318,7 @@ int EditorPrompts::getTableCellRange(std::wstring_view prompt, const ResBufList*
                                      AcCellRange& range) {
   take();
   std::optional<SelectionFilter> parsed;
-  if (filter) {
-    std::wstring error;
-    parsed = SelectionFilter::parse(*filter, error);
-    if (!parsed) {
-      print_(L"\n" + error);
-      return RTERROR;
-    }
-  }
+  if (!parseFilter(filter, parsed)) return RTERROR;
   const auto* db = dynamic_cast<const Database*>(host_.workingDatabase());
   if (!db) return RTERROR;
   const AcDbTable* picked = nullptr;

@@ -71,6 +71,9 @@ class EditorPrompts : public host::AcEdPrompts {
   std::optional<host::AcDbObjectId> pickedEntity(std::wstring_view answer, bool nested = false) const;
   int pickEntity(std::wstring_view prompt, bool nested, host::AcDbObjectId& entity, host::AcGePoint3d& picked);
   bool passes(host::AcDbObjectId id, const SelectionFilter* filter) const;
+  // The filter of a selection read into `parsed` (left empty without one); false, with the reason
+  // printed, when it does not read.
+  bool parseFilter(const host::ResBufList* filter, std::optional<SelectionFilter>& parsed) const;
   // A cell of the table as "row,column" (1-based), asked until it names one; false when cancelled.
   // With `optional`, Enter is an answer and leaves the cell as it was.
   bool askCell(std::wstring_view prompt, const host::AcDbTable& table, bool optional, int& row, int& column);
