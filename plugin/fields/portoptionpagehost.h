@@ -9,8 +9,9 @@
 namespace corvane {
 
 // The option pages' host calls answered by the host port: the working drawing, the editor's
-// prompts and the UI's message boxes.
-class PortOptionPageHost : public OptionPageHost {
+// prompts and the UI's message boxes. The hosts of particular pages take these answers from here
+// (OptionPageHost is a virtual base of theirs).
+class PortOptionPageHost : public virtual OptionPageHost {
  public:
   PortOptionPageHost(host::AcDbHostApplicationServices& services, host::AcEdPrompts& prompts, host::HostUi& ui)
       : services_(services), prompts_(prompts), ui_(ui), format_(services) {}
@@ -32,7 +33,7 @@ class PortOptionPageHost : public OptionPageHost {
   int pickTableCell(std::wstring_view prompt, TableCellPick& pick) override;
   int pickTable(std::wstring_view prompt, host::AcDbObjectId& table, host::Acad::ErrorStatus& opened) override;
 
- private:
+ protected:
   host::AcDbHostApplicationServices& services_;
   host::AcEdPrompts& prompts_;
   host::HostUi& ui_;

@@ -18,7 +18,7 @@ namespace host {
 class AcDbField;
 }
 
-class FormulaPageHost : public OptionPageHost {
+class FormulaPageHost : public virtual OptionPageHost {
  public:
   // Whether the text holds a field code (acdbHasFields).
   virtual bool holdsFieldCode(std::wstring_view text) = 0;

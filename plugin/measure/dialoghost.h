@@ -27,7 +27,7 @@ struct EntityFacts {
   int typeBit = 0;  // its ObjectTypeMask bit, 0 for a kind no filter offers
 };
 
-class DialogHost : public OptionPageHost {
+class DialogHost : public virtual OptionPageHost {
  public:
   // Every layer of the working drawing, in table order.
   virtual std::vector<std::wstring> layerNames() = 0;

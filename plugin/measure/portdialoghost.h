@@ -10,30 +10,9 @@ namespace corvane {
 
 // The dialogs' host calls answered by the host port: the working drawing, the editor's
 // prompts and the UI's message boxes.
-class PortDialogHost : public DialogHost {
+class PortDialogHost : public DialogHost, public PortOptionPageHost {
  public:
-  PortDialogHost(host::AcDbHostApplicationServices& services, host::AcEdPrompts& prompts, host::HostUi& ui)
-      : services_(services), prompts_(prompts), page_(services, prompts, ui) {}
-
-  bool realToString(double value, int units, int precision, std::wstring& text) override {
-    return page_.realToString(value, units, precision, text);
-  }
-  bool getShortVar(std::wstring_view name, int& value) override { return page_.getShortVar(name, value); }
-  bool setShortVar(std::wstring_view name, int value) override { return page_.setShortVar(name, value); }
-  std::wstring formatValue(const host::AcValue& value, const std::wstring& format) override {
-    return page_.formatValue(value, format);
-  }
-  int hostVersion() override { return page_.hostVersion(); }
-  int messageBox(std::wstring_view text, std::wstring_view caption, unsigned flags) override {
-    return page_.messageBox(text, caption, flags);
-  }
-  PreviewResult preview(const std::wstring& code) override { return page_.preview(code); }
-  int pickTableCell(std::wstring_view prompt, TableCellPick& pick) override {
-    return page_.pickTableCell(prompt, pick);
-  }
-  int pickTable(std::wstring_view prompt, host::AcDbObjectId& table, host::Acad::ErrorStatus& opened) override {
-    return page_.pickTable(prompt, table, opened);
-  }
+  using PortOptionPageHost::PortOptionPageHost;
 
   std::vector<std::wstring> layerNames() override;
   std::vector<std::wstring> blockNames() override;
@@ -50,10 +29,6 @@ class PortDialogHost : public DialogHost {
 
  private:
   std::optional<EntityFacts> facts(host::AcDbObjectId id);
-
-  host::AcDbHostApplicationServices& services_;
-  host::AcEdPrompts& prompts_;
-  PortOptionPageHost page_;
 };
 
 }  // namespace corvane
